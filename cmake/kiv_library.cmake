@@ -1,0 +1,31 @@
+# Compiler settings that every target of the project shares, and the one way to add a room's library.
+
+add_library(kiv_options INTERFACE)
+target_include_directories(kiv_options INTERFACE ${PROJECT_SOURCE_DIR})
+target_compile_options(kiv_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror -fno-plt)
+
+if(KIV_SANITIZE STREQUAL "address")
+    # `undefined` alone leaves out the two float checks.
+    set(sanitizer -fsanitize=address,undefined,float-cast-overflow,float-divide-by-zero
+        -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_compile_definitions(kiv_options INTERFACE _GLIBCXX_ASSERTIONS)
+elseif(KIV_SANITIZE STREQUAL "thread")
+    set(sanitizer -fsanitize=thread -fno-omit-frame-pointer)
+endif()
+if(sanitizer)
+    target_compile_options(kiv_options INTERFACE ${sanitizer})
+    target_link_options(kiv_options INTERFACE ${sanitizer})
+endif()
+
+# kiv_library(NAME [dependencies...]): all .cpp files of the current folder as the static library NAME.
+function(kiv_library name)
+    file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
+    if(sources)
+        add_library(${name} STATIC ${sources})
+        target_link_libraries(${name} PUBLIC kiv_options ${ARGN})
+    else()
+        add_library(${name} INTERFACE)
+        target_link_libraries(${name} INTERFACE kiv_options ${ARGN})
+    endif()
+endfunction()

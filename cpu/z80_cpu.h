@@ -1,0 +1,113 @@
+// The Z80 interpreter: one instruction a call, its cost in T-states, no knowledge of the machine around it.
+//
+// Memory and ports are reached through four function pointers only. The record is plain data: it can be
+// zeroed, copied and compared. There is one instance in the program, `main_cpu` of machine/kiv_machine.h;
+// tests and tools make as many as they like.
+//
+// Not emulated: HALT as a wait (it stops the emulation), the delay of EI, block I/O (stops the CPU as
+// unimplemented), bit 7 of R.
+#pragma once
+
+#include <cstdint>
+
+enum z80_flag : uint8_t {
+    flag_s = 0x80,
+    flag_z = 0x40,
+    flag_5 = 0x20,
+    flag_h = 0x10,
+    flag_3 = 0x08,
+    flag_pv = 0x04,
+    flag_n = 0x02,
+    flag_c = 0x01,
+};
+
+// Why the CPU stopped (`stop_reason`).
+enum z80_stop_reason : uint8_t {
+    stop_none = 0,
+    stop_halt = 1,
+    stop_undefined = 2,
+    stop_unimplemented = 3,
+};
+
+// `stop_flags`, bits 0-2: a stop code, kept until reset. Bits 6 and 7: an entry that the next step makes.
+enum z80_stop_flag : uint8_t {
+    stop_code_mask = 0x07,
+    stop_code_instruction = 1,      // HALT, undefined or unimplemented: see stop_reason
+    stop_code_inject_empty = 4,     // an operand was asked of an exhausted inject buffer
+    stop_code_interrupt_mode = 5,   // an interrupt arrived in a mode other than 0, 1, 2
+    pending_interrupt = 0x40,       // maskable interrupt accepted
+    pending_nmi = 0x80,             // NMI accepted
+};
+
+// Index of a register word, as z80_register() takes it.
+enum z80_register_index {
+    reg_bc, reg_de, reg_hl, reg_af, reg_bc_alt, reg_de_alt, reg_hl_alt, reg_af_alt,
+    reg_ix, reg_iy, reg_pc, reg_sp, register_words
+};
+
+struct z80_cpu {
+    uint16_t BC, DE, HL, AF;                     // C, E, L, F are the low bytes
+    uint16_t BC_alt, DE_alt, HL_alt, AF_alt;
+    uint16_t IX, IY;
+    uint16_t PC, SP;
+    uint32_t step_cycles;      // T-states of the current step
+    uint32_t m1_count;         // opcode fetches (M1 cycles) of the current step
+    uint32_t wait_count;       // memory waits of the current step: bytes, and the first byte of words
+    uint32_t wait_count2;      // the same, second byte of words
+    uint32_t accept_cycles;    // T-states of an interrupt accepted for the next step
+    uint8_t I;
+    uint8_t IM;                // 0, 1, 2
+    uint8_t IFF1, IFF2;        // 0 or 1
+    uint8_t stop_reason;       // z80_stop_reason
+    uint16_t trace_pc;         // address of the instruction of the current step
+    uint16_t vector_pc;        // entry address of an accepted interrupt
+    uint8_t r_counter;         // +1 a step; index into r_table
+    uint8_t stop_flags;        // z80_stop_flag
+    uint8_t r_table[256];      // what LD A,R returns; new random bytes at every reset
+    uint8_t inject_active;     // 1: instruction bytes come from inject_bytes
+    uint8_t inject_bytes[5];   // consumed from the end
+    int16_t inject_count;      // bytes still to be taken
+    uint32_t total_cycles;     // running sum of step_cycles; one writer, see z80_take_total_cycles
+    uint32_t total_cycles_taken;
+
+    // The CPU's own operations, stored by z80_install.
+    bool (*z80_step)(z80_cpu &cpu);
+    void (*z80_reset)(z80_cpu &cpu);
+    uint32_t (*z80_interrupt)(z80_cpu &cpu, uint8_t level);
+    void (*z80_nmi)(z80_cpu &cpu);
+
+    // The machine's operations. A wait counter is incremented once for each wait state of the access.
+    uint8_t (*mem_read)(uint16_t address, uint32_t *wait);
+    void (*mem_write)(uint16_t address, uint8_t value, uint32_t *wait);
+    uint8_t (*io_in)(uint16_t port);             // the full 16-bit address on the bus
+    void (*io_out)(uint16_t port, uint8_t value);
+};
+
+// Stores the machine's and the CPU's operations into their slots, then resets.
+void z80_install(z80_cpu &cpu, uint8_t (*mem_read)(uint16_t, uint32_t *),
+                 void (*mem_write)(uint16_t, uint8_t, uint32_t *), uint8_t (*io_in)(uint16_t),
+                 void (*io_out)(uint16_t, uint8_t));
+
+// Z80 reset: every register 0, interrupts off, IM 0; r_table is filled with new random bytes.
+// total_cycles and the slots keep their values.
+void z80_reset(z80_cpu &cpu);
+
+// Fixes the seed from which every later z80_reset fills r_table, so that two runs give the same bytes.
+// Without a call the seed is the time in seconds.
+void z80_fix_seed(unsigned seed);
+
+// One step: enters an accepted interrupt, executes one instruction. True when the CPU has stopped.
+bool z80_step(z80_cpu &cpu);
+
+// A maskable interrupt request of the given level (0-2): 0 accepted (the next step enters it), 1 refused.
+uint32_t z80_interrupt(z80_cpu &cpu, uint8_t level);
+
+// A non-maskable interrupt request; never refused. Nothing in the machine raises one.
+void z80_nmi(z80_cpu &cpu);
+
+// The register word of an index of z80_register_index; 0 for any other index.
+uint16_t z80_register(const z80_cpu &cpu, int index);
+
+// T-states of executed instructions since the last call. May be called from one other thread while the
+// CPU runs: total_cycles has one writer and this has one reader, so no locked operation is needed.
+uint32_t z80_take_total_cycles(z80_cpu &cpu);

@@ -1,0 +1,3 @@
+#include "display/frame_composer.h"
+
+frame_geometry geometry;

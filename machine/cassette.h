@@ -1,0 +1,53 @@
+// The cassette deck and its tape image.
+//   port 0x30 W  bit 3 motor on, bit 5 receiver path (the deck feeds only while it is 0)
+//   port 0xF0 W  fast load: machine-language records of the image go straight into memory
+// With the receive interrupt enabled the deck feeds one byte every 33280 T-states (120 bytes a second);
+// polled reads take bytes on demand. A tape image is a plain byte sequence; at its end it starts over.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+struct z80_cpu;
+
+constexpr int32_t cassette_byte_cycles = 33280; // 3993600 / 120
+constexpr uint32_t tape_path_size = 512;
+
+enum cassette_flag : uint8_t {
+    cassette_stopped = 0x01,                  // an open-file command was cancelled or failed
+    cassette_motor_off = 0x04,
+    cassette_port30_bit5 = 0x08,
+};
+
+struct cassette_block {
+    uint8_t *tape_image;                      // none: nullptr
+    uint32_t tape_size;                       // bytes
+    uint32_t tape_position;                   // next byte to read
+    int32_t cassette_countdown;               // T-states to the next fed byte
+    uint8_t cassette_flags;                   // cassette_flag
+    void (*cassette_init)();
+    void (*cassette_reset)();
+    void (*cassette_port30)();                // reads the port 0x30 latch
+    void (*cassette_set_stopped)(uint32_t ok); // 1 clears the stopped flag, anything else sets it
+    void (*cassette_step)(z80_cpu &cpu);
+    void (*cassette_fast_load)(uint8_t value);
+    uint8_t (*cassette_next_byte)();
+};
+
+struct tape_output_block {
+    char tape_out_path[tape_path_size];       // empty: written bytes are dropped
+};
+
+void cassette_init();
+
+// Loads a tape image; true on success. A file that cannot be opened leaves the old image.
+// Only while the CPU is parked.
+bool cassette_load_tape(const std::string &path);
+
+// Chooses the file to which written bytes are appended. False, and nothing changed, when the path does
+// not fit. Only while the CPU is parked.
+bool cassette_set_output(const std::string &path);
+
+// Hands buffered output bytes to the file: called at every slice end and at every pause. A failing write
+// is reported once by a log line.
+void cassette_flush_output();

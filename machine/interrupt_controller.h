@@ -1,0 +1,27 @@
+// The interrupt controller: three sources, each with a fixed level.
+//   port 0xE4 W  bits 0-2 threshold (levels below it pass), bit 3 every level passes
+//   port 0xE6 W  bit 0 clock, bit 1 VRTC, bit 2 USART receive enabled
+// Levels: 0 USART receive, 1 vertical retrace (VRTC), 2 the 1/600 s clock.
+#pragma once
+
+#include <cstdint>
+
+struct z80_cpu;
+
+enum portE6_bit : uint8_t {
+    mask_clock = 0x01,
+    mask_vrtc = 0x02,
+    mask_usart = 0x04,
+};
+
+struct interrupt_block {
+    uint16_t interrupt_pending;               // bit n: level n
+    void (*interrupt_init)();
+    void (*interrupt_reset)();
+    void (*interrupt_service)(z80_cpu &cpu);
+    void (*interrupt_request0)(z80_cpu &cpu);
+    void (*interrupt_request1)(z80_cpu &cpu);
+    void (*interrupt_request2)(z80_cpu &cpu);
+};
+
+void interrupt_init();

@@ -1,0 +1,36 @@
+// One pass of the run loop: an instruction, or clocks burnt for the DMA, and every device moved on by the
+// T-states it was charged. z80_thread drives passes against the real clock, kiv-run as fast as it can;
+// both run exactly this code.
+#pragma once
+
+#include "machine/kiv_machine.h"
+
+enum class pass_outcome {
+    nothing,
+    frame,      // vertical blank has ended: a frame is due
+    stopped,    // the CPU has stopped; see trace_pc and stop_reason. The devices did not advance.
+};
+
+constexpr uint32_t dma_burn_limit = 10; // T-states burnt in one pass at most
+
+// `iteration` counts passes since the run began, `charge_waits` is false where memory waits are not charged.
+// After the pass main_cpu.step_cycles holds the T-states charged.
+inline pass_outcome machine_pass(uint32_t iteration, bool charge_waits) {
+    // While clocks are owed to the DMA, three passes of four burn some and the fourth runs an instruction.
+    if (machine.dma_stall != 0 && iteration % 4 != 3) {
+        const uint32_t burnt = machine.dma_stall < dma_burn_limit ? machine.dma_stall : dma_burn_limit;
+        machine.dma_stall -= burnt;
+        main_cpu.step_cycles = burnt;
+        main_cpu.m1_count = main_cpu.wait_count = main_cpu.wait_count2 = 0;
+    } else if (main_cpu.z80_step(main_cpu)) {
+        return pass_outcome::stopped;
+    }
+    uint32_t charged = main_cpu.step_cycles + main_cpu.m1_count;
+    if (charge_waits) charged += main_cpu.wait_count + main_cpu.wait_count2;
+    main_cpu.step_cycles = charged;
+    machine.machine_step(machine, main_cpu);
+    const uint32_t event = machine.timing_tick(charged);
+    if (event == timing_vblank_begins) machine.interrupt_request1(main_cpu);
+    machine.advance_sound(charged);
+    return event == timing_vblank_ends ? pass_outcome::frame : pass_outcome::nothing;
+}

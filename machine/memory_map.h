@@ -1,0 +1,28 @@
+// The Z80's view of memory: ROM, RAM, the graphic planes and the windows between them.
+#pragma once
+
+#include "support/shared.h"
+#include <cstdint>
+
+constexpr uint32_t rom_size = 0x8000;
+constexpr uint32_t ext_rom_size = 0x2000;
+constexpr uint32_t ram_size = 0x10000;
+constexpr uint32_t plane_size = 0x4000;
+constexpr uint32_t font_size = 0x1000;        // 256 character glyphs, then 256 semigraphic glyphs
+constexpr uint32_t font_work_size = 0x0800;
+
+struct memory_areas {
+    uint8_t main_rom[rom_size];               // Zun-BASIC, file 8801-zun.rom
+    uint8_t nbasic_rom[rom_size];             // N-BASIC, file 8801-kiv.rom
+    uint8_t ext_rom[ext_rom_size];            // file 8801-4th.rom, seen at 0x6000-0x7FFF
+    // The render thread reads `ram` (text rows) while the CPU thread may write it: the CPU thread stores,
+    // and the render thread loads, through relaxed atomics; see ram_store.
+    alignas(64) uint8_t ram[ram_size];
+    alignas(64) uint8_t gvram[3][plane_size]; // planes 0 blue, 1 red, 2 green; under the video lock
+    alignas(64) uint8_t font_rom[font_size];
+    alignas(64) shared<uint8_t> font_work[font_work_size]; // codes 0x80-0xFF are rewritten by the PCG-8100
+};
+
+// The Z80's memory. `wait` is incremented when the access costs a wait state.
+uint8_t mem_read(uint16_t address, uint32_t *wait);
+void mem_write(uint16_t address, uint8_t value, uint32_t *wait);

@@ -1,0 +1,245 @@
+// The host that a person sees and hears: window and messages, dialogs, display and surfaces, sound.
+//
+// Two implementations: platform/headless (in memory, scripted by its caller, faults on demand) and
+// platform/desktop (Qt 6 and SDL 2). The program makes one and hands it to whoever needs it. Everything is
+// called on the window thread unless said otherwise. All texts are UTF-8.
+#pragma once
+
+#include "platform/thread.h"
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace platform {
+
+// ---- window ------------------------------------------------------------------------------------------
+
+// Messages to a window, below the program's own, which start at wm_private + 1.
+enum window_message : uint32_t {
+    wm_destroy = 0x02,        // the window is being destroyed
+    wm_move = 0x03,           // the client area has moved on the screen
+    wm_paint = 0x0F,          // the client area needs drawing; host_window::painter() is valid meanwhile
+    wm_close = 0x10,          // a close request: close box, Alt+F4, or posted
+    wm_query_end_session = 0x11,
+    wm_erase_background = 0x14, // as wm_paint, before it, when the background is to be erased
+    wm_activate_app = 0x1C,   // wparam 1: the application becomes active, 0: inactive
+    wm_key_down = 0x100,      // wparam: virtual-key code; lparam bit 30: auto-repeat
+    wm_key_up = 0x101,        // wparam: virtual-key code
+    wm_sys_command = 0x112,   // wparam: command ID of a menu item
+    wm_private = 0x400,
+};
+
+struct size2 { int width, height; };
+struct point { int x, y; };
+struct rectangle { int left, top, right, bottom; };   // right and bottom are outside
+
+// A picture of 0x00RRGGBB pixels, rows top first.
+struct picture {
+    const uint32_t *pixels;
+    int width, height;
+};
+
+// Drawing into the client area while it is painted.
+class painter {
+  public:
+    virtual ~painter() = default;
+    virtual void fill(const rectangle &area, uint32_t rgb) = 0;
+    virtual void draw(const picture &image, int x, int y) = 0; // unscaled, clipped to the client area
+};
+
+class host_window {
+  public:
+    virtual ~host_window() = default;
+    // From any thread; never blocks, keeps order.
+    virtual void post(uint32_t message, uint64_t wparam, uint64_t lparam) = 0;
+    // Sends wm_destroy and ends the window; the object stays valid until the host is destroyed.
+    virtual void destroy() = 0;
+    virtual bool client_size(size2 &size) const = 0;  // false when the window is gone
+    virtual point client_origin() const = 0;          // on the screen, in the surfaces' pixels
+    virtual void invalidate(bool erase) = 0;          // asks for a wm_paint of the whole client area
+    virtual void set_focus() = 0;
+    virtual bool is_foreground() const = 0;           // may be asked from the render thread
+    virtual painter *current_painter() = 0;           // null outside wm_paint and wm_erase_background
+    // The cursor's display count after the call: shown while it is 0 or above.
+    virtual int show_cursor(bool show) = 0;
+    virtual bool shift_down() const = 0;
+    virtual void disable_input_method() = 0;
+    // Frame on or off (caption, system menu). False when refused.
+    virtual bool set_framed(bool framed) = 0;
+    // Client area of the given size, and centring on the desktop; both keep focus and stacking.
+    virtual void resize_client(int width, int height) = 0;
+    virtual void centre() = 0;
+    virtual void show() = 0;
+    // Items of the system menu, or of the window's menu where the desktop has none to extend. Adding an ID
+    // that is there already does nothing. remove_default_menu_items drops Restore, Size, Minimize, Maximize.
+    virtual void remove_default_menu_items() = 0;
+    virtual bool has_menu_item(uint32_t id) const = 0;
+    virtual void insert_menu_item(int position, uint32_t id, const std::string &text) = 0;
+};
+
+// Who receives a window's messages.
+class window_listener {
+  public:
+    virtual ~window_listener() = default;
+    // The result of the message; `handled` starts true and is set false for default handling.
+    virtual int64_t window_proc(host_window &window, const message &m, bool &handled) = 0;
+};
+
+struct window_options {
+    std::string title;
+    int x, y, width, height;
+};
+
+// ---- dialogs -----------------------------------------------------------------------------------------
+
+struct file_dialog_options {
+    std::string title;
+    std::string filter_name;
+    std::vector<std::string> patterns;     // "*.KIV", matched without regard to case
+    std::string file_name;                 // what the name field starts with
+    std::string default_extension;         // without the dot
+    bool confirm_overwrite = false;
+    bool must_exist = false;
+};
+
+struct settings_slider {
+    std::string label, unit;
+    int minimum, maximum, value;
+};
+struct settings_check {
+    std::string label;
+    bool checked;
+};
+// The settings dialog: sliders with a number box each that mirrors them, and check boxes.
+struct settings_dialog {
+    std::string caption, program_line, copyright_line;
+    std::vector<settings_slider> sliders;
+    std::vector<settings_check> checks;
+};
+struct help_dialog {
+    std::string caption, program_line, copyright_line, text;
+};
+
+// ---- display -----------------------------------------------------------------------------------------
+
+enum class display_result { ok, still_busy, lost, failed };
+
+// Pixel format of a surface. `flags` is what the log shows of it.
+struct surface_format {
+    bool indexed8;
+    bool rgb;
+    uint32_t flags;
+};
+struct surface_desc {
+    int width, height;
+    int pitch;                 // bytes per line
+    surface_format format;
+};
+
+class surface {
+  public:
+    virtual ~surface() = default;
+    virtual bool describe(surface_desc &desc) = 0;
+    // Locks the whole surface for drawing; `pixels` is its first pixel. Render thread.
+    virtual display_result lock(void *&pixels, int &pitch) = 0;
+    virtual void unlock() = 0;
+    virtual bool restore() = 0;                                   // after it was lost
+    virtual void fill(const rectangle &area, uint32_t colour) = 0;
+    // Only for the primary surface: the palette of 8-bit surfaces; clipping to a window.
+    virtual bool set_palette(const uint32_t *rgb256) = 0;
+    virtual bool set_clip_window(host_window &window) = 0;
+    // Copies `source` onto this primary surface. Window mode: to `destination` in screen coordinates, waiting
+    // while the surface is busy; full screen: whole, at (0, 0). What the screen shows is always one whole
+    // frame. Render thread.
+    virtual display_result copy_from(surface &source, const rectangle &area, const rectangle &destination,
+                                     bool full_screen) = 0;
+};
+
+enum class surface_memory { video, system };
+
+class display {
+  public:
+    virtual ~display() = default;
+    virtual bool open() = 0;
+    virtual void close() = 0;
+    virtual bool set_cooperative_level(host_window &window, bool full_screen) = 0;
+    virtual bool set_mode(int width, int height, int depth) = 0;  // full screen only
+    virtual void restore_mode() = 0;
+    virtual bool get_caps() = 0;
+    virtual std::unique_ptr<surface> create_primary(bool full_screen) = 0;            // null: refused
+    virtual std::unique_ptr<surface> create_offscreen(int width, int height, surface_memory where) = 0;
+    virtual bool create_clipper() = 0;
+    virtual bool create_palette() = 0;
+    virtual bool wait_vertical_blank(bool begin) = 0;             // render thread; begin or end of it
+};
+
+// ---- sound -------------------------------------------------------------------------------------------
+
+struct wave_format {
+    uint32_t channels, sample_rate, bits;
+};
+
+// A looping buffer of 16-bit samples with play and write cursors, in bytes from its start.
+class sound_stream {
+  public:
+    virtual ~sound_stream() = default;
+    virtual bool get_caps(uint32_t &bytes) = 0;
+    // The buffer's memory from `offset`, `bytes` long, in one part or two where it wraps.
+    virtual bool lock(uint32_t offset, uint32_t bytes, void *&part1, uint32_t &bytes1, void *&part2,
+                      uint32_t &bytes2) = 0;
+    virtual void unlock(void *part1, uint32_t bytes1, void *part2, uint32_t bytes2) = 0;
+    virtual void play() = 0;                                      // looping, from where it stands
+    virtual void stop() = 0;
+    virtual bool get_position(uint32_t &play, uint32_t &write) = 0;
+};
+
+class primary_sound_buffer {
+  public:
+    virtual ~primary_sound_buffer() = default;
+    virtual bool get_caps(uint32_t &bytes) = 0;
+    virtual bool set_format(const wave_format &format) = 0;
+    virtual void set_volume(int32_t hundredths_db) = 0;           // -10000 to 0
+    virtual int32_t get_volume() const = 0;                       // as the device reports it
+};
+
+class sound_device {
+  public:
+    virtual ~sound_device() = default;
+    virtual bool open() = 0;
+    virtual void close() = 0;
+    virtual bool set_cooperative_level(host_window &window) = 0;
+    virtual std::unique_ptr<primary_sound_buffer> create_primary() = 0;
+    virtual std::unique_ptr<sound_stream> create_stream(uint32_t bytes, const wave_format &format) = 0;
+};
+
+// ---- the host ----------------------------------------------------------------------------------------
+
+class host {
+  public:
+    virtual ~host() = default;
+    // Process-wide set-up for the window thread, and its undoing. False when it is refused.
+    virtual bool begin() = 0;
+    virtual void end() = 0;
+    virtual void begin_timer_resolution(uint32_t milliseconds) = 0;
+    virtual void end_timer_resolution(uint32_t milliseconds) = 0;
+    virtual bool register_window_class(const std::string &name) = 0;
+    virtual host_window *create_window(const window_options &options, window_listener &listener) = 0; // null: refused
+    virtual int run_message_loop() = 0;                           // until post_quit; its code
+    virtual void post_quit(int code) = 0;
+
+    // Shows an OK box with the stop icon and waits for it; owner may be null.
+    virtual void error_box(host_window *owner, const std::string &text, const std::string &caption) = 0;
+    // A chosen path, or false when the person cancelled.
+    virtual bool open_file(host_window &owner, const file_dialog_options &options, std::string &path) = 0;
+    virtual bool save_file(host_window &owner, const file_dialog_options &options, std::string &path) = 0;
+    // True: OK, and the dialog's values are the ones chosen. False: cancelled, values unchanged.
+    virtual bool settings(host_window &owner, settings_dialog &dialog) = 0;
+    virtual void help(host_window &owner, const help_dialog &dialog) = 0;
+
+    virtual display &get_display() = 0;
+    virtual sound_device &get_sound() = 0;
+};
+
+} // namespace platform
