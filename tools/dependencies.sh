@@ -1,0 +1,51 @@
+# Sourced by ./run and ./test: installs the Debian packages that are missing, and says so.
+
+# Needed for everything: compiler, build, pictures, assembler of the demonstration ROMs.
+build_packages="g++ cmake ninja-build libpng-dev pasmo"
+# For the window and the sound.
+desktop_packages="qt6-base-dev libsdl2-dev fonts-vlgothic"
+# For the tests and the benchmarks.
+test_packages="libgtest-dev libbenchmark-dev xvfb xdotool"
+
+# install_missing PACKAGE...: installs what is not there. Without apt, or without the right to use it, the
+# build goes on with what the system has.
+install_missing() {
+    command -v dpkg-query >/dev/null 2>&1 || return 0
+    missing=""
+    for package in "$@"; do
+        dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q 'install ok installed' || missing="$missing $package"
+    done
+    [ -n "$missing" ] || return 0
+    as_root=""
+    if [ "$(id -u)" -ne 0 ]; then
+        if ! command -v sudo >/dev/null 2>&1; then
+            echo "Not installed, and no sudo to install them:$missing" >&2
+            return 0
+        fi
+        as_root="sudo"
+    fi
+    echo "Installing:$missing"
+    $as_root apt-get update -qq || echo "The package lists could not be refreshed; going on with the old ones." >&2
+    DEBIAN_FRONTEND=noninteractive $as_root apt-get install -y -qq --no-install-recommends $missing >/dev/null || {
+        echo "These packages could not be installed:$missing" >&2
+        echo "What needs them may be missing from the build." >&2
+    }
+}
+
+# build PRESET [TARGET...]: configures and builds, one progress line on a terminal.
+build() {
+    preset=$1
+    shift
+    log="build/$preset.log"
+    mkdir -p build
+    echo "Building ($preset) ..."
+    cmake --preset "$preset" >"$log" 2>&1 || { cat "$log"; echo "The configuration failed." >&2; return 1; }
+    grep -E '^-- kiv: ' "$log" | sed 's/^-- kiv: /  /' || true
+    targets=""
+    [ $# -eq 0 ] || targets="--target $*"
+    if [ -t 1 ]; then
+        NINJA_STATUS="[%f/%t, %es] " cmake --build --preset "$preset" $targets
+    else
+        cmake --build --preset "$preset" $targets >"$log" 2>&1 || { tail -n 60 "$log"; echo "The build failed." >&2; return 1; }
+    fi
+}
