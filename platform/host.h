@@ -201,7 +201,9 @@ class primary_sound_buffer {
     virtual bool get_caps(uint32_t &bytes) = 0;
     virtual bool set_format(const wave_format &format) = 0;
     virtual void set_volume(int32_t hundredths_db) = 0;           // -10000 to 0
-    virtual int32_t get_volume() const = 0;                       // as the device reports it
+    // As the device reports it: 100 above what was set. Callers take one decibel off the whole decibels that
+    // are reported, so a volume read and set again stays what it was, for every decibel from -100 to 0.
+    virtual int32_t get_volume() const = 0;
 };
 
 class sound_device {
