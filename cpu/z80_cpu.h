@@ -32,43 +32,55 @@ enum z80_stop_reason : uint8_t {
 // `stop_flags`, bits 0-2: a stop code, kept until reset. Bits 6 and 7: an entry that the next step makes.
 enum z80_stop_flag : uint8_t {
     stop_code_mask = 0x07,
-    stop_code_instruction = 1,      // HALT, undefined or unimplemented: see stop_reason
-    stop_code_inject_empty = 4,     // an operand was asked of an exhausted inject buffer
-    stop_code_interrupt_mode = 5,   // an interrupt arrived in a mode other than 0, 1, 2
-    pending_interrupt = 0x40,       // maskable interrupt accepted
-    pending_nmi = 0x80,             // NMI accepted
+    stop_code_instruction = 1,    // HALT, undefined or unimplemented: see stop_reason
+    stop_code_inject_empty = 4,   // an operand was asked of an exhausted inject buffer
+    stop_code_interrupt_mode = 5, // an interrupt arrived in a mode other than 0, 1, 2
+    pending_interrupt = 0x40,     // maskable interrupt accepted
+    pending_nmi = 0x80,           // NMI accepted
 };
 
 // Index of a register word, as z80_register() takes it.
 enum z80_register_index {
-    reg_bc, reg_de, reg_hl, reg_af, reg_bc_alt, reg_de_alt, reg_hl_alt, reg_af_alt,
-    reg_ix, reg_iy, reg_pc, reg_sp, register_words
+    reg_bc,
+    reg_de,
+    reg_hl,
+    reg_af,
+    reg_bc_alt,
+    reg_de_alt,
+    reg_hl_alt,
+    reg_af_alt,
+    reg_ix,
+    reg_iy,
+    reg_pc,
+    reg_sp,
+    register_words
 };
 
 struct z80_cpu {
-    uint16_t BC, DE, HL, AF;                     // C, E, L, F are the low bytes
+    uint16_t BC, DE, HL, AF; // C, E, L, F are the low bytes
     uint16_t BC_alt, DE_alt, HL_alt, AF_alt;
     uint16_t IX, IY;
     uint16_t PC, SP;
-    uint32_t step_cycles;      // T-states of the current step
-    uint32_t m1_count;         // opcode fetches (M1 cycles) of the current step
-    uint32_t wait_count;       // memory waits of the current step: bytes, and the first byte of words
-    uint32_t wait_count2;      // the same, second byte of words
-    uint32_t accept_cycles;    // T-states of an interrupt accepted for the next step
+    uint32_t step_cycles;   // T-states of the current step
+    uint32_t m1_count;      // opcode fetches (M1 cycles) of the current step
+    uint32_t wait_count;    // memory waits of the current step: bytes, and the first byte of words
+    uint32_t wait_count2;   // the same, second byte of words
+    uint32_t accept_cycles; // T-states of an interrupt accepted for the next step
     uint8_t I;
-    uint8_t IM;                // 0, 1, 2
-    uint8_t IFF1, IFF2;        // 0 or 1
-    uint8_t stop_reason;       // z80_stop_reason
-    uint16_t trace_pc;         // address of the instruction of the current step
-    uint16_t vector_pc;        // entry address of an accepted interrupt
-    uint8_t r_counter;         // +1 a step; index into r_table
-    uint8_t stop_flags;        // z80_stop_flag
-    uint8_t r_table[256];      // what LD A,R returns; new random bytes at every reset
-    uint8_t inject_active;     // 1: instruction bytes come from inject_bytes
-    uint8_t inject_bytes[5];   // consumed from the end
-    int16_t inject_count;      // bytes still to be taken
-    uint32_t total_cycles;     // running sum of step_cycles; one writer, see z80_take_total_cycles
+    uint8_t IM;              // 0, 1, 2
+    uint8_t IFF1, IFF2;      // 0 or 1
+    uint8_t stop_reason;     // z80_stop_reason
+    uint16_t trace_pc;       // address of the instruction of the current step
+    uint16_t vector_pc;      // entry address of an accepted interrupt
+    uint8_t r_counter;       // +1 a step; index into r_table
+    uint8_t stop_flags;      // z80_stop_flag
+    uint8_t r_table[256];    // what LD A,R returns; new random bytes at every reset
+    uint8_t inject_active;   // 1: instruction bytes come from inject_bytes
+    uint8_t inject_bytes[5]; // consumed from the end
+    int16_t inject_count;    // bytes still to be taken
+    uint32_t total_cycles;   // running sum of step_cycles; one writer, see z80_take_total_cycles
     uint32_t total_cycles_taken;
+    uint32_t m1_memory_waits; // memory waits of opcode fetches: never charged, never read
 
     // The CPU's own operations, stored by z80_install.
     bool (*z80_step)(z80_cpu &cpu);
@@ -79,7 +91,7 @@ struct z80_cpu {
     // The machine's operations. A wait counter is incremented once for each wait state of the access.
     uint8_t (*mem_read)(uint16_t address, uint32_t *wait);
     void (*mem_write)(uint16_t address, uint8_t value, uint32_t *wait);
-    uint8_t (*io_in)(uint16_t port);             // the full 16-bit address on the bus
+    uint8_t (*io_in)(uint16_t port); // the full 16-bit address on the bus
     void (*io_out)(uint16_t port, uint8_t value);
 };
 

@@ -1,0 +1,151 @@
+// The record's own operations: install, reset, step, interrupt requests and their entry, the inject buffer.
+#include "cpu/z80_cpu.h"
+
+#include "cpu/z80_groups.h"
+#include "cpu/z80_operations.h"
+#include <cstddef>
+#include <cstring>
+#include <ctime>
+#include <random>
+#include <type_traits>
+
+static_assert(std::is_trivially_copyable_v<z80_cpu> && std::is_standard_layout_v<z80_cpu>);
+
+namespace {
+
+bool seed_fixed = false;
+unsigned fixed_seed;
+
+// T-states of an entry beyond those of the first instruction executed there.
+constexpr uint32_t im0_accept_cycles = 2;
+constexpr uint32_t im1_accept_cycles = 13;
+constexpr uint32_t im2_accept_cycles = 19;
+constexpr uint32_t nmi_accept_cycles = 11;
+
+constexpr uint16_t im1_entry = 0x0038;
+constexpr uint16_t nmi_entry = 0x0066;
+
+// A step that enters an accepted interrupt, runs injected bytes, or finds the CPU stopped.
+[[gnu::noinline, gnu::cold]] bool step_with_entry(z80_cpu &cpu) {
+    const bool entered =
+        (cpu.stop_flags & pending_nmi) || ((cpu.stop_flags & pending_interrupt) && cpu.IM != 0);
+    if (entered) {
+        push16(cpu, cpu.PC);
+        cpu.PC = cpu.vector_pc;
+        cpu.trace_pc = cpu.vector_pc;
+    }
+    z80_execute(cpu);
+    if (cpu.stop_flags & (pending_interrupt | pending_nmi)) {
+        cpu.stop_flags &= stop_code_mask;
+        cpu.step_cycles += cpu.accept_cycles;
+        __atomic_store_n(&cpu.total_cycles, cpu.total_cycles + cpu.accept_cycles, __ATOMIC_RELAXED);
+        cpu.accept_cycles = 0;
+    }
+    return (cpu.stop_flags & stop_code_mask) != 0;
+}
+
+} // namespace
+
+void z80_install(z80_cpu &cpu, uint8_t (*mem_read)(uint16_t, uint32_t *),
+                 void (*mem_write)(uint16_t, uint8_t, uint32_t *), uint8_t (*io_in)(uint16_t),
+                 void (*io_out)(uint16_t, uint8_t)) {
+    cpu.mem_read = mem_read;
+    cpu.mem_write = mem_write;
+    cpu.io_in = io_in;
+    cpu.io_out = io_out;
+    cpu.z80_step = z80_step;
+    cpu.z80_reset = z80_reset;
+    cpu.z80_interrupt = z80_interrupt;
+    cpu.z80_nmi = z80_nmi;
+    z80_reset(cpu);
+}
+
+void z80_fix_seed(unsigned seed) {
+    seed_fixed = true;
+    fixed_seed = seed;
+}
+
+void z80_reset(z80_cpu &cpu) {
+    std::minstd_rand random(seed_fixed ? fixed_seed : static_cast<unsigned>(std::time(nullptr)));
+    for (uint8_t &byte : cpu.r_table) byte = static_cast<uint8_t>(random() % 256);
+    std::memset(&cpu, 0, offsetof(z80_cpu, stop_flags)); // BC through r_counter
+    cpu.stop_flags = 0;
+    cpu.inject_active = 0;
+    cpu.inject_count = 0;
+}
+
+bool z80_step(z80_cpu &cpu) {
+    cpu.wait_count = 0;
+    cpu.wait_count2 = 0;
+    cpu.trace_pc = cpu.PC;
+    cpu.r_counter = static_cast<uint8_t>(cpu.r_counter + 1);
+    if (cpu.stop_flags | cpu.inject_active) [[unlikely]]
+        return step_with_entry(cpu);
+    return z80_execute(cpu);
+}
+
+uint32_t z80_interrupt(z80_cpu &cpu, uint8_t level) {
+    if (cpu.IFF1 != 1) return 1;
+    cpu.stop_flags |= pending_interrupt;
+    cpu.IFF1 = 0;
+    cpu.IFF2 = 0;
+    switch (cpu.IM) {
+    case 0:
+        cpu.inject_bytes[0] = level;
+        cpu.inject_count = 1;
+        cpu.inject_active = 1;
+        cpu.accept_cycles = im0_accept_cycles;
+        return 0;
+    case 1:
+        cpu.vector_pc = im1_entry;
+        cpu.accept_cycles = im1_accept_cycles;
+        return 0;
+    case 2:
+        // The next step clears the wait counters before anybody charges them: the vector costs no waits.
+        cpu.accept_cycles = im2_accept_cycles;
+        cpu.vector_pc = read16(cpu, static_cast<uint16_t>(cpu.I * 256 + 2 * level));
+        return 0;
+    default: cpu.stop_flags = stop_code_interrupt_mode; return 1;
+    }
+}
+
+void z80_nmi(z80_cpu &cpu) {
+    cpu.IFF2 = cpu.IFF1;
+    cpu.IFF1 = 0;
+    cpu.vector_pc = nmi_entry;
+    cpu.accept_cycles = nmi_accept_cycles;
+    cpu.stop_flags |= pending_nmi;
+}
+
+[[gnu::cold]] uint8_t z80_injected8(z80_cpu &cpu) {
+    if (cpu.inject_count < 1) {
+        stop(cpu, stop_code_inject_empty);
+        return 0;
+    }
+    cpu.inject_count = static_cast<int16_t>(cpu.inject_count - 1);
+    cpu.inject_active = cpu.inject_count != 0;
+    return cpu.inject_bytes[cpu.inject_count];
+}
+
+[[gnu::cold]] uint16_t z80_injected16(z80_cpu &cpu) {
+    if (cpu.inject_count < 2) {
+        stop(cpu, stop_code_inject_empty);
+        return 0;
+    }
+    const uint8_t low = z80_injected8(cpu);
+    return word_of(z80_injected8(cpu), low);
+}
+
+uint16_t z80_register(const z80_cpu &cpu, int index) {
+    const uint16_t *const words[register_words] = {&cpu.BC,     &cpu.DE,     &cpu.HL,     &cpu.AF,
+                                                   &cpu.BC_alt, &cpu.DE_alt, &cpu.HL_alt, &cpu.AF_alt,
+                                                   &cpu.IX,     &cpu.IY,     &cpu.PC,     &cpu.SP};
+    return index >= 0 && index < register_words ? *words[index] : 0;
+}
+
+uint32_t z80_take_total_cycles(z80_cpu &cpu) {
+    const uint32_t total = __atomic_load_n(&cpu.total_cycles, __ATOMIC_RELAXED);
+    const uint32_t since = total - cpu.total_cycles_taken;
+    cpu.total_cycles_taken = total;
+    return since;
+}
