@@ -1,0 +1,93 @@
+// The whole machine: the demonstration ROM, every device, sound rendered at every slice and a 32-bit frame
+// composed at every vertical blank, as a multiple of real time on one core.
+#include "machine/machine_pass.h"
+#include "platform/resources.h"
+#include "resources/resources.h"
+#include "sound/sound_slices.h"
+
+#include <benchmark/benchmark.h>
+#include <cstring>
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+sound_slices sound;
+
+const sound_listener listener = {
+    [] { sound.beepOn(); },
+    [] { sound.beepOff(); },
+    [](uint16_t frequency, uint32_t channel) { sound.setTone(frequency, channel); },
+    [](uint32_t cycles) { sound.advanceClock(cycles); },
+    [] { sound.muteTones(); },
+    [] { sound.clearPCM(); },
+};
+
+bool load(const char *name, uint8_t *area, size_t size) {
+    std::ifstream in(std::string(KIV_FIRMWARE_DIR "/") + name, std::ios::binary);
+    in.read(reinterpret_cast<char *>(area), static_cast<std::streamsize>(size));
+    return in.gcount() > 0;
+}
+
+bool boot(std::vector<uint32_t> &frame) {
+    z80_fix_seed(1);
+    z80_install(main_cpu, mem_read, mem_write, io_in, io_out);
+    host_callbacks_listen(listener);
+    machine_init(machine, [] {}, [] {});
+    sound.reset_cpu_clk(machine.clock_hz);
+    if (!load("8801-zun.rom", machine.main_rom, rom_size) || !load("8801-4th.rom", machine.ext_rom, ext_rom_size))
+        return false;
+    register_program_resources();
+    const platform::resource font = platform::find_resource(platform::resource_type::font, 104);
+    std::memcpy(machine.font_rom, font.data, font_size);
+    for (uint32_t i = 0; i < font_work_size; ++i) machine.font_work[i] = font.data[i];
+    machine.timing_reset();
+    machine.select_scanline_colours(0);
+    set_frame_geometry(frame_width, frame_height, frame_width);
+    geometry.frame_pixels = frame.data();
+    return true;
+}
+
+// One iteration is one emulated second.
+void demonstration(benchmark::State &state) {
+    const bool frames = state.range(0) != 0;
+    std::vector<uint32_t> frame(frame_width * frame_height);
+    if (!boot(frame)) {
+        state.SkipWithError("the demonstration ROM was not built");
+        return;
+    }
+    uint32_t iteration = 0, slice = 0;
+    uint64_t seconds = 0, composed = 0;
+    auto run_second = [&] {
+        for (uint32_t done = 0; done < machine.clock_hz; ++iteration) {
+            const pass_outcome outcome = machine_pass(iteration, true);
+            if (outcome == pass_outcome::stopped) return false;
+            done += main_cpu.step_cycles;
+            slice += main_cpu.step_cycles;
+            if (outcome == pass_outcome::frame && frames) {
+                compose_frame(pixels_rgb32);
+                ++composed;
+            }
+            if (slice >= machine.cycles_per_slice) {
+                slice = 0;
+                benchmark::DoNotOptimize(sound.renderSlice());
+            }
+        }
+        return true;
+    };
+    for (int i = 0; i < 5; ++i) run_second(); // past the start-up picture and melody
+    for (auto _ : state) {
+        if (!run_second()) {
+            state.SkipWithError("the CPU stopped");
+            return;
+        }
+        ++seconds;
+    }
+    state.counters["x real time"] =
+        benchmark::Counter(static_cast<double>(seconds), benchmark::Counter::kIsRate);
+    state.counters["frames/s"] = benchmark::Counter(static_cast<double>(composed), benchmark::Counter::kIsRate);
+}
+BENCHMARK(demonstration)->ArgName("frames")->Arg(1)->Arg(0)->Unit(benchmark::kMillisecond);
+
+} // namespace

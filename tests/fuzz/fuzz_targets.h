@@ -1,0 +1,15 @@
+// What is fuzzed: each reader of foreign bytes, fed with one input. A target returns 0; a fault is the
+// sanitizer's to report.
+//
+// tests/fuzz/run builds one libFuzzer program a target; the replay test runs the corpus and a fixed number
+// of its own mutations through the same functions in every build.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+int fuzz_tape(const uint8_t *data, size_t size);     // a tape image, read by every way a program can
+int fuzz_dump(const uint8_t *data, size_t size);     // a memory dump, then ten frames of it running
+int fuzz_settings(const uint8_t *data, size_t size); // a settings file, read, written, read again
+int fuzz_bitmap(const uint8_t *data, size_t size);   // a bitmap file
+int fuzz_program(const uint8_t *data, size_t size);  // port writes in any order, then a program, then frames
