@@ -48,6 +48,12 @@ bool cassette_load_tape(const std::string &path);
 // not fit. Only while the CPU is parked.
 bool cassette_set_output(const std::string &path);
 
+// Gives the tape image back; the deck is then without a tape.
+void cassette_eject(struct kiv_machine &m);
+
+// Appends one byte to the output file; dropped while no file is chosen.
+void cassette_output(uint8_t byte);
+
 // Hands buffered output bytes to the file: called at every slice end and at every pause. A failing write
 // is reported once by a log line.
 void cassette_flush_output();

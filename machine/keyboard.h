@@ -5,6 +5,7 @@
 #pragma once
 
 #include "support/shared.h"
+#include <array>
 #include <cstdint>
 
 constexpr int key_rows = 12;
@@ -15,7 +16,7 @@ struct key_matrix_block {
 };
 
 // Virtual-key code to key index, or no_key. Four entries follow the setting `tenkeyless`.
-extern uint8_t virtual_keys[256];
+extern std::array<uint8_t, 256> virtual_keys;
 
 // Presses or releases the matrix key of a virtual-key code; codes above 255 and unmapped keys do nothing.
 void key_press(uint32_t virtual_key);

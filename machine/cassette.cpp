@@ -1,0 +1,177 @@
+#include "app/kiv_assay.h"
+#include "machine/kiv_machine.h"
+#include "support/kel_fstream.h"
+#include "support/tape_writer.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+namespace {
+
+constexpr uint8_t record_mark = 0x3A;
+constexpr uint8_t port30_motor = 0x08;
+constexpr uint8_t port30_bit5 = 0x20;
+constexpr uint8_t flags_after_reset = cassette_stopped | cassette_motor_off | cassette_port30_bit5;
+
+tape_writer output;
+
+// A search for a record that began anywhere in [first, last] runs to the end of the tape and finds none. A
+// program that asks for fast loads again and again thus does not make the run loop scan megabytes each time,
+// and a pause is answered in time.
+struct fruitless_search {
+    uint32_t first = 1, last = 0;
+    bool covers(uint32_t position) const { return first <= position && position <= last; }
+};
+fruitless_search fruitless;
+
+void cassette_reset() {
+    machine.cassette_countdown = cassette_byte_cycles;
+    machine.cassette_flags = flags_after_reset;
+}
+
+void cassette_port30() {
+    if (machine.port30 & port30_motor) {
+        machine.cassette_flags &= static_cast<uint8_t>(~cassette_motor_off);
+    } else {
+        machine.cassette_flags |= cassette_motor_off;
+        machine.cassette_countdown = cassette_byte_cycles;
+    }
+    machine.cassette_flags &= static_cast<uint8_t>(~cassette_port30_bit5);
+    if (machine.port30 & port30_bit5) machine.cassette_flags |= cassette_port30_bit5;
+}
+
+void cassette_set_stopped(uint32_t ok) {
+    machine.cassette_flags &= static_cast<uint8_t>(~cassette_stopped);
+    if (ok != 1) machine.cassette_flags |= cassette_stopped;
+}
+
+uint8_t cassette_next_byte() {
+    if (machine.tape_image == nullptr) return 0xFF;
+    if (machine.tape_position >= machine.tape_size) machine.tape_position = 0;
+    if (machine.tape_size == 0) return 0xFF; // an empty tape
+    return machine.tape_image[machine.tape_position++];
+}
+
+// Feeds one byte when its time has come and the last one was read; until then the countdown goes below 0
+// and the byte follows on the first step after the read.
+void cassette_step(z80_cpu &cpu) {
+    if ((machine.portE6 & mask_usart) == 0 || (machine.interrupt_pending & 1) != 0) return;
+    if ((machine.cassette_flags & 0x0F) != 0) return;
+    if (machine.cassette_countdown > INT32_MIN / 2)
+        machine.cassette_countdown -= static_cast<int32_t>(cpu.step_cycles);
+    if (machine.cassette_countdown > 0 || machine.usart_byte_ready != 0) return;
+    machine.cassette_countdown = cassette_byte_cycles;
+    machine.usart_receive(cpu, cassette_next_byte());
+}
+
+// The tape's byte at the read position; none at its end.
+bool next_byte(uint8_t &byte) {
+    if (machine.tape_position >= machine.tape_size) return false;
+    byte = machine.tape_image[machine.tape_position++];
+    return true;
+}
+
+// Reads ":" address high, low, check ":". A byte other than the second ":" is followed by a new address.
+bool find_record(uint16_t &address) {
+    const uint32_t from = machine.tape_position;
+    if (from >= machine.tape_size) return false;
+    const uint8_t *start = machine.tape_image + from;
+    const void *mark =
+        fruitless.covers(from) ? nullptr : std::memchr(start, record_mark, machine.tape_size - from);
+    uint32_t mark_position = machine.tape_size;
+    if (mark != nullptr) {
+        mark_position = from + static_cast<uint32_t>(static_cast<const uint8_t *>(mark) - start);
+        machine.tape_position = mark_position + 1;
+        uint8_t high, low, check, byte;
+        while (next_byte(high) && next_byte(low) && next_byte(check) && next_byte(byte)) {
+            if (byte != record_mark) continue;
+            address = static_cast<uint16_t>(high * 0x100 + low);
+            return true;
+        }
+    }
+    if (!fruitless.covers(from)) fruitless = {from, mark_position};
+    machine.tape_position = machine.tape_size;
+    return false;
+}
+
+// One addressed record: its data block goes through the memory map as the program would write it.
+void load_record() {
+    uint16_t address;
+    uint8_t length, byte;
+    if (!find_record(address) || !next_byte(length) || length == 0) return;
+    for (; length != 0 && next_byte(byte); --length) {
+        uint32_t wait = 0;
+        mem_write(address++, byte, &wait);
+    }
+    if (length == 0) next_byte(byte); // the check byte
+}
+
+void cassette_fast_load(uint8_t value) {
+    if (machine.tape_image == nullptr) return;
+    for (int runs = std::max<int>(value, 1); runs > 0; --runs) load_record();
+}
+
+} // namespace
+
+void cassette_init() {
+    machine.cassette_reset = cassette_reset;
+    machine.cassette_port30 = cassette_port30;
+    machine.cassette_set_stopped = cassette_set_stopped;
+    machine.cassette_step = cassette_step;
+    machine.cassette_fast_load = cassette_fast_load;
+    machine.cassette_next_byte = cassette_next_byte;
+    cassette_reset();
+}
+
+void cassette_eject(kiv_machine &m) {
+    delete[] m.tape_image;
+    m.tape_image = nullptr;
+    m.tape_size = m.tape_position = 0;
+    fruitless = {};
+}
+
+bool cassette_load_tape(const std::string &path) {
+    kel_fstream file;
+    if (!file.open(path.c_str(), 1, 0)) {
+        trace("tape: %s cannot be opened: %s", path.c_str(), platform::last_file_error().c_str());
+        return false;
+    }
+    cassette_eject(machine);
+    const uint32_t size = file.size();
+    machine.tape_size = size;
+    // One byte more than the tape, so that an empty tape is a tape all the same.
+    auto *image = new (std::nothrow) uint8_t[static_cast<size_t>(size) + 1];
+    if (image == nullptr) {
+        trace("tape: no memory for the %u bytes of %s", size, path.c_str());
+        return false;
+    }
+    uint32_t got = 0;
+    try {
+        got = file.read(image, 1, size);
+    } catch (const kel_exception &) {
+        got = UINT32_MAX;
+    }
+    if (got != size) {
+        trace("tape: %s cannot be read: %s", path.c_str(), platform::last_file_error().c_str());
+        delete[] image;
+        machine.tape_size = 0;
+        return false;
+    }
+    machine.tape_image = image;
+    return true;
+}
+
+bool cassette_set_output(const std::string &path) {
+    if (path.size() >= tape_path_size) return false;
+    output.flush();
+    std::memcpy(machine.tape_out_path, path.c_str(), path.size() + 1);
+    output.set_path(path);
+    return true;
+}
+
+void cassette_output(uint8_t byte) {
+    if (machine.tape_out_path[0] != '\0') output.put(byte);
+}
+
+void cassette_flush_output() { output.flush(); }

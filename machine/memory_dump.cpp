@@ -1,0 +1,90 @@
+#include "machine/memory_dump.h"
+
+#include "app/kiv_assay.h"
+#include "machine/kiv_machine.h"
+#include "support/kel_fstream.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <vector>
+
+namespace {
+
+constexpr uint16_t dump_base = 0x8000;
+constexpr uint32_t dump_size = 32612;     // as written here
+constexpr uint32_t dump_minimum = 0x7F40; // 32576, the shortest that is read
+constexpr uint32_t dump_maximum = 0x8000; // what is read of a longer file
+constexpr uint32_t routine_offset = 0x7F3D;
+constexpr uint32_t stack_offset = 0x7F3E;
+constexpr uint32_t sp_offset = 0x7F4B;
+constexpr uint32_t pc_offset = 0x7F4E;
+constexpr uint32_t registers_offset = 0x7F52;
+constexpr uint16_t routine_address = dump_base + routine_offset;
+
+// Pops the registers, loads SP, jumps: entered at its RET with SP behind it.
+constexpr uint8_t restore_routine[] = {
+    0xC9,                   // FF3D RET               to FF40
+    0x50, 0xFF,             // FF3E the reader's SP
+    0xC1, 0xD1, 0xE1, 0xF1, // FF40 POP BC, DE, HL, AF
+    0x08, 0xD9,             // FF44 EX AF,AF'; EXX
+    0xC1, 0xD1, 0xE1, 0xF1, // FF46 POP BC, DE, HL, AF
+    0x31, 0x00, 0x00,       // FF4A LD SP,saved SP
+    0xC3, 0x00, 0x00,       // FF4D JP saved PC
+    0x40, 0xFF,             // FF50 what the RET pops
+};
+
+constexpr int saved_registers[] = {reg_bc_alt, reg_de_alt, reg_hl_alt, reg_af_alt,
+                                   reg_bc,     reg_de,     reg_hl,     reg_af};
+
+using dump_bytes = std::array<uint8_t, dump_size>;
+
+void put_word(dump_bytes &dump, uint32_t offset, uint16_t value) {
+    dump[offset] = static_cast<uint8_t>(value);
+    dump[offset + 1] = static_cast<uint8_t>(value >> 8);
+}
+
+} // namespace
+
+bool memory_dump_save(const std::string &path, const z80_cpu &cpu) {
+    dump_bytes dump{};
+    std::memcpy(dump.data(), machine.ram + dump_base, dump_minimum);
+    std::memcpy(dump.data() + routine_offset, restore_routine, sizeof restore_routine);
+    put_word(dump, sp_offset, cpu.SP);
+    put_word(dump, pc_offset, cpu.PC);
+    uint32_t offset = registers_offset;
+    for (const int index : saved_registers) {
+        put_word(dump, offset, z80_register(cpu, index));
+        offset += 2;
+    }
+    if (platform::atomic_write(path, dump.data(), dump.size())) return true;
+    trace("dump: %s cannot be written: %s", path.c_str(), platform::last_file_error().c_str());
+    return false;
+}
+
+bool memory_dump_load(const std::string &path, z80_cpu &cpu) {
+    kel_fstream file;
+    if (!file.open(path.c_str(), 1, 0)) {
+        trace("dump: %s cannot be opened: %s", path.c_str(), platform::last_file_error().c_str());
+        return false;
+    }
+    const uint32_t size = file.size();
+    if (size < dump_minimum) {
+        trace("dump: %s has %u bytes, fewer than %u", path.c_str(), size, dump_minimum);
+        return false;
+    }
+    std::vector<uint8_t> dump(std::min(size, dump_maximum));
+    try {
+        if (file.read(dump.data(), 1, static_cast<uint32_t>(dump.size())) != dump.size()) return false;
+    } catch (const kel_exception &) {
+        trace("dump: %s cannot be read: %s", path.c_str(), platform::last_file_error().c_str());
+        return false;
+    }
+    for (uint32_t i = 0; i < dump.size(); ++i) {
+        uint32_t wait = 0;
+        mem_write(static_cast<uint16_t>(dump_base + i), dump[i], &wait);
+    }
+    cpu.PC = routine_address;
+    cpu.SP = static_cast<uint16_t>(dump[stack_offset] | dump[stack_offset + 1] << 8);
+    return true;
+}
