@@ -9,41 +9,41 @@
 #include <cstdint>
 
 constexpr uint32_t sample_rate = 96000;
-constexpr uint32_t slice_samples = sample_rate * 20 / 1000;  // 1920
+constexpr uint32_t slice_samples = sample_rate * 20 / 1000; // 1920
 constexpr uint32_t slice_bytes = slice_samples * 2;
-constexpr uint32_t sound_channels = 4;                       // 0 the beeper, 1-3 the tones
-constexpr uint32_t bank_capacity = 9599;                     // entries of a bank
-constexpr uint32_t slice_list_capacity = 9600;               // entries of a slice list
-constexpr uint32_t beeper_period = sample_rate / 2400;       // samples
+constexpr uint32_t sound_channels = 4;                 // 0 the beeper, 1-3 the tones
+constexpr uint32_t bank_capacity = 9599;               // entries of a bank
+constexpr uint32_t slice_list_capacity = 9600;         // entries of a slice list
+constexpr uint32_t beeper_period = sample_rate / 2400; // samples
 constexpr uint32_t beeper_phase_wrap = 10'000'000;
 constexpr uint32_t tone_phase_wrap = 100'000'000;
 
 struct sound_entry {
-    uint64_t duration;       // T-states
-    uint32_t level;          // beeper 0/1; tone: period in samples, 0 silent
-    uint32_t param;          // tone: Hz
+    uint64_t duration; // T-states
+    uint32_t level;    // beeper 0/1; tone: period in samples, 0 silent
+    uint32_t param;    // tone: Hz
 };
 
 template <uint32_t capacity> struct sound_entries {
     sound_entry entries[capacity];
     uint32_t count;
-    uint64_t total;          // sum of the durations, T-states
+    uint64_t total; // sum of the durations, T-states
 };
 using sound_bank = sound_entries<bank_capacity>;
 using slice_list = sound_entries<slice_list_capacity>;
 
 struct sound_channel {
-    uint64_t pending;        // T-states at the current level, not yet in a bank
+    uint64_t recorded_until; // sound clock up to which the time is in a bank; what follows is pending
     uint32_t level;
     uint32_t param;
-    uint32_t fill_bank;      // 0 or 1
+    uint32_t fill_bank; // 0 or 1
     sound_bank banks[2];
 };
 
 // Where a slice's entries are: a bank, or the slice list.
 constexpr int source_slice_list = -1;
 struct slice_source {
-    int beeper, tone;        // 0, 1 or source_slice_list
+    int beeper, tone; // 0, 1 or source_slice_list
 };
 
 class sound_slices {
@@ -54,33 +54,50 @@ class sound_slices {
 
     void beepOn();
     void beepOff();
-    void setTone(uint32_t frequency, uint32_t channel);  // Hz, 0 silent; channel 0-2
+    void setTone(uint32_t frequency, uint32_t tone); // Hz, 0 silent; tone 0-2
     void muteTones();
     void clearPCM();
-    void advanceClock(uint64_t cycles);                  // after every pass
-    void reset_cpu_clk(uint32_t clock_hz);               // slice length from the CPU clock
+    // After every pass. One clock serves all channels: a channel's pending time is what has gone by since
+    // it last wrote an entry.
+    void advanceClock(uint64_t cycles) { sound_clock += cycles; }
+    void reset_cpu_clk(uint32_t clock_hz); // slice length from the CPU clock; 3993600 Hz at first
 
     // Closes the slice and renders it; the 1920 samples stay valid until the next call.
     const int16_t *renderSlice();
 
-    void setSoftVolume(int32_t n);                       // beeper amplitude n * 1000, kept in 16 bits
+    void setSoftVolume(int32_t n); // beeper amplitude n * 1000, kept in 16 bits
     int32_t getSoftVolume() const;
 
-    // The steps of renderSlice, for whoever wants to look between them.
+    // The steps of renderSlice, for whoever wants to look between them. Channel 0-3.
     void appendPCMTick(uint32_t channel, uint32_t level, uint32_t param);
     void advanceTick(uint32_t channel, uint64_t cycles);
     slice_source closeBanks();
     void makeNormalPCM(slice_source source);
     const int16_t *samples() const { return slice_buffer; }
     const sound_channel &channel(uint32_t index) const { return channels[index]; }
+    // T-states at the channel's current level that are not yet in a bank.
+    uint64_t pending(uint32_t index) const { return sound_clock - channels[index].recorded_until; }
+    const slice_list &list(uint32_t index) const { return lists[index]; }
     uint64_t tick_delay() const { return m_tick_delay; }
 
   private:
+    struct entry_view { // a bank or a slice list
+        const sound_entry *entries;
+        uint32_t count;
+        uint64_t total;
+    };
+    int close_beeper();
+    int close_tones();
+    entry_view source_of(uint32_t index, int source) const;
+    void render_beeper(const entry_view &source);
+    void render_tones(int source);
+
+    uint64_t sound_clock; // T-states advanced since construction
     int16_t slice_buffer[slice_samples];
-    uint64_t m_tick_delay;                               // T-states in one slice
-    shared<int16_t> beeper_amplitude;                    // A
-    shared<int16_t> tone_amplitude;                      // B
-    uint32_t beeper_phase, tone_phase;                   // samples
+    uint64_t m_tick_delay;             // T-states in one slice
+    shared<int16_t> beeper_amplitude;  // A
+    shared<int16_t> tone_amplitude;    // B
+    uint32_t beeper_phase, tone_phase; // samples
     sound_channel channels[sound_channels];
     slice_list lists[sound_channels];
 };
