@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 #include <new>
 
 namespace {
@@ -15,6 +16,9 @@ constexpr uint8_t port30_bit5 = 0x20;
 constexpr uint8_t flags_after_reset = cassette_stopped | cassette_motor_off | cassette_port30_bit5;
 
 tape_writer output;
+
+// Owns the image that the record points to: a record that was copied and put back never frees it twice.
+std::unique_ptr<uint8_t[]> image;
 
 // A search for a record that began anywhere in [first, last] runs to the end of the tape and finds none. A
 // program that asks for fast loads again and again thus does not make the run loop scan megabytes each time,
@@ -62,7 +66,7 @@ void cassette_step(z80_cpu &cpu) {
         machine.cassette_countdown -= static_cast<int32_t>(cpu.step_cycles);
     if (machine.cassette_countdown > 0 || machine.usart_byte_ready != 0) return;
     machine.cassette_countdown = cassette_byte_cycles;
-    machine.usart_receive(cpu, cassette_next_byte());
+    machine.usart_receive(cpu, machine.cassette_next_byte());
 }
 
 // The tape's byte at the read position; none at its end.
@@ -72,26 +76,25 @@ bool next_byte(uint8_t &byte) {
     return true;
 }
 
-// Reads ":" address high, low, check ":". A byte other than the second ":" is followed by a new address.
+// Finds ":" address high, low, check ":" and leaves the position behind it, or at the end of the tape. A byte
+// other than the second ":" is followed by a new address, so from the first mark on only every fourth byte
+// can be the second.
 bool find_record(uint16_t &address) {
     const uint32_t from = machine.tape_position;
     if (from >= machine.tape_size) return false;
-    const uint8_t *start = machine.tape_image + from;
-    const void *mark =
-        fruitless.covers(from) ? nullptr : std::memchr(start, record_mark, machine.tape_size - from);
-    uint32_t mark_position = machine.tape_size;
-    if (mark != nullptr) {
-        mark_position = from + static_cast<uint32_t>(static_cast<const uint8_t *>(mark) - start);
-        machine.tape_position = mark_position + 1;
-        uint8_t high, low, check, byte;
-        while (next_byte(high) && next_byte(low) && next_byte(check) && next_byte(byte)) {
-            if (byte != record_mark) continue;
-            address = static_cast<uint16_t>(high * 0x100 + low);
-            return true;
-        }
-    }
-    if (!fruitless.covers(from)) fruitless = {from, mark_position};
+    const uint8_t *const tape = machine.tape_image;
+    const uint8_t *const end = tape + machine.tape_size;
     machine.tape_position = machine.tape_size;
+    if (fruitless.covers(from)) return false;
+    const uint8_t *const first = std::find(tape + from, end, record_mark);
+    for (const uint8_t *mark = first; end - mark > 4;) {
+        mark += 4;
+        if (*mark != record_mark) continue;
+        address = static_cast<uint16_t>(mark[-3] * 0x100 + mark[-2]);
+        machine.tape_position = static_cast<uint32_t>(mark - tape) + 1;
+        return true;
+    }
+    fruitless = {from, static_cast<uint32_t>(first - tape)};
     return false;
 }
 
@@ -112,6 +115,14 @@ void cassette_fast_load(uint8_t value) {
     for (int runs = std::max<int>(value, 1); runs > 0; --runs) load_record();
 }
 
+bool read_whole(kel_fstream &file, uint8_t *bytes, uint32_t size) {
+    try {
+        return file.read(bytes, 1, size) == size;
+    } catch (const kel_exception &) {
+        return false;
+    }
+}
+
 } // namespace
 
 void cassette_init() {
@@ -125,40 +136,38 @@ void cassette_init() {
 }
 
 void cassette_eject(kiv_machine &m) {
-    delete[] m.tape_image;
+    image.reset();
     m.tape_image = nullptr;
     m.tape_size = m.tape_position = 0;
     fruitless = {};
 }
 
 bool cassette_load_tape(const std::string &path) {
+    output.flush(); // the tape may be the one just written
     kel_fstream file;
     if (!file.open(path.c_str(), 1, 0)) {
         trace("tape: %s cannot be opened: %s", path.c_str(), platform::last_file_error().c_str());
         return false;
     }
-    cassette_eject(machine);
     const uint32_t size = file.size();
+    if (size == stream_closed) {
+        trace("tape: %s has 4 GiB or more", path.c_str());
+        return false;
+    }
+    cassette_eject(machine);
     machine.tape_size = size;
     // One byte more than the tape, so that an empty tape is a tape all the same.
-    auto *image = new (std::nothrow) uint8_t[static_cast<size_t>(size) + 1];
+    image.reset(new (std::nothrow) uint8_t[static_cast<size_t>(size) + 1]);
     if (image == nullptr) {
         trace("tape: no memory for the %u bytes of %s", size, path.c_str());
         return false;
     }
-    uint32_t got = 0;
-    try {
-        got = file.read(image, 1, size);
-    } catch (const kel_exception &) {
-        got = UINT32_MAX;
-    }
-    if (got != size) {
+    if (!read_whole(file, image.get(), size)) {
         trace("tape: %s cannot be read: %s", path.c_str(), platform::last_file_error().c_str());
-        delete[] image;
-        machine.tape_size = 0;
+        cassette_eject(machine);
         return false;
     }
-    machine.tape_image = image;
+    machine.tape_image = image.get();
     return true;
 }
 

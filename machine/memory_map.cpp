@@ -2,8 +2,9 @@
 
 namespace {
 
-bool ram_mode() { return (machine.port31 & port31_ram_mode) != 0; }
-bool rom_mode() { return (machine.port31 & (port31_ram_mode | port31_nbasic)) == 0; }
+// Port 0x31 decides what lies over the RAM below 0x8400; each access reads it once.
+uint8_t bank_bits() { return machine.port31 & (port31_ram_mode | port31_nbasic); }
+constexpr uint8_t rom_mode = 0;
 
 // The RAM address behind the port-0x70 window at 0x8000-0x83FF; it wraps at the top of memory.
 uint16_t window_address(uint16_t address) {
@@ -19,11 +20,30 @@ int selected_plane() {
     return -1;
 }
 
+// RAM mode goes before N-BASIC mode.
+uint8_t read_under_rom(uint16_t address, uint8_t bank) {
+    return (bank & port31_ram_mode) ? machine.ram[address] : machine.nbasic_rom[address & 0x7FFF];
+}
+
 uint8_t read_upper_rom(uint16_t address, uint32_t *wait) {
     ++*wait;
     if (machine.port71 == 0xFF) return machine.main_rom[address & 0x7FFF];
     if ((machine.port71 & 1) == 0) return machine.ext_rom[address & 0x1FFF];
     return 0xFF;
+}
+
+// The stores that need the lock are functions of their own, so that all others get by without a stack frame.
+[[gnu::noinline]] void store_locked(uint16_t address, uint8_t value) {
+    machine.video_lock();
+    ram_store(address, value);
+    machine.video_unlock();
+}
+
+[[gnu::noinline]] void store_plane(int plane, uint16_t address, uint8_t value, uint32_t *wait) {
+    machine.video_lock();
+    machine.gvram[plane][address & 0x3FFF] = value;
+    machine.video_unlock();
+    ++*wait;
 }
 
 } // namespace
@@ -36,14 +56,14 @@ uint8_t mem_read(uint16_t address, uint32_t *wait) {
     case 0x3:
     case 0x4:
     case 0x5:
-        if (rom_mode()) return machine.main_rom[address & 0x7FFF];
-        return ram_mode() ? machine.ram[address] : machine.nbasic_rom[address & 0x7FFF];
+        if (const uint8_t bank = bank_bits(); bank != rom_mode) return read_under_rom(address, bank);
+        return machine.main_rom[address & 0x7FFF];
     case 0x6:
     case 0x7:
-        if (rom_mode()) return read_upper_rom(address, wait);
-        return ram_mode() ? machine.ram[address] : machine.nbasic_rom[address & 0x7FFF];
+        if (const uint8_t bank = bank_bits(); bank != rom_mode) return read_under_rom(address, bank);
+        return read_upper_rom(address, wait);
     case 0x8:
-        if (address < 0x8400 && rom_mode()) {
+        if (address < 0x8400 && bank_bits() == rom_mode) {
             ++*wait;
             return machine.ram[window_address(address)];
         }
@@ -63,24 +83,13 @@ uint8_t mem_read(uint16_t address, uint32_t *wait) {
 
 void mem_write(uint16_t address, uint8_t value, uint32_t *wait) {
     if (address >= 0xC000) {
-        if (const int plane = selected_plane(); plane >= 0) {
-            machine.video_lock();
-            machine.gvram[plane][address & 0x3FFF] = value;
-            machine.video_unlock();
-            ++*wait;
-            return;
-        }
-    } else if ((address & 0xFC00) == 0x8000 && rom_mode()) {
+        if (const int plane = selected_plane(); plane >= 0) return store_plane(plane, address, value, wait);
+    } else if ((address & 0xFC00) == 0x8000 && bank_bits() == rom_mode) {
         address = window_address(address);
         ++*wait;
     }
     // The composer copies rows out of the text window under the lock, so that it never sees half a row.
     const auto into_window = static_cast<uint16_t>(address - machine.text_start);
-    if (into_window < machine.text_window_size) {
-        machine.video_lock();
-        ram_store(address, value);
-        machine.video_unlock();
-        return;
-    }
+    if (into_window < machine.text_window_size) return store_locked(address, value);
     ram_store(address, value);
 }

@@ -6,14 +6,10 @@ namespace {
 constexpr size_t collect_at_most = 1 << 16;
 }
 
-tape_writer::~tape_writer() {
-    flush();
-    close();
-}
+tape_writer::~tape_writer() { flush(); }
 
 void tape_writer::set_path(const std::string &new_path) {
     flush();
-    close();
     path = new_path;
     collected.reserve(collect_at_most); // nothing is allocated while the machine runs
     failure_reported = false;
@@ -26,7 +22,7 @@ void tape_writer::put(uint8_t byte) {
 
 void tape_writer::flush() {
     if (collected.empty()) return;
-    if (handle == platform::invalid_file) handle = platform::append_file(path);
+    const platform::file_handle handle = platform::append_file(path);
     size_t done = 0;
     while (handle != platform::invalid_file && done < collected.size()) {
         const int64_t written =
@@ -39,9 +35,5 @@ void tape_writer::flush() {
         trace("tape output: %s cannot be written: %s", path.c_str(), platform::last_file_error().c_str());
     }
     collected.clear();
-}
-
-void tape_writer::close() {
     if (handle != platform::invalid_file) platform::close_file(handle);
-    handle = platform::invalid_file;
 }

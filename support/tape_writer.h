@@ -1,6 +1,7 @@
 // Appends single bytes to a file. A program that writes in a loop sends hundreds of thousands of bytes a
-// second, so the file stays open and bytes are collected until a flush; what the file holds then is what
-// appending each byte by itself would have left.
+// second, so bytes are collected until a flush; what the file holds then is what appending each byte by
+// itself would have left. The file is open during a flush only: one that is moved away between two flushes is
+// made anew under its name, and nothing goes into the one that left.
 #pragma once
 
 #include "platform/file.h"
@@ -22,10 +23,7 @@ class tape_writer {
     void flush();
 
   private:
-    void close();
-
     std::string path;
-    platform::file_handle handle = platform::invalid_file;
     std::vector<uint8_t> collected;
     bool failure_reported = false;
 };
