@@ -5,20 +5,20 @@
 #include <cstdint>
 
 struct cursor_block {
-    shared<uint8_t> cursor_x, cursor_y;           // as displayed
-    uint8_t cursor_load_x, cursor_load_y;         // as received
+    shared<uint8_t> cursor_x, cursor_y;   // as displayed
+    uint8_t cursor_load_x, cursor_load_y; // as received
     shared<uint8_t> cursor_enabled;
-    shared<uint8_t> cursor_phase;                 // 1 while the blinking cursor is visible
-    shared<uint8_t> attr_blink_phase;             // 1 while blinking text is visible
+    shared<uint8_t> cursor_phase;                    // 1 while the blinking cursor is visible
+    shared<uint8_t> attr_blink_phase;                // 1 while blinking text is visible
     uint16_t cursor_blink_period, attr_blink_period; // frames
-    uint16_t cursor_blink_on, attr_blink_on;      // frames at the start of each period
+    uint16_t cursor_blink_on, attr_blink_on;         // frames at the start of each period
     void (*cursor_init)();
     void (*cursor_reset)();
     void (*cursor_on)();
     void (*cursor_off)();
     void (*cursor_update)();
-    void (*cursor_blink_rate)(uint8_t rate);      // 0-3
-    void (*blink_tick)();                         // once a frame
+    void (*cursor_blink_rate)(uint8_t rate); // 0-3
+    void (*blink_tick)();                    // once a frame
 };
 
 void cursor_init();

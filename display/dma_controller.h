@@ -9,22 +9,22 @@
 struct dma_channel {
     uint8_t address_low, address_high, address_flip_flop; // flip-flop 0: the next byte is the low one
     uint8_t count_low, count_high, count_flip_flop;
-    uint8_t transfer_mode;       // top two bits of the count
+    uint8_t transfer_mode; // top two bits of the count
     uint16_t address;
-    uint16_t terminal_count;     // bytes; 0x4000 at most
+    uint16_t terminal_count; // bytes; 0x4000 at most
     uint16_t terminal_count_copy;
 };
 
 struct dma_controller_block {
     dma_channel dma_channels[4];
-    uint8_t dma_autoload;        // mode bit 7: 0 or 1
-    uint8_t dma_ch2_enable;      // mode bit 2: 0 or 4
+    uint8_t dma_autoload;   // mode bit 7: 0 or 1
+    uint8_t dma_ch2_enable; // mode bit 2: 0 or 4
     // RAM that channel 2 feeds to the display: [text_start, text_end). text_end may pass 0x10000, and then
     // the window goes on at 0x0000.
     uint32_t text_start, text_end;
-    uint32_t text_window_size;   // derived: text_end - text_start, 0 when negative
-    uint32_t dma_load;           // setting, per cent; stored only
-    uint32_t dma_stall;          // T-states owed to the DMA
+    uint32_t text_window_size; // derived: text_end - text_start, 0 when negative
+    uint32_t dma_load;         // setting, per cent; stored only
+    uint32_t dma_stall;        // T-states owed to the DMA
     void (*dma_init)();
     void (*dma_reset)();
     void (*dma_address)(uint8_t channel, uint8_t byte);

@@ -1,3 +1,225 @@
+// Row fetch, attribute decoding and the order of a frame. What paints the pixels stands in text_renderers and
+// graphics_renderers.
 #include "display/frame_composer.h"
 
+#include "display/renderers.h"
+#include "machine/kiv_machine.h"
+
+#include <algorithm>
+#include <iterator>
+
 frame_geometry geometry;
+
+namespace {
+
+constexpr std::array<uint32_t, 256> palette_entries() {
+    std::array<uint32_t, 256> entries{};
+    constexpr uint32_t dark[] = {0x000000, 0x800000, 0x008000, 0x808000, 0x000080, 0x800080, 0x008080};
+    constexpr uint32_t bright[] = {0x808080, 0xFF0000, 0x00FF00, 0xFFFF00,
+                                   0x0000FF, 0xFF00FF, 0x00FFFF, 0xFFFFFF};
+    std::copy(std::begin(dark), std::end(dark), entries.begin());
+    std::copy(std::begin(bright), std::end(bright), entries.begin() + 0xF8);
+    return entries;
+}
+
+} // namespace
+
+constinit const std::array<uint32_t, 256> host_palette = palette_entries();
+
+namespace {
+
+// Bits of an attribute as the emulated software writes it.
+enum attribute_bit : uint8_t {
+    attribute_secret = 0x01,
+    attribute_blink = 0x02,
+    attribute_reverse = 0x04,
+    attribute_is_colour = 0x08,
+    attribute_upper_line = 0x10,
+    attribute_under_line = 0x20,
+    attribute_colour_semigraphic = 0x10,
+    attribute_mono_semigraphic = 0x80,
+};
+
+constexpr uint8_t colour_permutation[8] = {0, 1, 4, 5, 2, 3, 6, 7}; // G R B to R G B
+constexpr uint8_t white = 7;
+
+uint8_t attr_decode_colour(uint8_t attribute) {
+    uint8_t cell = 0;
+    if (attribute & attribute_secret) cell |= cell_secret;
+    if (attribute & attribute_reverse) cell |= cell_reverse;
+    if (attribute & attribute_upper_line) cell |= cell_upper_line;
+    if (attribute & attribute_under_line) cell |= cell_under_line;
+    return cell;
+}
+
+uint8_t attr_decode_mono(uint8_t attribute) {
+    uint8_t cell = attr_decode_colour(attribute);
+    if (attribute & attribute_mono_semigraphic) cell |= cell_semigraphic;
+    return cell;
+}
+
+// The DMA's address has 16 bits: a row past 0xFFFF goes on at 0x0000. The CPU thread may store meanwhile.
+uint8_t dma_read(uint32_t address) {
+    return __atomic_load_n(&machine.ram[static_cast<uint16_t>(address)], __ATOMIC_RELAXED);
+}
+
+// Keeps the pairs sorted by position; of equal positions the first stands. `count` pairs are stored.
+void insert_pair(attr_pair pair, int &count) {
+    attr_pair *const pairs = machine.attr_pairs;
+    int at = count;
+    while (at > 0 && pairs[at - 1].position > pair.position) --at;
+    if (at > 0 && pairs[at - 1].position == pair.position) return;
+    std::move_backward(pairs + at, pairs + count, pairs + count + 1);
+    pairs[at] = pair;
+    ++count;
+}
+
+void text_row_fetch(uint32_t row) {
+    const uint32_t start = machine.text_start + text_row_bytes * row;
+    for (uint32_t i = 0; i < text_columns; ++i) machine.row_chars[i] = dma_read(start + i);
+    for (attr_pair &pair : machine.attr_pairs) pair = {text_columns, 0};
+    int count = 0;
+    for (uint32_t i = 0; i < attr_pair_count; ++i) {
+        const uint32_t source = start + text_columns + 2 * i;
+        insert_pair({static_cast<uint8_t>(dma_read(source) & 0x7F), dma_read(source + 1)}, count);
+    }
+}
+
+void apply(int from, int to, uint8_t keep, uint8_t value) {
+    for (int column = from; column < to; ++column)
+        machine.cell_attr[column] = static_cast<uint8_t>((machine.cell_attr[column] & keep) | value);
+}
+
+// Each pair holds from its column to the end of the row; the columns before the first one keep what the row
+// above ended with.
+void decode_colours() {
+    const uint8_t carried = machine.running_colour;
+    int first = text_columns;
+    std::fill_n(machine.cell_attr, text_columns, uint8_t{0});
+    for (const attr_pair &pair : machine.attr_pairs) {
+        if ((pair.attribute & attribute_is_colour) == 0 || pair.position >= text_columns) continue;
+        first = std::min<int>(first, pair.position);
+        machine.running_colour =
+            static_cast<uint8_t>(colour_permutation[pair.attribute >> 5] |
+                                 ((pair.attribute & attribute_colour_semigraphic) ? cell_semigraphic : 0));
+        apply(pair.position, text_columns, 0, machine.running_colour);
+    }
+    apply(0, first, 0, carried);
+}
+
+void decode_attributes(bool mono) {
+    const uint8_t keep = mono ? cell_colour : cell_colour | cell_semigraphic;
+    const uint8_t carried = machine.running_attribute;
+    const bool hidden_phase = machine.attr_blink_phase == 0;
+    uint8_t (*const decoder)(uint8_t) = machine.attr_decoder;
+    int first = text_columns;
+    for (const attr_pair &pair : machine.attr_pairs) {
+        if ((!mono && (pair.attribute & attribute_is_colour)) || pair.position >= text_columns) continue;
+        first = std::min<int>(first, pair.position);
+        uint8_t value = decoder(pair.attribute);
+        if (hidden_phase && (pair.attribute & (attribute_blink | attribute_secret)) == attribute_blink)
+            value |= cell_secret;
+        machine.running_attribute = value;
+        apply(pair.position, text_columns, keep, value);
+    }
+    apply(0, first, keep, carried);
+}
+
+void reverse_and_cursor(uint32_t row) {
+    if (machine.crtc_reverse == 1)
+        for (uint8_t &cell : machine.cell_attr) cell ^= cell_reverse;
+    const uint8_t x = machine.cursor_x;
+    if (machine.cursor_y != row || machine.cursor_phase != 1 || machine.cursor_enabled != 1) return;
+    if (x >= text_columns) return;
+    machine.cell_attr[x] = static_cast<uint8_t>((machine.cell_attr[x] ^ cell_reverse) | white);
+}
+
+void text_row_decode(uint32_t row) {
+    if (row >= text_rows) return;
+    machine.running_colour = machine.row_colour_in[row];
+    machine.running_attribute = machine.row_attr_in[row];
+    const bool mono = machine.crtc_mono == 1;
+    if (mono)
+        std::fill_n(machine.cell_attr, text_columns, white);
+    else
+        decode_colours();
+    decode_attributes(mono);
+    reverse_and_cursor(row);
+    const uint32_t next = (row + 1) % text_rows;
+    machine.row_colour_in[next] = machine.running_colour;
+    machine.row_attr_in[next] = machine.running_attribute;
+}
+
+void select_attr_decoder(uint32_t mono) {
+    machine.attr_decoder = mono ? attr_decode_mono : attr_decode_colour;
+}
+
+void draw_text_row(uint32_t row, uint32_t format) {
+    machine.renderer_table[renderer_text8 + (format & 1)](row);
+}
+
+void clear_graphics(uint32_t format) { machine.renderer_table[renderer_clear8 + (format & 1)](0); }
+
+void draw_graphics(uint32_t format) { machine.renderer_table[renderer_graphics8 + (format & 1)](0); }
+
+void select_renderer(uint32_t index) {
+    if (index > 3) return;
+    machine.renderer_table[renderer_text8] = machine.renderer_table[renderer_text8_modes + index].load();
+    machine.renderer_table[renderer_text32] = machine.renderer_table[renderer_text32_modes + index].load();
+}
+
+void select_scanline_colours(uint32_t interlace) {
+    machine.odd_index = interlace ? index_half : index_full;
+    machine.odd_rgb = interlace ? rgb_half : rgb_full;
+}
+
+} // namespace
+
+void display_init() {
+    machine.text_row_fetch = text_row_fetch;
+    machine.text_row_decode = text_row_decode;
+    machine.select_attr_decoder = select_attr_decoder;
+    machine.colour_perm = colour_permutation;
+    select_attr_decoder(1);
+}
+
+void renderer_init() {
+    machine.draw_text_row = draw_text_row;
+    machine.clear_graphics = clear_graphics;
+    machine.draw_graphics = draw_graphics;
+    machine.select_renderer = select_renderer;
+    machine.select_scanline_colours = select_scanline_colours;
+    machine.even_index = index_full;
+    machine.even_rgb = rgb_full;
+    select_scanline_colours(0);
+    install_text_renderers();
+    install_graphics_renderers();
+    select_renderer(0);
+}
+
+void set_frame_geometry(int32_t width, int32_t height, uint32_t pitch) {
+    geometry.frame_pitch = pitch;
+    geometry.frame_top = (height - frame_height) / 2;
+    geometry.frame_left = (width - frame_width) / 2;
+    const auto top = static_cast<uint32_t>(geometry.frame_top),
+               left = static_cast<uint32_t>(geometry.frame_left);
+    for (uint32_t k = 0; k < 20; ++k) geometry.row_offset20[k] = (top + 20 * k) * pitch + left;
+    for (uint32_t k = 0; k < 25; ++k) geometry.row_offset25[k] = (top + 16 * k) * pitch + left;
+    for (uint32_t k = 0; k < 20; ++k) geometry.line_offset[k] = k * pitch;
+}
+
+uint32_t compose_frame(uint32_t format) {
+    if (machine.port31 & port31_graphics_on)
+        machine.draw_graphics(format);
+    else
+        machine.clear_graphics(format);
+    if (machine.crtc_status != 0) return 0;
+    for (uint32_t row = 0; row < text_rows; ++row) {
+        machine.video_lock();
+        machine.text_row_fetch(row);
+        machine.video_unlock();
+        machine.text_row_decode(row);
+        machine.draw_text_row(row, format);
+    }
+    return text_rows;
+}

@@ -6,6 +6,7 @@
 #pragma once
 
 #include "support/shared.h"
+#include <array>
 #include <cstdint>
 
 constexpr int frame_width = 640;
@@ -13,21 +14,21 @@ constexpr int frame_height = 400;
 constexpr int text_rows = 25;
 constexpr int text_columns = 80;
 constexpr int attr_pair_count = 20;
-constexpr uint32_t text_row_bytes = 120;      // 80 characters, 20 attribute pairs
+constexpr uint32_t text_row_bytes = 120; // 80 characters, 20 attribute pairs
 
 enum pixel_size : uint32_t {
     pixels_indexed8 = 0,
-    pixels_rgb32 = 1,                         // 0x00RRGGBB
+    pixels_rgb32 = 1, // 0x00RRGGBB
 };
 
 struct attr_pair {
-    uint8_t position;                         // column; 80 and above: nothing
+    uint8_t position; // column; 80 and above: nothing
     uint8_t attribute;
 };
 
 // cell_attr bits.
 enum cell_bit : uint8_t {
-    cell_colour = 0x07,                       // host order: bit 0 blue, bit 1 green, bit 2 red
+    cell_colour = 0x07, // host order: bit 0 blue, bit 1 green, bit 2 red
     cell_upper_line = 0x08,
     cell_semigraphic = 0x10,
     cell_reverse = 0x20,
@@ -44,9 +45,9 @@ struct display_block {
     uint8_t row_attr_in[text_rows];
     uint8_t running_colour, running_attribute;
     shared<uint8_t (*)(uint8_t attribute)> attr_decoder;
-    const uint8_t *colour_perm;               // G R B code to host index
+    const uint8_t *colour_perm; // G R B code to host index
     void (*display_init)();
-    void (*text_row_fetch)(uint32_t row);     // under the video lock
+    void (*text_row_fetch)(uint32_t row); // under the video lock
     void (*text_row_decode)(uint32_t row);
     void (*select_attr_decoder)(uint32_t mono);
 };
@@ -55,9 +56,9 @@ using row_renderer = void (*)(uint32_t row);
 
 // renderer_table entries.
 enum renderer_entry {
-    renderer_text8 = 0,                       // current text renderers
+    renderer_text8 = 0, // current text renderers
     renderer_text32 = 1,
-    renderer_text8_modes = 2,                 // + screen_mode 0-3
+    renderer_text8_modes = 2, // + screen_mode 0-3
     renderer_text32_modes = 6,
     renderer_clear8 = 10,
     renderer_clear32 = 11,
@@ -68,8 +69,8 @@ enum renderer_entry {
 
 struct renderer_block {
     shared<row_renderer> renderer_table[renderer_entries];
-    shared<const uint8_t *> even_index, odd_index;  // colours of even and odd host lines, 8-bit
-    shared<const uint32_t *> even_rgb, odd_rgb;     // the same, 32-bit
+    shared<const uint8_t *> even_index, odd_index; // colours of even and odd host lines, 8-bit
+    shared<const uint32_t *> even_rgb, odd_rgb;    // the same, 32-bit
     void (*renderer_init)();
     void (*draw_text_row)(uint32_t row, uint32_t format);
     void (*clear_graphics)(uint32_t format);
@@ -80,9 +81,9 @@ struct renderer_block {
 
 // The locked frame buffer that the renderers write to; offsets count pixels.
 struct frame_geometry {
-    void *frame_pixels;                       // first pixel of the surface, set at every lock
-    uint32_t frame_pitch;                     // pixels per surface line
-    int32_t frame_top, frame_left;            // where the 640 x 400 picture sits in the surface
+    void *frame_pixels;            // first pixel of the surface, set at every lock
+    uint32_t frame_pitch;          // pixels per surface line
+    int32_t frame_top, frame_left; // where the 640 x 400 picture sits in the surface
     uint32_t row_offset20[20];
     uint32_t row_offset25[25];
     uint32_t line_offset[20];
@@ -98,7 +99,7 @@ void set_frame_geometry(int32_t width, int32_t height, uint32_t pitch);
 uint32_t compose_frame(uint32_t format);
 
 // The 256 palette entries of an 8-bit surface as 0x00RRGGBB; the renderers use 0-6 and 0xF8-0xFF.
-extern const uint32_t host_palette[256];
+extern const std::array<uint32_t, 256> host_palette;
 
 void display_init();
 void renderer_init();

@@ -12,21 +12,21 @@ enum timing_event : uint32_t {
 };
 
 struct video_timing_block {
-    uint32_t raster_line;        // equal to display_lines during vertical blank
-    uint32_t line_clock;         // T-states into the current raster line
-    uint32_t vblank_clock;       // T-states into the vertical blank
-    uint32_t line_clocks;        // T-states per raster line
-    uint32_t vblank_clocks;      // T-states of one vertical blank
-    uint32_t display_lines;      // raster lines before vertical blank: 200 or 400
-    uint32_t frame_count;        // frames since power-on
-    uint8_t new_line;            // 1: the next tick opens a raster line
-    uint8_t vrtc;                // 1 during vertical blank
-    uint16_t dma_remaining;      // bytes of the current row still to fetch (character mode)
-    uint32_t crt_standard;       // 1 = 15 kHz monitor, 0 = 24 kHz monitor
+    uint32_t raster_line;   // equal to display_lines during vertical blank
+    uint32_t line_clock;    // T-states into the current raster line
+    uint32_t vblank_clock;  // T-states into the vertical blank
+    uint32_t line_clocks;   // T-states per raster line
+    uint32_t vblank_clocks; // T-states of one vertical blank
+    uint32_t display_lines; // raster lines before vertical blank: 200 or 400
+    uint32_t frame_count;   // frames since power-on
+    uint8_t new_line;       // 1: the next tick opens a raster line
+    uint8_t vrtc;           // 1 during vertical blank
+    uint16_t dma_remaining; // bytes of the current row still to fetch (character mode)
+    uint32_t crt_standard;  // 1 = 15 kHz monitor, 0 = 24 kHz monitor
     void (*timing_init)();
     void (*timing_reset)();
     uint32_t (*timing_tick)(uint32_t clocks); // timing_event
-    void (*sys_status_read)();   // refreshes VRTC and monitor bits of sys_status
+    void (*sys_status_read)();                // refreshes VRTC and monitor bits of sys_status
 };
 
 void timing_init();
