@@ -1,0 +1,17 @@
+// The program's dialogs. All run until the person has answered; the owner may be null.
+#pragma once
+
+#include "platform/host.h"
+
+class QWidget;
+
+namespace platform {
+
+void show_error_box(QWidget *owner, const std::string &text, const std::string &caption);
+// A path, UTF-8; empty: cancelled.
+std::string choose_file(QWidget *owner, const file_dialog_options &options, bool for_saving);
+// True: OK, and the values in `dialog` are the chosen ones.
+bool run_settings_dialog(QWidget *owner, settings_dialog &dialog);
+void run_help_dialog(QWidget *owner, const help_dialog &dialog);
+
+} // namespace platform

@@ -1,0 +1,192 @@
+#include "platform/desktop/desktop_host.h"
+
+#include "platform/desktop/desktop_dialogs.h"
+#include "platform/desktop/desktop_display.h"
+#include "platform/desktop/desktop_window.h"
+#include "platform/resources.h"
+#include <QtCore/QLibraryInfo>
+#include <QtCore/QTimer>
+#include <QtCore/QTranslator>
+#include <QtGui/QIcon>
+#include <QtGui/QPixmap>
+#include <QtGui/QSessionManager>
+#include <QtWidgets/QApplication>
+#include <cstdlib>
+#include <sys/prctl.h>
+
+namespace platform {
+
+namespace {
+
+constexpr uint16_t icon_id = 102;
+// While one window of ours gives the activation to another the application is inactive for a moment.
+constexpr int inactive_after_ms = 50;
+
+bool is_set(const char *variable) {
+    const char *value = std::getenv(variable);
+    return value != nullptr && *value != '\0';
+}
+
+void set_icon() {
+    const resource icon = find_resource(resource_type::icon, icon_id);
+    QPixmap picture;
+    if (icon.data != nullptr && picture.loadFromData(icon.data, static_cast<uint>(icon.size)))
+        QApplication::setWindowIcon(QIcon(picture));
+}
+
+} // namespace
+
+struct desktop_host::parts {
+    int argc = 1;
+    char name[4] = "kiv";
+    char *argv[2] = {name, nullptr};
+    std::unique_ptr<QApplication> application;
+    QTranslator translator;
+    std::shared_ptr<screen_link> link = std::make_shared<screen_link>();
+    desktop_display screen{link};
+    desktop_sound sound;
+    std::vector<std::unique_ptr<desktop_window>> windows;
+    bool active = false; // as last told to the windows
+    bool quit = false;
+    int quit_code = 0;
+
+    void tell(uint32_t id, uint64_t wparam) {
+        for (const auto &w : windows) w->send(id, wparam, 0);
+    }
+    void activation(bool now) {
+        if (now == active) return;
+        active = now;
+        tell(wm_activate_app, now ? 1 : 0);
+    }
+};
+
+namespace {
+
+// Posted messages wait while it exists.
+class dialog_scope {
+  public:
+    explicit dialog_scope(host_window *owner) : window(dynamic_cast<desktop_window *>(owner)) {
+        if (window != nullptr) window->begin_dialog();
+    }
+    ~dialog_scope() {
+        if (window != nullptr) window->end_dialog();
+    }
+    dialog_scope(const dialog_scope &) = delete;
+    dialog_scope &operator=(const dialog_scope &) = delete;
+    QWidget *owner() const { return window != nullptr ? window->dialog_owner() : nullptr; }
+
+  private:
+    desktop_window *window;
+};
+
+} // namespace
+
+std::string desktop_host::missing() {
+    if (is_set("DISPLAY") || is_set("WAYLAND_DISPLAY") || is_set("QT_QPA_PLATFORM")) return {};
+    return "There is no desktop to show the window on (neither DISPLAY nor WAYLAND_DISPLAY is set).";
+}
+
+desktop_host::desktop_host() : p(std::make_unique<parts>()) {
+    // Whole factors only: a pixel of the machine stays a square on displays of any density.
+    QGuiApplication::setHighDpiScaleFactorRoundingPolicy(Qt::HighDpiScaleFactorRoundingPolicy::Round);
+    p->application = std::make_unique<QApplication>(p->argc, p->argv);
+    QApplication::setQuitOnLastWindowClosed(false); // the program says when
+    QApplication::setApplicationName(QStringLiteral("kiv"));
+    QApplication::setApplicationDisplayName(QString());
+    // For the texts inside the file dialog, where the desktop has them.
+    if (p->translator.load(QStringLiteral("qtbase_ja"), QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+        QCoreApplication::installTranslator(&p->translator);
+    set_icon();
+
+    QApplication *application = p->application.get();
+    QObject::connect(application, &QGuiApplication::applicationStateChanged, application,
+                     [this, application](Qt::ApplicationState state) {
+                         if (state == Qt::ApplicationActive) {
+                             p->activation(true);
+                             return;
+                         }
+                         QTimer::singleShot(inactive_after_ms, application, [this] {
+                             if (QGuiApplication::applicationState() != Qt::ApplicationActive)
+                                 p->activation(false);
+                         });
+                     });
+    // The session ends whatever the listener says: it has stopped the emulation by then, and nothing is
+    // unsaved.
+    QObject::connect(
+        application, &QGuiApplication::commitDataRequest, application,
+        [this](QSessionManager &manager) {
+            manager.setRestartHint(QSessionManager::RestartNever);
+            p->tell(wm_query_end_session, 0);
+        },
+        Qt::DirectConnection);
+}
+
+desktop_host::~desktop_host() {
+    p->sound.close();
+    p->windows.clear();
+}
+
+bool desktop_host::begin() { return true; }
+void desktop_host::end() {}
+
+// Threads made from here on wake as exactly as the kernel can; it counts in nanoseconds.
+void desktop_host::begin_timer_resolution(uint32_t) { prctl(PR_SET_TIMERSLACK, 1UL, 0UL, 0UL, 0UL); }
+void desktop_host::end_timer_resolution(uint32_t) { prctl(PR_SET_TIMERSLACK, 0UL, 0UL, 0UL, 0UL); }
+
+bool desktop_host::register_window_class(const std::string &) { return true; }
+
+host_window *desktop_host::create_window(const window_options &options, window_listener &listener) {
+    if (options.width <= 0 || options.height <= 0) return nullptr;
+    p->windows.push_back(std::make_unique<desktop_window>(options, listener, p->link));
+    return p->windows.back().get();
+}
+
+int desktop_host::run_message_loop() {
+    // A quit that was posted before the loop counts.
+    if (!p->quit) QApplication::exec();
+    p->quit = false;
+    return p->quit_code;
+}
+
+void desktop_host::post_quit(int code) {
+    p->quit = true;
+    p->quit_code = code;
+    QCoreApplication::exit(code);
+}
+
+void desktop_host::error_box(host_window *owner, const std::string &text, const std::string &caption) {
+    const dialog_scope scope(owner);
+    show_error_box(scope.owner(), text, caption);
+}
+
+bool desktop_host::open_file(host_window &owner, const file_dialog_options &options, std::string &path) {
+    const dialog_scope scope(&owner);
+    std::string chosen = choose_file(scope.owner(), options, false);
+    if (chosen.empty()) return false;
+    path = std::move(chosen);
+    return true;
+}
+
+bool desktop_host::save_file(host_window &owner, const file_dialog_options &options, std::string &path) {
+    const dialog_scope scope(&owner);
+    std::string chosen = choose_file(scope.owner(), options, true);
+    if (chosen.empty()) return false;
+    path = std::move(chosen);
+    return true;
+}
+
+bool desktop_host::settings(host_window &owner, settings_dialog &dialog) {
+    const dialog_scope scope(&owner);
+    return run_settings_dialog(scope.owner(), dialog);
+}
+
+void desktop_host::help(host_window &owner, const help_dialog &dialog) {
+    const dialog_scope scope(&owner);
+    run_help_dialog(scope.owner(), dialog);
+}
+
+display &desktop_host::get_display() { return p->screen; }
+sound_device &desktop_host::get_sound() { return p->sound; }
+desktop_sound::figures desktop_host::sound_figures() const { return p->sound.get_figures(); }
+
+} // namespace platform

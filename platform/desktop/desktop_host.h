@@ -1,0 +1,47 @@
+// The desktop: a window, dialogs and presentation by Qt, sound by SDL. One object a process, made before
+// anything else of the host and destroyed last.
+#pragma once
+
+#include "platform/desktop/desktop_sound.h"
+#include "platform/host.h"
+
+namespace platform {
+
+class desktop_host : public host {
+  public:
+    // Why there is no desktop to show a window on, as a line for the person; empty: there is one. To be asked
+    // before the object is made, which ends the process when the desktop cannot be reached.
+    static std::string missing();
+
+    desktop_host();
+    ~desktop_host() override;
+    desktop_host(const desktop_host &) = delete;
+    desktop_host &operator=(const desktop_host &) = delete;
+
+    bool begin() override;
+    void end() override;
+    void begin_timer_resolution(uint32_t milliseconds) override;
+    void end_timer_resolution(uint32_t milliseconds) override;
+    bool register_window_class(const std::string &name) override;
+    host_window *create_window(const window_options &options, window_listener &listener) override;
+    int run_message_loop() override;
+    void post_quit(int code) override;
+
+    void error_box(host_window *owner, const std::string &text, const std::string &caption) override;
+    bool open_file(host_window &owner, const file_dialog_options &options, std::string &path) override;
+    bool save_file(host_window &owner, const file_dialog_options &options, std::string &path) override;
+    bool settings(host_window &owner, settings_dialog &dialog) override;
+    void help(host_window &owner, const help_dialog &dialog) override;
+
+    display &get_display() override;
+    sound_device &get_sound() override;
+
+    // Under-runs, latency and the like, for measurements.
+    desktop_sound::figures sound_figures() const;
+
+  private:
+    struct parts;
+    std::unique_ptr<parts> p;
+};
+
+} // namespace platform

@@ -1,0 +1,277 @@
+#define SDL_MAIN_HANDLED
+#include "platform/desktop/desktop_sound.h"
+
+#include "app/kiv_assay.h"
+#include <SDL.h>
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <condition_variable>
+#include <cstring>
+#include <limits>
+#include <mutex>
+#include <thread>
+
+namespace platform {
+
+namespace {
+
+constexpr uint32_t stream_rate = 96000;
+constexpr auto retry_every = std::chrono::seconds(2);
+constexpr auto look_every = std::chrono::milliseconds(500);
+constexpr int silent_looks = 6; // without a callback, after which the device counts as hung
+constexpr auto close_at_most = std::chrono::seconds(1);
+
+using steady = std::chrono::steady_clock;
+
+} // namespace
+
+struct sound_output {
+    sound_feeder feeder{stream_rate};
+    std::mutex mutex;
+    std::condition_variable changed;
+    bool wanted = false;  // the device is to be open
+    bool running = false; // the thread exists
+    std::atomic<bool> device_open{false};
+    std::atomic<int> device_rate{0}, device_block{0};
+    std::atomic<uint32_t> openings{0};
+    std::atomic<int32_t> volume{0}; // hundredths of a decibel
+};
+
+namespace {
+
+void fill_callback(void *user, Uint8 *bytes, int size) {
+    static_cast<sound_output *>(user)->feeder.pull(reinterpret_cast<int16_t *>(bytes),
+                                                   static_cast<size_t>(size) / sizeof(int16_t));
+}
+
+// Opens the default device at the rate that it prefers; 0 on failure.
+SDL_AudioDeviceID open_device(sound_output &output) {
+    SDL_SetHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1");
+    SDL_SetHint(SDL_HINT_AUDIO_DEVICE_APP_NAME, "Kiv");
+    SDL_SetMainReady();
+    if (SDL_InitSubSystem(SDL_INIT_AUDIO) != 0) return 0;
+    SDL_AudioSpec preferred{};
+    char *name = nullptr;
+    int rate = 48000;
+    if (SDL_GetDefaultAudioInfo(&name, &preferred, 0) == 0) {
+        SDL_free(name);
+        if (preferred.freq >= 8000 && preferred.freq <= 192000) rate = preferred.freq;
+    }
+    SDL_AudioSpec wish{}, granted{};
+    wish.freq = rate;
+    wish.format = AUDIO_S16SYS;
+    wish.channels = 1;
+    wish.samples = rate <= 24000 ? 256 : rate <= 48000 ? 512 : rate <= 96000 ? 1024 : 2048;
+    wish.callback = fill_callback;
+    wish.userdata = &output;
+    const SDL_AudioDeviceID device = SDL_OpenAudioDevice(
+        nullptr, 0, &wish, &granted, SDL_AUDIO_ALLOW_FREQUENCY_CHANGE | SDL_AUDIO_ALLOW_SAMPLES_CHANGE);
+    if (device == 0) {
+        SDL_QuitSubSystem(SDL_INIT_AUDIO);
+        return 0;
+    }
+    output.feeder.open_device(static_cast<uint32_t>(granted.freq), granted.samples);
+    output.device_rate = granted.freq;
+    output.device_block = granted.samples;
+    output.device_open = true;
+    ++output.openings;
+    trace("sound: device at %d Hz, %d samples a block", granted.freq, granted.samples);
+    SDL_PauseAudioDevice(device, 0);
+    return device;
+}
+
+// The thread that owns the device: SDL may block in opening and closing, so nobody else calls it.
+void keep_device(const std::shared_ptr<sound_output> &shared) {
+    sound_output &output = *shared;
+    SDL_AudioDeviceID device = 0;
+    uint64_t pulled = 0;
+    int looks_without_callback = 0;
+    bool told = false;
+    std::unique_lock lock(output.mutex);
+    while (output.wanted) {
+        lock.unlock();
+        if (device == 0) {
+            device = open_device(output);
+            pulled = output.feeder.get_figures().pulled;
+            looks_without_callback = 0;
+            if (device == 0 && !told) trace("sound: no device (%s)", SDL_GetError());
+            told = device == 0;
+        } else {
+            const uint64_t now_pulled = output.feeder.get_figures().pulled;
+            looks_without_callback = now_pulled == pulled ? looks_without_callback + 1 : 0;
+            pulled = now_pulled;
+            if (SDL_GetAudioDeviceStatus(device) == SDL_AUDIO_STOPPED ||
+                looks_without_callback >= silent_looks) {
+                trace("sound: the device is gone");
+                output.device_open = false;
+                SDL_CloseAudioDevice(device);
+                SDL_QuitSubSystem(SDL_INIT_AUDIO);
+                device = 0;
+            }
+        }
+        lock.lock();
+        output.changed.wait_for(lock, device == 0 ? std::chrono::milliseconds(retry_every) : look_every,
+                                [&] { return !output.wanted; });
+    }
+    output.device_open = false;
+    lock.unlock();
+    if (device != 0) {
+        SDL_CloseAudioDevice(device);
+        SDL_QuitSubSystem(SDL_INIT_AUDIO);
+    }
+    lock.lock();
+    output.running = false;
+    output.changed.notify_all();
+}
+
+class desktop_primary_buffer : public primary_sound_buffer {
+  public:
+    explicit desktop_primary_buffer(std::shared_ptr<sound_output> o) : output(std::move(o)) {}
+    bool get_caps(uint32_t &bytes) override {
+        bytes = static_cast<uint32_t>(output->device_block.load()) * 2;
+        return true;
+    }
+    bool set_format(const wave_format &) override {
+        return true;
+    } // the feeder brings the samples to the device's
+    void set_volume(int32_t hundredths_db) override {
+        output->volume = hundredths_db;
+        const int32_t used = std::clamp(hundredths_db, -10000, 0);
+        output->feeder.set_gain(used == -10000 ? 0.0f : static_cast<float>(std::pow(10.0, used / 2000.0)));
+    }
+    int32_t get_volume() const override {
+        const int32_t volume = output->volume;
+        return volume > std::numeric_limits<int32_t>::max() - 100 ? volume : volume + 100;
+    }
+
+  private:
+    std::shared_ptr<sound_output> output;
+};
+
+class desktop_stream : public sound_stream {
+  public:
+    desktop_stream(std::shared_ptr<sound_output> o, uint32_t size) : output(std::move(o)), memory(size) {}
+    ~desktop_stream() override { output->feeder.stop(); }
+
+    bool get_caps(uint32_t &bytes) override {
+        bytes = static_cast<uint32_t>(memory.size());
+        return true;
+    }
+
+    bool lock(uint32_t offset, uint32_t bytes, void *&part1, uint32_t &bytes1, void *&part2,
+              uint32_t &bytes2) override {
+        const auto size = static_cast<uint32_t>(memory.size());
+        if (offset >= size || bytes == 0 || bytes > size) return false;
+        bytes1 = std::min(bytes, size - offset);
+        bytes2 = bytes - bytes1;
+        part1 = memory.data() + offset;
+        part2 = bytes2 == 0 ? nullptr : memory.data();
+        return true;
+    }
+
+    // What was written goes to the device in the order of the unlocks. While stopped nothing does: what is
+    // written then would be heard late.
+    void unlock(void *part1, uint32_t bytes1, void *part2, uint32_t bytes2) override {
+        if (!playing) return;
+        append(part1, bytes1);
+        append(part2, bytes2);
+    }
+
+    void play() override {
+        const std::lock_guard lock(mutex);
+        if (playing) return;
+        started = steady::now();
+        output->feeder.start();
+        playing = true;
+    }
+
+    void stop() override {
+        const std::lock_guard lock(mutex);
+        if (!playing) return;
+        stands_at = cursor();
+        playing = false;
+        output->feeder.stop();
+    }
+
+    bool get_position(uint32_t &play_cursor, uint32_t &write_cursor) override {
+        const std::lock_guard lock(mutex);
+        play_cursor = write_cursor = static_cast<uint32_t>(cursor());
+        return true;
+    }
+
+  private:
+    // Bytes into the buffer, by the clock: exact, and there without a device, too.
+    uint64_t cursor() const {
+        if (!playing) return stands_at;
+        const auto elapsed = static_cast<uint64_t>(
+            std::chrono::duration_cast<std::chrono::microseconds>(steady::now() - started).count());
+        return (stands_at + elapsed * stream_rate / 1000000 * 2) % memory.size();
+    }
+
+    void append(const void *part, uint32_t bytes) {
+        if (part == nullptr) return;
+        int16_t samples[512];
+        const auto *from = static_cast<const uint8_t *>(part);
+        for (size_t done = 0, n; done < bytes; done += n) {
+            n = std::min<size_t>(bytes - done, sizeof samples);
+            std::memcpy(samples, from + done, n);
+            output->feeder.push(samples, n / 2);
+        }
+    }
+
+    std::shared_ptr<sound_output> output;
+    std::vector<uint8_t> memory;
+    std::mutex mutex; // the cursor, asked for by the CPU thread, moved by both
+    std::atomic<bool> playing{false};
+    steady::time_point started{};
+    uint64_t stands_at = 0;
+};
+
+} // namespace
+
+desktop_sound::desktop_sound() : output(std::make_shared<sound_output>()) {}
+
+desktop_sound::~desktop_sound() { close(); }
+
+bool desktop_sound::open() {
+    const std::lock_guard lock(output->mutex);
+    output->wanted = true;
+    if (output->running) return true;
+    output->running = true;
+    std::thread(keep_device, output).detach();
+    return true;
+}
+
+// Waits for the thread, but not for a device that hangs: then the thread keeps what it needs alive.
+void desktop_sound::close() {
+    std::unique_lock lock(output->mutex);
+    output->wanted = false;
+    output->changed.notify_all();
+    if (output->changed.wait_for(lock, close_at_most, [&] { return !output->running; })) return;
+    lock.unlock();
+    output = std::make_shared<sound_output>();
+}
+
+std::unique_ptr<primary_sound_buffer> desktop_sound::create_primary() {
+    return std::make_unique<desktop_primary_buffer>(output);
+}
+
+std::unique_ptr<sound_stream> desktop_sound::create_stream(uint32_t bytes, const wave_format &format) {
+    if (bytes < 4 || bytes % 2 != 0 || format.channels != 1 || format.bits != 16 ||
+        format.sample_rate != stream_rate)
+        return nullptr;
+    return std::make_unique<desktop_stream>(output, bytes);
+}
+
+desktop_sound::figures desktop_sound::get_figures() const {
+    figures f;
+    f.feeder = output->feeder.get_figures();
+    f.device_open = output->device_open;
+    f.device_rate = output->device_rate;
+    f.device_block = output->device_block;
+    f.openings = output->openings;
+    return f;
+}
+
+} // namespace platform

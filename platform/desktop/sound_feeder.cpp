@@ -1,0 +1,193 @@
+#include "platform/desktop/sound_feeder.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace platform {
+
+namespace {
+
+constexpr double slice_ms = 20;
+constexpr double least_margin_ms = 8; // a slice's lateness that is always covered
+constexpr double greatest_margin_ms = 24;
+constexpr double margin_step_ms = 4;      // more after every underrun,
+constexpr double margin_decay = 1.0 / 20; // less by a millisecond every 20 seconds
+constexpr double greatest_correction = 0.005;
+constexpr double correction_per_ms = 0.00025;
+constexpr double averaging_ms = 500;
+constexpr double skip_above_ms = 30;   // over the target on average, and
+constexpr double skip_at_once_ms = 60; // at one moment
+constexpr double bridge_ms = 3;
+constexpr double pi = 3.14159265358979323846;
+
+double blackman(double x) { return 0.42 + 0.5 * std::cos(pi * x) + 0.08 * std::cos(2 * pi * x); } // -1 to 1
+
+} // namespace
+
+sound_feeder::sound_feeder(uint32_t rate) : source_rate(rate), ring(ring_size) {}
+
+void sound_feeder::open_device(uint32_t rate, uint32_t block_samples) {
+    device_rate = rate;
+    block_ms = block_samples * 1000.0 / device_rate;
+    // The low-pass: everything that the device can carry and nothing of what would fold back. The transition
+    // of 48 taps is about a tenth of the source rate wide.
+    const double cutoff =
+        std::min(0.5, std::max(0.02, 0.5 * device_rate / source_rate - 0.02)); // of the source rate
+    kernel.assign(static_cast<size_t>(phases + 1) * taps, 0.0f);
+    for (int phase = 0; phase <= phases; ++phase) {
+        float *row = &kernel[static_cast<size_t>(phase) * taps];
+        double sum = 0;
+        for (int tap = 0; tap < taps; ++tap) {
+            const double x = tap - before - static_cast<double>(phase) / phases;
+            const double sinc = x == 0 ? 2 * cutoff : std::sin(2 * pi * cutoff * x) / (pi * x);
+            const double value = sinc * blackman(std::clamp(x / (taps / 2.0), -1.0, 1.0));
+            row[tap] = static_cast<float>(value);
+            sum += value;
+        }
+        for (int tap = 0; tap < taps; ++tap) row[tap] = static_cast<float>(row[tap] / sum);
+    }
+    margin_ms = least_margin_ms;
+    average_ms = 0;
+    ratio = 1;
+    sounding = false;
+    bridge_left = 0;
+    last = 0;
+    start_at.store(written.load());
+}
+
+void sound_feeder::start() {
+    start_at.store(written.load());
+    playing.store(true);
+}
+
+void sound_feeder::stop() { playing.store(false); }
+
+void sound_feeder::set_gain(float factor) { gain.store(factor, std::memory_order_relaxed); }
+
+void sound_feeder::push(const int16_t *samples, size_t count) {
+    const uint64_t end = written.load(std::memory_order_relaxed);
+    const size_t room = ring_size - static_cast<size_t>(end - consumed.load(std::memory_order_acquire));
+    count = std::min(count, room);
+    for (size_t i = 0; i < count; ++i) ring[(end + i) % ring_size] = samples[i];
+    written.store(end + count, std::memory_order_release);
+}
+
+// The signal at `index` + `fraction`. Needs the samples from index - before to index + taps / 2.
+float sound_feeder::interpolate(uint64_t index, double at) const {
+    const double scaled = at * phases;
+    const int phase = static_cast<int>(scaled);
+    const float between = static_cast<float>(scaled - phase);
+    const float *low = &kernel[static_cast<size_t>(phase) * taps];
+    const float *high = low + taps;
+    float sum_low = 0, sum_high = 0;
+    for (int tap = 0; tap < taps; ++tap) {
+        const float sample = ring[(index - before + static_cast<uint64_t>(tap)) % ring_size];
+        sum_low += low[tap] * sample;
+        sum_high += high[tap] * sample;
+    }
+    return sum_low + (sum_high - sum_low) * between;
+}
+
+// Half the slice is waiting on average, a block is about to be taken, and the margin is for what comes late.
+void sound_feeder::steer(double fill_ms, double elapsed_ms) {
+    const double weight = std::min(1.0, elapsed_ms / averaging_ms);
+    average_ms += (fill_ms - average_ms) * weight;
+    margin_ms = std::max(least_margin_ms, margin_ms - elapsed_ms / 1000 * margin_decay);
+    const double error = average_ms - (slice_ms / 2 + block_ms + margin_ms);
+    ratio = 1 + std::clamp(error * correction_per_ms, -greatest_correction, greatest_correction);
+}
+
+void sound_feeder::pull(int16_t *out, size_t count) {
+    const uint64_t end = written.load(std::memory_order_acquire);
+    const uint64_t begin = start_at.load();
+    const bool wanted = playing.load();
+    const double block = static_cast<double>(count) * 1000 / device_rate;
+    bool cut = false;
+    if (begin != begun_at) {
+        begun_at = begin;
+        // What came before a start is not played; the filter needs a past, which is silence or what was last
+        // heard.
+        position = std::max(begin, position);
+        fraction = 0;
+        cut = sounding;
+        sounding = false;
+    }
+    if (!wanted && sounding) {
+        cut = true;
+        sounding = false;
+    }
+    const double target_ms = slice_ms / 2 + block_ms + margin_ms;
+    double fill_ms = static_cast<double>(static_cast<int64_t>(end - position)) * 1000 / source_rate;
+    if (wanted && !sounding && fill_ms >= target_ms + slice_ms / 2 - block) {
+        sounding = true;
+        cut = true;
+        average_ms = target_ms;
+    }
+    if (sounding) {
+        steer(fill_ms, block);
+        if (average_ms > target_ms + skip_above_ms || fill_ms > target_ms + skip_at_once_ms) {
+            position += static_cast<uint64_t>((fill_ms - target_ms) * source_rate / 1000);
+            fill_ms = target_ms;
+            average_ms = target_ms;
+            cut = true;
+            count_skips.fetch_add(1, std::memory_order_relaxed);
+        }
+    } else if (!wanted) {
+        position = end;
+    }
+
+    const double step = source_rate / device_rate * ratio;
+    const float wanted_gain = gain.load(std::memory_order_relaxed);
+    const float gain_step = count == 0 ? 0 : (wanted_gain - current_gain) / static_cast<float>(count);
+    for (size_t i = 0; i < count; ++i) {
+        float sample = 0;
+        if (sounding) {
+            if (static_cast<int64_t>(end - position) > taps / 2) {
+                sample = interpolate(position, fraction);
+                fraction += step;
+                const double whole = std::floor(fraction);
+                position += static_cast<uint64_t>(whole);
+                fraction -= whole;
+            } else {
+                sounding = false;
+                cut = true;
+                margin_ms = std::min(greatest_margin_ms, margin_ms + margin_step_ms);
+                count_underruns.fetch_add(1, std::memory_order_relaxed);
+            }
+        }
+        current_gain += gain_step;
+        sample *= current_gain;
+        if (cut) {
+            cut = false;
+            bridge = last - sample;
+            bridge_length = std::max(1, static_cast<int>(bridge_ms * device_rate / 1000));
+            bridge_left = bridge_length;
+        }
+        if (bridge_left > 0) {
+            sample += bridge * static_cast<float>(bridge_left) / static_cast<float>(bridge_length);
+            --bridge_left;
+        }
+        last = sample;
+        out[i] = static_cast<int16_t>(std::lround(std::clamp(sample, -32768.0f, 32767.0f)));
+    }
+    current_gain = wanted_gain;
+    consumed.store(position > static_cast<uint64_t>(taps) ? std::min(end, position - taps) : 0,
+                   std::memory_order_release);
+    count_pulled.fetch_add(count, std::memory_order_relaxed);
+    shown_fill.store(sounding ? average_ms : 0, std::memory_order_relaxed);
+    shown_target.store(target_ms, std::memory_order_relaxed);
+    shown_ratio.store(ratio, std::memory_order_relaxed);
+}
+
+sound_feeder::figures sound_feeder::get_figures() const {
+    figures f;
+    f.underruns = count_underruns.load();
+    f.skips = count_skips.load();
+    f.pulled = count_pulled.load();
+    f.fill_ms = shown_fill.load();
+    f.target_ms = shown_target.load();
+    f.ratio = shown_ratio.load();
+    return f;
+}
+
+} // namespace platform
