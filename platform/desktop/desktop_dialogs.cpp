@@ -2,7 +2,6 @@
 
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
-#include <QtCore/QSet>
 #include <QtGui/QFontDatabase>
 #include <QtGui/QIcon>
 #include <QtGui/QKeyEvent>
@@ -20,6 +19,7 @@
 #include <QtWidgets/QScrollBar>
 #include <QtWidgets/QSlider>
 #include <algorithm>
+#include <set>
 
 namespace platform {
 
@@ -114,13 +114,12 @@ class file_chooser : public QFileDialog {
 // ---- settings and help -------------------------------------------------------------------------------
 
 // `text` for a control, with its first letter or digit that no other control has as the key that reaches it.
-QString with_mnemonic(const std::string &text, QSet<QChar> &taken) {
+QString with_mnemonic(const std::string &text, std::set<char16_t> &taken) {
     QString label = text_of(text);
     qsizetype at = -1;
     for (qsizetype i = 0; i < label.size() && at < 0; ++i) {
-        const QChar key = label[i].toUpper();
-        if (key.unicode() < 0x80 && key.isLetterOrNumber() && !taken.contains(key)) {
-            taken.insert(key);
+        const char16_t key = label[i].toUpper().unicode();
+        if (key < 0x80 && label[i].isLetterOrNumber() && taken.insert(key).second) {
             at = i;
         }
     }
@@ -173,7 +172,7 @@ std::string choose_file(QWidget *owner, const file_dialog_options &options, bool
 bool run_settings_dialog(QWidget *owner, settings_dialog &dialog) {
     QDialog box(owner);
     box.setWindowTitle(text_of(dialog.caption));
-    QSet<QChar> taken{u'O', u'C'};
+    std::set<char16_t> taken{u'O', u'C'}; // of the buttons
     auto *all = new QVBoxLayout(&box);
 
     auto *rows = new QGridLayout;
@@ -266,10 +265,10 @@ void run_help_dialog(QWidget *owner, const help_dialog &dialog) {
 
     auto *bottom = new QHBoxLayout;
     bottom->addLayout(program_lines(dialog.program_line, dialog.copyright_line));
-    auto *ok = new QPushButton(QStringLiteral("OK"));
-    ok->setDefault(true);
-    QObject::connect(ok, &QPushButton::clicked, &box, &QDialog::accept);
-    bottom->addWidget(ok, 0, Qt::AlignBottom);
+    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok);
+    buttons->button(QDialogButtonBox::Ok)->setText(QStringLiteral("OK"));
+    QObject::connect(buttons, &QDialogButtonBox::accepted, &box, &QDialog::accept);
+    bottom->addWidget(buttons, 0, Qt::AlignBottom);
     all->addLayout(bottom);
     help->setFocus(Qt::OtherFocusReason); // for the scrolling keys; takes no selection along
 

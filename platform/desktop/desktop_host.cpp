@@ -3,7 +3,6 @@
 #include "platform/desktop/desktop_dialogs.h"
 #include "platform/desktop/desktop_display.h"
 #include "platform/desktop/desktop_window.h"
-#include "platform/resources.h"
 #include <QtCore/QLibraryInfo>
 #include <QtCore/QTimer>
 #include <QtCore/QTranslator>
@@ -18,20 +17,12 @@ namespace platform {
 
 namespace {
 
-constexpr uint16_t icon_id = 102;
 // While one window of ours gives the activation to another the application is inactive for a moment.
 constexpr int inactive_after_ms = 50;
 
 bool is_set(const char *variable) {
     const char *value = std::getenv(variable);
     return value != nullptr && *value != '\0';
-}
-
-void set_icon() {
-    const resource icon = find_resource(resource_type::icon, icon_id);
-    QPixmap picture;
-    if (icon.data != nullptr && picture.loadFromData(icon.data, static_cast<uint>(icon.size)))
-        QApplication::setWindowIcon(QIcon(picture));
 }
 
 } // namespace
@@ -60,26 +51,23 @@ struct desktop_host::parts {
     }
 };
 
-namespace {
-
-// Posted messages wait while it exists.
-class dialog_scope {
+// While it exists a dialog runs, and posted messages wait.
+class desktop_host::dialog_scope {
   public:
-    explicit dialog_scope(host_window *owner) : window(dynamic_cast<desktop_window *>(owner)) {
-        if (window != nullptr) window->begin_dialog();
+    dialog_scope(parts &of, host_window *owned_by) : p(of), window(dynamic_cast<desktop_window *>(owned_by)) {
+        for (const auto &w : p.windows) w->begin_dialog();
     }
     ~dialog_scope() {
-        if (window != nullptr) window->end_dialog();
+        for (const auto &w : p.windows) w->end_dialog();
     }
     dialog_scope(const dialog_scope &) = delete;
     dialog_scope &operator=(const dialog_scope &) = delete;
     QWidget *owner() const { return window != nullptr ? window->dialog_owner() : nullptr; }
 
   private:
+    parts &p;
     desktop_window *window;
 };
-
-} // namespace
 
 std::string desktop_host::missing() {
     if (is_set("DISPLAY") || is_set("WAYLAND_DISPLAY") || is_set("QT_QPA_PLATFORM")) return {};
@@ -96,7 +84,6 @@ desktop_host::desktop_host() : p(std::make_unique<parts>()) {
     // For the texts inside the file dialog, where the desktop has them.
     if (p->translator.load(QStringLiteral("qtbase_ja"), QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
         QCoreApplication::installTranslator(&p->translator);
-    set_icon();
 
     QApplication *application = p->application.get();
     QObject::connect(application, &QGuiApplication::applicationStateChanged, application,
@@ -124,6 +111,14 @@ desktop_host::desktop_host() : p(std::make_unique<parts>()) {
 desktop_host::~desktop_host() {
     p->sound.close();
     p->windows.clear();
+}
+
+void desktop_host::add_icon(const picture &of_one_size) {
+    const QImage image(reinterpret_cast<const uchar *>(of_one_size.pixels), of_one_size.width,
+                       of_one_size.height, of_one_size.width * 4, QImage::Format_ARGB32);
+    QIcon icon = QApplication::windowIcon();
+    icon.addPixmap(QPixmap::fromImage(image.copy()));
+    QApplication::setWindowIcon(icon);
 }
 
 bool desktop_host::begin() { return true; }
@@ -155,12 +150,12 @@ void desktop_host::post_quit(int code) {
 }
 
 void desktop_host::error_box(host_window *owner, const std::string &text, const std::string &caption) {
-    const dialog_scope scope(owner);
+    const dialog_scope scope(*p, owner);
     show_error_box(scope.owner(), text, caption);
 }
 
 bool desktop_host::open_file(host_window &owner, const file_dialog_options &options, std::string &path) {
-    const dialog_scope scope(&owner);
+    const dialog_scope scope(*p, &owner);
     std::string chosen = choose_file(scope.owner(), options, false);
     if (chosen.empty()) return false;
     path = std::move(chosen);
@@ -168,7 +163,7 @@ bool desktop_host::open_file(host_window &owner, const file_dialog_options &opti
 }
 
 bool desktop_host::save_file(host_window &owner, const file_dialog_options &options, std::string &path) {
-    const dialog_scope scope(&owner);
+    const dialog_scope scope(*p, &owner);
     std::string chosen = choose_file(scope.owner(), options, true);
     if (chosen.empty()) return false;
     path = std::move(chosen);
@@ -176,12 +171,12 @@ bool desktop_host::save_file(host_window &owner, const file_dialog_options &opti
 }
 
 bool desktop_host::settings(host_window &owner, settings_dialog &dialog) {
-    const dialog_scope scope(&owner);
+    const dialog_scope scope(*p, &owner);
     return run_settings_dialog(scope.owner(), dialog);
 }
 
 void desktop_host::help(host_window &owner, const help_dialog &dialog) {
-    const dialog_scope scope(&owner);
+    const dialog_scope scope(*p, &owner);
     run_help_dialog(scope.owner(), dialog);
 }
 

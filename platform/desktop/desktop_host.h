@@ -18,6 +18,9 @@ class desktop_host : public host {
     desktop_host(const desktop_host &) = delete;
     desktop_host &operator=(const desktop_host &) = delete;
 
+    // One size of the program's icon, 0xAARRGGBB; call it for each size, before windows are made.
+    void add_icon(const picture &of_one_size);
+
     bool begin() override;
     void end() override;
     void begin_timer_resolution(uint32_t milliseconds) override;
@@ -41,6 +44,7 @@ class desktop_host : public host {
 
   private:
     struct parts;
+    class dialog_scope;
     std::unique_ptr<parts> p;
 };
 

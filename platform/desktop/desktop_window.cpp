@@ -431,6 +431,10 @@ void desktop_window::insert_menu_item(int position, uint32_t id, const std::stri
     if (gone || has_menu_item(id)) return;
     if (menu == nullptr) {
         menu = frame->menuBar()->addMenu(QStringLiteral("Kiv(&K)"));
+        // A menu left by Escape would leave the keyboard with the menu bar.
+        QObject::connect(menu, &QMenu::aboutToHide, view, [this] {
+            QTimer::singleShot(0, view, [this] { view->setFocus(Qt::MenuBarFocusReason); });
+        });
         frame->menuBar()->setVisible(!full_screen);
         if (!full_screen) frame->layout()->activate();
     }
@@ -444,7 +448,8 @@ void desktop_window::insert_menu_item(int position, uint32_t id, const std::stri
 
 void desktop_window::open_menu() {
     if (menu == nullptr || full_screen) return;
-    frame->menuBar()->setActiveAction(menu->menuAction());
+    const QMenuBar *bar = frame->menuBar();
+    menu->popup(bar->mapToGlobal(bar->actionGeometry(menu->menuAction()).bottomLeft()));
     if (!items.empty()) menu->setActiveAction(items.front().second);
 }
 

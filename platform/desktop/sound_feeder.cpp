@@ -18,13 +18,14 @@ constexpr double averaging_ms = 500;
 constexpr double skip_above_ms = 30;   // over the target on average, and
 constexpr double skip_at_once_ms = 60; // at one moment
 constexpr double bridge_ms = 3;
+constexpr uint64_t no_beginning = UINT64_MAX;
 constexpr double pi = 3.14159265358979323846;
 
 double blackman(double x) { return 0.42 + 0.5 * std::cos(pi * x) + 0.08 * std::cos(2 * pi * x); } // -1 to 1
 
 } // namespace
 
-sound_feeder::sound_feeder(uint32_t rate) : source_rate(rate), ring(ring_size) {}
+sound_feeder::sound_feeder(uint32_t rate) : source_rate(rate), ring(ring_size + taps) {}
 
 void sound_feeder::open_device(uint32_t rate, uint32_t block_samples) {
     device_rate = rate;
@@ -53,6 +54,7 @@ void sound_feeder::open_device(uint32_t rate, uint32_t block_samples) {
     bridge_left = 0;
     last = 0;
     start_at.store(written.load());
+    begun_at = no_beginning;
 }
 
 void sound_feeder::start() {
@@ -68,24 +70,33 @@ void sound_feeder::push(const int16_t *samples, size_t count) {
     const uint64_t end = written.load(std::memory_order_relaxed);
     const size_t room = ring_size - static_cast<size_t>(end - consumed.load(std::memory_order_acquire));
     count = std::min(count, room);
-    for (size_t i = 0; i < count; ++i) ring[(end + i) % ring_size] = samples[i];
+    for (size_t i = 0; i < count; ++i) {
+        const size_t at = static_cast<size_t>(end + i) % ring_size;
+        ring[at] = samples[i];
+        if (at < taps) ring[at + ring_size] = samples[i];
+    }
     written.store(end + count, std::memory_order_release);
 }
 
-// The signal at `index` + `fraction`. Needs the samples from index - before to index + taps / 2.
+// The signal at `index` + `at`. Needs the samples from index - before to index + taps / 2. Sums in lanes,
+// which the compiler makes vectors of.
 float sound_feeder::interpolate(uint64_t index, double at) const {
+    constexpr int lanes = 8;
+    static_assert(taps % lanes == 0);
     const double scaled = at * phases;
     const int phase = static_cast<int>(scaled);
     const float between = static_cast<float>(scaled - phase);
     const float *low = &kernel[static_cast<size_t>(phase) * taps];
     const float *high = low + taps;
-    float sum_low = 0, sum_high = 0;
-    for (int tap = 0; tap < taps; ++tap) {
-        const float sample = ring[(index - before + static_cast<uint64_t>(tap)) % ring_size];
-        sum_low += low[tap] * sample;
-        sum_high += high[tap] * sample;
-    }
-    return sum_low + (sum_high - sum_low) * between;
+    const int16_t *samples = &ring[(index - before) % ring_size];
+    float sums[lanes] = {};
+    for (int tap = 0; tap < taps; tap += lanes)
+        for (int lane = 0; lane < lanes; ++lane)
+            sums[lane] += (low[tap + lane] + (high[tap + lane] - low[tap + lane]) * between) *
+                          static_cast<float>(samples[tap + lane]);
+    float sum = 0;
+    for (const float part : sums) sum += part;
+    return sum;
 }
 
 // Half the slice is waiting on average, a block is about to be taken, and the margin is for what comes late.
@@ -105,9 +116,8 @@ void sound_feeder::pull(int16_t *out, size_t count) {
     bool cut = false;
     if (begin != begun_at) {
         begun_at = begin;
-        // What came before a start is not played; the filter needs a past, which is silence or what was last
-        // heard.
-        position = std::max(begin, position);
+        // What came before a start is not heard, not even in the filter's past.
+        position = begin + before;
         fraction = 0;
         cut = sounding;
         sounding = false;

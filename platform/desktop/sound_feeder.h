@@ -49,7 +49,7 @@ class sound_feeder {
     void steer(double fill_ms, double block_ms);
 
     const double source_rate;
-    std::vector<int16_t> ring;
+    std::vector<int16_t> ring; // its first `taps` samples stand again behind its end: a window never wraps
     std::vector<float> kernel; // (phases + 1) x taps
 
     std::atomic<uint64_t> written{0};  // samples pushed; the queue's end
