@@ -1,0 +1,239 @@
+// kiv-run as a person runs it: the real program, files in a folder of its own.
+#include "tests/common/test_rom.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <gtest/gtest.h>
+#include <png.h>
+#include <sys/wait.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct outcome {
+    int code;
+    std::string out, err;
+};
+
+class kiv_run : public testing::Test {
+  protected:
+    void SetUp() override {
+        std::string name = (fs::temp_directory_path() / "kiv-run-XXXXXX").string();
+        ASSERT_NE(mkdtemp(name.data()), nullptr);
+        folder = name;
+        write_test_roms(folder);
+    }
+    void TearDown() override {
+        std::error_code ignored;
+        fs::permissions(folder, fs::perms::owner_all, ignored);
+        fs::remove_all(folder, ignored);
+    }
+
+    // Runs it in the folder; the arguments as a shell reads them.
+    outcome run(const std::string &arguments) const {
+        const std::string command =
+            "cd '" + folder.string() + "' && '" KIV_RUN "' " + arguments + " >out.txt 2>err.txt";
+        const int status = std::system(command.c_str());
+        outcome o{WIFEXITED(status) ? WEXITSTATUS(status) : -status, read_text(folder / "out.txt"),
+                  read_text(folder / "err.txt")};
+        // The machine's own diagnostics, which the CRT controller prints while it is set up.
+        std::string own;
+        for (size_t at = 0; at < o.err.size();) {
+            const size_t end = std::min(o.err.find('\n', at), o.err.size() - 1) + 1;
+            const std::string line = o.err.substr(at, end - at);
+            if (line.find("DMA") != 0 && line.find("CRTC") != 0 && line.find("lines:") != 0) own += line;
+            at = end;
+        }
+        o.err = own;
+        return o;
+    }
+
+    // Everything in the folder besides the ROMs and what the test itself redirected.
+    std::vector<std::string> leftovers() const {
+        std::vector<std::string> names;
+        for (const auto &entry : fs::directory_iterator(folder)) {
+            const std::string name = entry.path().filename().string();
+            if (!name.ends_with(".rom") && name != "out.txt" && name != "err.txt") names.push_back(name);
+        }
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+
+    fs::path folder;
+};
+
+std::string first_line(const std::string &text, int n = 0) {
+    size_t at = 0;
+    for (; n > 0; --n) at = text.find('\n', at) + 1;
+    return text.substr(at, text.find('\n', at) - at);
+}
+
+TEST_F(kiv_run, ShowsTheTextScreenAndSeesEveryKeyTyped) {
+    const outcome o = run(R"(--type 'ABCaabbcc@:22[[' --text)");
+    EXPECT_EQ(o.code, 0) << o.err;
+    EXPECT_EQ(o.err, "");
+    EXPECT_EQ(first_line(o.out), "READY");
+    // The ROM makes '@' and '[' small too: a backquote and a brace.
+    EXPECT_EQ(first_line(o.out, 1), "ABCaabbcc`:22{{");
+    EXPECT_EQ(std::count(o.out.begin(), o.out.end(), '\n'), 25);
+}
+
+TEST_F(kiv_run, FixedDateAndSeedGiveTheSameBytes) {
+    const std::string run_it =
+        "--date 1982-11-01T12:34:56 --seed 7 --frames 90 --type 8a --type-at 20 --text --png ";
+    const outcome a = run(run_it + "a.png --wav a.wav --save-dump a.kiv");
+    const outcome b = run(run_it + "b.png --wav b.wav --save-dump b.kiv");
+    ASSERT_EQ(a.code, 0) << a.err;
+    EXPECT_EQ(a.out, b.out);
+    for (const char *kind : {".png", ".wav", ".kiv"}) {
+        const auto bytes = read_bytes(folder / ("a" + std::string(kind)));
+        EXPECT_FALSE(bytes.empty()) << kind;
+        EXPECT_EQ(bytes, read_bytes(folder / ("b" + std::string(kind)))) << kind;
+    }
+    EXPECT_EQ(read_bytes(folder / "a.kiv").size(), 32612u);
+}
+
+TEST_F(kiv_run, PicturesAreNumberedAndShowTheScreen) {
+    ASSERT_EQ(run("--frames 25 --png shot.png --png-every 10").code, 0);
+    EXPECT_EQ(leftovers(), (std::vector<std::string>{"shot-000010.png", "shot-000020.png", "shot.png"}));
+    png_image image{};
+    image.version = PNG_IMAGE_VERSION;
+    ASSERT_TRUE(png_image_begin_read_from_file(&image, (folder / "shot.png").c_str()));
+    EXPECT_EQ(image.width, 640u);
+    EXPECT_EQ(image.height, 400u);
+    image.format = PNG_FORMAT_RGB;
+    std::vector<uint8_t> pixels(PNG_IMAGE_SIZE(image));
+    ASSERT_TRUE(png_image_finish_read(&image, nullptr, pixels.data(), 0, nullptr));
+    // READY stands in the first 40 x 16 pixels, white on black, and nothing else does anywhere.
+    size_t white_inside = 0, lit_outside = 0;
+    for (uint32_t y = 0; y < 400; ++y)
+        for (uint32_t x = 0; x < 640; ++x) {
+            const uint8_t *p = &pixels[(y * 640 + x) * 3];
+            const bool white = p[0] == 0xFF && p[1] == 0xFF && p[2] == 0xFF, black = !(p[0] | p[1] | p[2]);
+            if (x < 40 && y < 16 && white)
+                ++white_inside;
+            else if (!black)
+                ++lit_outside;
+        }
+    EXPECT_GT(white_inside, 100u);
+    EXPECT_EQ(lit_outside, 0u);
+}
+
+TEST_F(kiv_run, WavHoldsEveryWholeSlice) {
+    ASSERT_EQ(run("--seconds 1 --type 8 --type-at 5 --wav s.wav").code, 0);
+    const std::vector<uint8_t> wav = read_bytes(folder / "s.wav");
+    ASSERT_GE(wav.size(), 44u);
+    const auto u32 = [&wav](size_t at) {
+        return wav[at] | wav[at + 1] << 8 | wav[at + 2] << 16 | wav[at + 3] << 24;
+    };
+    EXPECT_EQ(std::memcmp(wav.data(), "RIFF", 4), 0);
+    EXPECT_EQ(u32(4), static_cast<int>(wav.size()) - 8);
+    EXPECT_EQ(u32(24), 96000);
+    EXPECT_EQ(u32(40), static_cast<int>(wav.size()) - 44);
+    // A slice ends with the instruction that crosses its end, so a second has 49 or 50 of them.
+    EXPECT_EQ((wav.size() - 44) % 3840, 0u);
+    EXPECT_GE((wav.size() - 44) / 3840, 49u);
+    // The beeper is a square wave of 20 samples up and 20 down.
+    const auto sample = [&wav](size_t i) {
+        return static_cast<int16_t>(wav[44 + 2 * i] | wav[45 + 2 * i] << 8);
+    };
+    const size_t last = (wav.size() - 44) / 2 - 1;
+    EXPECT_EQ(std::abs(sample(last)), 1000);
+    for (size_t i = last - 200; i < last - 20; ++i) EXPECT_EQ(sample(i), -sample(i + 20)) << i;
+}
+
+TEST_F(kiv_run, DumpAndTapeGoOutAndIn) {
+    ASSERT_EQ(run("--type xyz99 --save-dump d.kiv --tape-out t.cmt").code, 0);
+    EXPECT_EQ(read_text(folder / "t.cmt"), "HIHI");
+    const outcome o = run("--load-dump d.kiv --tape t.cmt --type-at 10 --type w --text");
+    EXPECT_EQ(o.code, 0) << o.err;
+    EXPECT_EQ(first_line(o.out, 1), "xyzw");
+}
+
+TEST_F(kiv_run, SettingsReachTheMachine) {
+    std::ofstream(folder / "s.ini") << "[Default]\nhires_crt=0\nsoft_volume=3\n";
+    ASSERT_EQ(run("--seconds 0.5 --type 8 --type-at 2 --wav s.wav --settings s.ini --stats").code, 0);
+    const std::vector<uint8_t> wav = read_bytes(folder / "s.wav");
+    const auto peak = static_cast<int16_t>(wav[wav.size() - 2] | wav[wav.size() - 1] << 8);
+    EXPECT_EQ(std::abs(peak), 3000);
+    // A 15 kHz monitor: 250 x 200 + 13994 T-states a frame, so 31 frames in half a second instead of 27.
+    EXPECT_NE(read_text(folder / "err.txt").find(" 31 frames"), std::string::npos)
+        << read_text(folder / "err.txt");
+}
+
+TEST_F(kiv_run, AStoppedProcessorIsNamedAndShown) {
+    const outcome halted = run("--type ab0 --text");
+    EXPECT_EQ(halted.code, 1);
+    EXPECT_NE(halted.err.find("the processor stopped at $00D5: HALT (76 "), std::string::npos) << halted.err;
+    EXPECT_EQ(first_line(halted.out, 1), "ab");
+    const outcome undefined = run("--type 1");
+    EXPECT_NE(undefined.err.find("$00D6: undefined instruction (ED FF "), std::string::npos) << undefined.err;
+}
+
+// One line that names what and why, exit code 1, and nothing left behind.
+TEST_F(kiv_run, WhatFailsSaysWhyAndLeavesNothing) {
+    const auto rom = [this](const char *name, size_t size) {
+        return [this, name, size] { write_bytes(folder / name, std::vector<uint8_t>(size)); };
+    };
+    const auto nothing = [] {};
+    const struct {
+        std::string arguments;
+        std::function<void()> before;
+        std::vector<std::string> words;
+    } cases[] = {
+        {"", [this] { fs::remove(folder / "8801-kiv.rom"); }, {"8801-kiv.rom", "No such file"}},
+        {"--roms nowhere", nothing, {"nowhere/8801-kiv.rom", "No such file"}},
+        {"", rom("8801-zun.rom", 32769), {"8801-zun.rom", "32769 bytes"}},
+        {"",
+         [this] {
+             fs::remove(folder / "8801-4th.rom");
+             fs::create_directory(folder / "8801-4th.rom");
+         },
+         {"8801-4th.rom", "irectory"}},
+        {"--frames 2 --png missing/f.png", nothing, {"missing/f.png", "No such file"}},
+        {"--frames 2 --wav missing/f.wav", nothing, {"missing/f.wav", "No such file"}},
+        {"--frames 2 --tape-out missing/f.cmt", nothing, {"missing/f.cmt", "No such file"}},
+        {"--frames 2 --wav ok.wav --save-dump missing/d.kiv", nothing, {"missing/d.kiv", "No such file"}},
+        {"--tape none.cmt", nothing, {"none.cmt", "No such file"}},
+        {"--load-dump 8801-4th.rom", nothing, {"8801-4th.rom", "not a memory dump"}},
+        {"--load-dump none.kiv", nothing, {"none.kiv", "No such file"}},
+        {"--frames 10 --load-dump 8801-zun.rom", nothing, {"8801-zun.rom", "before frame 60"}},
+        {"--settings none.ini", nothing, {"none.ini", "No such file"}},
+        {"--frames 0", nothing, {"--frames 0"}},
+        {"--frames 12x", nothing, {"--frames 12x"}},
+        {"--frames -5", nothing, {"--frames -5"}},
+        {"--frames 99999999999999999999", nothing, {"--frames 9999"}},
+        {"--frames", nothing, {"--frames", "missing"}},
+        {"--seconds nan", nothing, {"--seconds nan"}},
+        {"--seconds 1e300", nothing, {"--seconds 1e300"}},
+        {"--frames 1 --seconds 1", nothing, {"--frames and --seconds"}},
+        {"--date 1982-02-29T00:00:00", nothing, {"--date 1982-02-29T00:00:00"}},
+        {"--date '1982-01- 1T00:00:00'", nothing, {"--date"}},
+        {"--seed 4294967296", nothing, {"--seed 4294967296"}},
+        {"--png-every 5", nothing, {"--png-every"}},
+        {"--type 'あ'", nothing, {"'あ'"}},
+        {"--type '\\q'", nothing, {"\\q"}},
+        {"--nonsense", nothing, {"--nonsense"}},
+        {"stray", nothing, {"stray"}},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.arguments);
+        std::error_code ignored;
+        fs::remove_all(folder / "8801-4th.rom", ignored);
+        write_test_roms(folder);
+        c.before();
+        const outcome o = run(c.arguments);
+        EXPECT_EQ(o.code, 1);
+        EXPECT_EQ(o.out, "");
+        EXPECT_EQ(o.err.find("kiv-run: "), 0u) << o.err;
+        EXPECT_EQ(std::count(o.err.begin(), o.err.end(), '\n'), 1) << o.err;
+        for (const std::string &word : c.words)
+            EXPECT_NE(o.err.find(word), std::string::npos) << word << " in " << o.err;
+        EXPECT_EQ(leftovers(), std::vector<std::string>{}) << "left behind";
+    }
+}
+
+} // namespace

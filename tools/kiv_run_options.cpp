@@ -1,0 +1,165 @@
+#include "tools/kiv_run_options.h"
+
+#include <cerrno>
+#include <climits>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <map>
+
+const char run_help[] =
+    R"(kiv-run: the machine without a window, as fast as this computer goes.
+
+usage: kiv-run [options]
+
+The machine is powered on with the three ROM images 8801-zun.rom, 8801-kiv.rom and 8801-4th.rom, runs for
+the time asked for, and leaves what you asked for: a picture, its text, its sound. What it does is exactly
+what the program with the window does; only nobody waits for the clock.
+
+What runs
+  --roms DIR            folder of the ROM images (default: the current directory)
+  --settings FILE       a settings file such as KIV.INI (default: the default settings)
+  --load-dump FILE      load a memory dump (.KIV) at the frame of --type-at
+  --tape FILE           put a tape image (.CMT) into the cassette deck
+
+How long
+  --frames N            N pictures of the machine, about 55 a second
+  --seconds S           S seconds of the machine's time
+                        (default: 300 frames, or 60 frames past the end of the typed text)
+
+At the keyboard
+  --type TEXT           types TEXT; \n return, \e ESC, \t TAB, \b STOP, \f1 to \f5 function keys,
+                        \u \d \l \r the cursor keys, \p a pause of half a second, \\ the yen key
+  --type-at FRAME       frame at which a dump is loaded and typing begins (default: 60, when BASIC is up)
+
+What it leaves
+  --png FILE            the last picture, 640 x 400
+  --png-every N         also one of every N pictures: FILE-000010.png, FILE-000020.png, ...
+  --text                the text screen, as UTF-8, on the standard output
+  --wav FILE            the sound: 96000 Hz, one channel, 16 bits
+  --tape-out FILE       what the machine wrote to its cassette
+  --save-dump FILE      a memory dump at the end
+  --stats               T-states, frames and speed, on the standard error output
+
+The same again, byte for byte
+  --date YYYY-MM-DDTHH:MM:SS   what the calendar clock shows, standing still
+  --seed N                     seed of the refresh register's random bytes
+
+Examples
+  kiv-run --seconds 5 --png screen.png
+  kiv-run --type 'PRINT 6*7\n' --text
+  kiv-run --date 1982-11-01T12:00:00 --seed 1 --frames 600 --wav sound.wav --png-every 60 --png f.png
+
+Exit code: 0, or 1 with one line that says why: an option, a file, or the address at which the processor
+stopped. Files are written whole or not at all; after a stop of the processor the outputs show the machine
+at that moment.
+)";
+
+namespace {
+
+[[noreturn]] void bad(const std::string &option, const std::string &value, const std::string &wanted) {
+    throw run_failure(option + " " + value + ": " + wanted);
+}
+
+uint64_t parse_count(const std::string &option, const std::string &value, uint64_t minimum,
+                     uint64_t maximum) {
+    char *end = nullptr;
+    errno = 0;
+    const unsigned long long n = std::strtoull(value.c_str(), &end, 10);
+    if (value.empty() || value[0] < '0' || value[0] > '9' || *end != '\0' || errno != 0 || n < minimum ||
+        n > maximum)
+        bad(option, value,
+            "a number from " + std::to_string(minimum) + " to " + std::to_string(maximum) + " is wanted");
+    return n;
+}
+
+double parse_seconds(const std::string &option, const std::string &value) {
+    char *end = nullptr;
+    const double s = std::strtod(value.c_str(), &end);
+    if (value.empty() || *end != '\0' || !std::isfinite(s) || s <= 0 || s > 1e9)
+        bad(option, value, "seconds above 0 are wanted");
+    return s;
+}
+
+calendar_time parse_date(const std::string &option, const std::string &value) {
+    calendar_time t{};
+    int size = -1;
+    std::sscanf(value.c_str(), "%4d-%2d-%2dT%2d:%2d:%2d%n", &t.year, &t.month, &t.day, &t.hour, &t.minute,
+                &t.second, &size);
+    constexpr char wanted[] = "a date such as 1982-11-01T12:00:00 is wanted";
+    // Nineteen characters and six numbers leave no room for signs or blanks, except in front of a digit.
+    if (size != 19 || value.size() != 19 || value.find_first_not_of("0123456789-T:") != std::string::npos)
+        bad(option, value, wanted);
+    const bool leap = (t.year % 4 == 0 && t.year % 100 != 0) || t.year % 400 == 0;
+    const int days[] = {31, leap ? 29 : 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+    if (t.year < 1 || t.month < 1 || t.month > 12 || t.day < 1 || t.day > days[t.month - 1] || t.hour < 0 ||
+        t.hour > 23 || t.minute < 0 || t.minute > 59 || t.second < 0 || t.second > 59)
+        bad(option, value, wanted);
+    return t;
+}
+
+} // namespace
+
+run_options parse_run_options(int argc, char **argv) {
+    run_options o;
+    using value_option = std::function<void(const std::string &option, const std::string &value)>;
+    const auto text_into = [](std::string &target) -> value_option {
+        return [&target](const std::string &, const std::string &value) { target = value; };
+    };
+    const auto path_into = [](std::string &target) -> value_option {
+        return [&target](const std::string &option, const std::string &value) {
+            if (value.empty()) throw run_failure(option + ": a name is wanted");
+            target = value;
+        };
+    };
+    const std::map<std::string, value_option> with_value = {
+        {"--roms", path_into(o.roms)},
+        {"--settings", path_into(o.settings)},
+        {"--load-dump", path_into(o.load_dump)},
+        {"--save-dump", path_into(o.save_dump)},
+        {"--tape", path_into(o.tape)},
+        {"--tape-out", path_into(o.tape_out)},
+        {"--png", path_into(o.png)},
+        {"--wav", path_into(o.wav)},
+        {"--type", text_into(o.type)},
+        {"--frames",
+         [&o](auto &name, auto &value) { o.frames = parse_count(name, value, 1, 1'000'000'000); }},
+        {"--seconds", [&o](auto &name, auto &value) { o.seconds = parse_seconds(name, value); }},
+        {"--type-at",
+         [&o](auto &name, auto &value) { o.type_at = parse_count(name, value, 0, 1'000'000'000); }},
+        {"--png-every",
+         [&o](auto &name, auto &value) { o.png_every = parse_count(name, value, 1, 1'000'000'000); }},
+        {"--date", [&o](auto &name, auto &value) { o.date = parse_date(name, value); }},
+        {"--seed",
+         [&o](auto &name, auto &value) {
+             o.seed = static_cast<unsigned>(parse_count(name, value, 0, UINT_MAX));
+         }},
+    };
+    for (int i = 1; i < argc; ++i) {
+        std::string name = argv[i];
+        if (name == "--help" || name == "-h")
+            o.help = true;
+        else if (name == "--text")
+            o.text = true;
+        else if (name == "--stats")
+            o.stats = true;
+        else {
+            std::optional<std::string> value;
+            if (const size_t equals = name.find('='); equals != std::string::npos) {
+                value = name.substr(equals + 1);
+                name.resize(equals);
+            }
+            const auto option = with_value.find(name);
+            if (option == with_value.end()) throw run_failure(name + ": no such option (--help lists them)");
+            if (!value) {
+                if (++i >= argc) throw run_failure(name + ": its value is missing");
+                value = argv[i];
+            }
+            option->second(name, *value);
+        }
+    }
+    if (o.frames && o.seconds) throw run_failure("--frames and --seconds: one of them is enough");
+    if (o.png_every != 0 && o.png.empty()) throw run_failure("--png-every: --png names the pictures");
+    return o;
+}

@@ -1,0 +1,37 @@
+// The command line of kiv-run.
+#pragma once
+
+#include "machine/calendar_clock.h"
+#include <cstdint>
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+// A reason to end the run with exit code 1: one line that names what and why.
+struct run_failure : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+struct run_options {
+    bool help = false;
+    std::string roms;               // folder; empty: the current directory
+    std::string settings;           // a settings file; empty: the defaults
+    std::optional<uint64_t> frames; // run length, or
+    std::optional<double> seconds;  // run length in emulated time
+    std::string type;               // text to type, with its escapes
+    uint64_t type_at = 60;          // frame at which typing begins
+    std::string png;                // the last frame
+    uint64_t png_every = 0;         // also one of every so many frames; 0: no
+    bool text = false;
+    bool stats = false;
+    std::optional<calendar_time> date;
+    std::optional<unsigned> seed;
+    std::string wav;
+    std::string tape, tape_out;
+    std::string load_dump, save_dump;
+};
+
+extern const char run_help[];
+
+// Throws run_failure when an option is unknown or makes no sense.
+run_options parse_run_options(int argc, char **argv);
