@@ -1,68 +1,94 @@
 #include "platform/file.h"
 
 #include <cerrno>
-#include <climits>
-#include <cstdlib>
-#include <cstring>
+#include <cstdio>
 #include <fcntl.h>
-#include <string>
+#include <filesystem>
 #include <sys/mman.h>
 #include <sys/stat.h>
+#include <system_error>
 #include <unistd.h>
 
 namespace platform {
 
 namespace {
 
-thread_local int last_error = 0;
+// Besides the system's error numbers.
+constexpr int error_none = 0;
+constexpr int error_not_regular = -1;
 
-file_handle failed(int error) {
+thread_local int last_error = error_none;
+
+bool failed(int error) {
     last_error = error;
+    return false;
+}
+
+// A NUL inside the text would name another file than the one meant.
+bool usable(const std::string &path) { return path.find('\0') == std::string::npos || failed(EINVAL); }
+
+bool is_regular(const struct stat &s) {
+    return S_ISREG(s.st_mode) || failed(S_ISDIR(s.st_mode) ? EISDIR : error_not_regular);
+}
+
+// Opens what must be a regular file. Looking before opening spares devices the side effects of an open, and
+// looking after it counts: the name may have changed hands in between.
+file_handle open_regular(const std::string &path, int flags) {
+    if (!usable(path)) return invalid_file;
+    struct stat s;
+    const bool no_follow = (flags & O_NOFOLLOW) != 0;
+    if ((no_follow ? lstat(path.c_str(), &s) : stat(path.c_str(), &s)) == 0) {
+        if (no_follow && S_ISLNK(s.st_mode)) return failed(ELOOP), invalid_file;
+        if (!is_regular(s)) return invalid_file;
+    }
+    int handle;
+    do handle = open(path.c_str(), flags | O_NONBLOCK | O_CLOEXEC | O_NOCTTY, 0666);
+    while (handle < 0 && errno == EINTR);
+    if (handle < 0) return failed(errno), invalid_file;
+    if (fstat(handle, &s) != 0)
+        failed(errno);
+    else if (is_regular(s))
+        return handle;
+    close(handle);
     return invalid_file;
 }
 
-// A FIFO would hang the open and a device never ends: open without waiting, then look at what it is.
-file_handle open_regular(const std::string &path, int flags, mode_t mode = 0) {
-    if (path.find('\0') != std::string::npos) return failed(EINVAL);
-    const int handle = open(path.c_str(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, mode);
-    if (handle < 0) return failed(errno);
-    struct stat status {};
-    if (fstat(handle, &status) != 0 || !S_ISREG(status.st_mode)) {
-        const int error = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
-        close(handle);
-        return failed(error);
-    }
-    return handle;
+std::string folder_of(const std::string &path) {
+    const size_t slash = path.rfind('/');
+    return slash == std::string::npos ? std::string() : path.substr(0, slash + 1);
 }
 
-bool write_all(int handle, const uint8_t *bytes, size_t size) {
+// The path that the links at `path` lead to in the end, whether or not a file is there.
+bool follow_links(std::string &path) {
+    for (int links = 0; links < 40; links++) {
+        struct stat s;
+        if (lstat(path.c_str(), &s) != 0) return errno == ENOENT || failed(errno);
+        if (!S_ISLNK(s.st_mode)) return true;
+        std::string target(4096, '\0');
+        const ssize_t length = readlink(path.c_str(), target.data(), target.size());
+        if (length < 0) return failed(errno);
+        if (static_cast<size_t>(length) == target.size()) return failed(ENAMETOOLONG);
+        target.resize(static_cast<size_t>(length));
+        path = target.starts_with('/') ? target : folder_of(path) + target;
+    }
+    return failed(ELOOP);
+}
+
+bool write_all(file_handle handle, const void *bytes, size_t size) {
+    const char *from = static_cast<const char *>(bytes);
     while (size != 0) {
-        const ssize_t written = write(handle, bytes, size);
-        if (written < 0 && errno == EINTR) continue;
-        if (written <= 0) return false;
-        bytes += written;
+        const int64_t written = write_file(handle, from, size);
+        if (written <= 0) return written < 0 ? false : failed(EIO);
+        from += written;
         size -= static_cast<size_t>(written);
     }
     return true;
 }
 
-// Where a path leads when its links are followed; the path itself when nothing is there yet.
-std::string resolved(const std::string &path) {
-    char *real = realpath(path.c_str(), nullptr);
-    if (real == nullptr) return path;
-    std::string result = real;
-    std::free(real);
-    return result;
-}
-
-std::string folder_of(const std::string &path) {
-    const size_t slash = path.rfind('/');
-    if (slash == std::string::npos) return ".";
-    return slash == 0 ? "/" : path.substr(0, slash);
-}
-
+// Without this the rename may be lost with the power, though never half done. The file is in place by now,
+// so a folder that cannot be synced is no failure.
 void sync_folder(const std::string &folder) {
-    const int handle = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const int handle = open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (handle < 0) return;
     fsync(handle);
     close(handle);
@@ -75,113 +101,111 @@ file_handle open_file(const std::string &path, bool read_only) {
 }
 
 file_handle create_file(const std::string &path) {
-    return open_regular(path, O_RDWR | O_CREAT | O_EXCL, 0666);
+    if (!usable(path)) return invalid_file;
+    const int handle = open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (handle < 0) failed(errno);
+    return handle;
 }
 
 file_handle append_file(const std::string &path) {
-    return open_regular(path, O_WRONLY | O_APPEND | O_CREAT | O_NOFOLLOW, 0666);
+    return open_regular(path, O_WRONLY | O_CREAT | O_APPEND | O_NOFOLLOW);
 }
 
 void close_file(file_handle handle) {
-    if (handle != invalid_file) close(handle);
+    if (handle != invalid_file && close(handle) != 0) failed(errno);
 }
 
 bool delete_file(const std::string &path) {
-    if (unlink(path.c_str()) == 0) return true;
-    last_error = errno;
-    return false;
+    return usable(path) && (unlink(path.c_str()) == 0 || failed(errno));
 }
 
 bool file_exists(const std::string &path) {
-    struct stat status {};
-    return stat(path.c_str(), &status) == 0;
+    return usable(path) && (access(path.c_str(), F_OK) == 0 || failed(errno));
 }
 
 int64_t read_file(file_handle handle, void *buffer, size_t bytes) {
-    size_t done = 0;
-    while (done < bytes) { // one request of the host may bring 2 GiB at most
-        const ssize_t got = read(handle, static_cast<uint8_t *>(buffer) + done, bytes - done);
-        if (got < 0 && errno == EINTR) continue;
-        if (got < 0) return failed(errno);
-        if (got == 0) break;
-        done += static_cast<size_t>(got);
-    }
-    return static_cast<int64_t>(done);
+    ssize_t done;
+    do done = read(handle, buffer, bytes);
+    while (done < 0 && errno == EINTR);
+    if (done < 0) failed(errno);
+    return done;
 }
 
 int64_t write_file(file_handle handle, const void *buffer, size_t bytes) {
-    ssize_t written;
-    do {
-        written = write(handle, buffer, bytes);
-    } while (written < 0 && errno == EINTR);
-    return written < 0 ? failed(errno) : written;
+    ssize_t done;
+    do done = write(handle, buffer, bytes);
+    while (done < 0 && errno == EINTR);
+    if (done < 0) failed(errno);
+    return done;
 }
 
 int64_t seek_file(file_handle handle, int origin, int64_t offset) {
-    const int whence = origin == 0 ? SEEK_SET : origin == 1 ? SEEK_CUR : SEEK_END;
-    const off_t position = lseek(handle, offset, whence);
-    return position < 0 ? failed(errno) : position;
+    constexpr int origins[] = {SEEK_SET, SEEK_CUR, SEEK_END};
+    if (origin < 0 || origin > 2) return failed(EINVAL), -1;
+    const off_t position = lseek(handle, offset, origins[origin]);
+    if (position < 0) failed(errno);
+    return position;
 }
 
 int64_t file_size(file_handle handle) {
-    struct stat status {};
-    return fstat(handle, &status) != 0 ? failed(errno) : status.st_size;
+    struct stat s;
+    if (fstat(handle, &s) != 0) return failed(errno), -1;
+    return s.st_size;
 }
 
-std::string last_file_error() { return std::strerror(last_error); }
+std::string last_file_error() {
+    if (last_error == error_none) return "No error";
+    if (last_error == error_not_regular) return "Not a regular file";
+    return std::generic_category().message(last_error);
+}
 
 bool atomic_write(const std::string &path, const void *bytes, size_t size) {
-    const std::string target = resolved(path);
-    struct stat old {};
-    const bool exists = stat(target.c_str(), &old) == 0;
-    if (exists && !S_ISREG(old.st_mode))
-        return failed(S_ISDIR(old.st_mode) ? EISDIR : EINVAL) != invalid_file;
-    // A file that may not be written is not to be replaced either.
-    if (exists && access(target.c_str(), W_OK) != 0) return failed(errno) != invalid_file;
-    const std::string temporary = target + ".kiv-new";
-    unlink(temporary.c_str()); // left by a copy that was killed
-    const int handle = open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666);
-    if (handle < 0) return failed(errno) != invalid_file;
-    bool ok = (!exists || fchmod(handle, old.st_mode & 07777) == 0) &&
-              write_all(handle, static_cast<const uint8_t *>(bytes), size) && fsync(handle) == 0;
-    int error = errno;
-    if (close(handle) != 0 && ok) {
-        ok = false;
-        error = errno;
+    std::string target = path;
+    if (!usable(path) || !follow_links(target)) return false;
+    const std::string folder = folder_of(target);
+    const std::string name = target.substr(folder.size());
+    if (name.empty()) return failed(path.empty() ? ENOENT : EISDIR);
+
+    struct stat old;
+    const bool exists = lstat(target.c_str(), &old) == 0;
+    if (exists && !is_regular(old)) return false;
+    // The rename asks only the folder; a file that was made read-only keeps its contents all the same.
+    if (exists && faccessat(AT_FDCWD, target.c_str(), W_OK, AT_EACCESS) != 0) return failed(errno);
+
+    // One fixed name, so that a save that was killed leaves at most one stray file, which the next removes.
+    const std::string temporary = folder + '.' + name.substr(0, 240) + ".kiv-save";
+    if (unlink(temporary.c_str()) != 0 && errno != ENOENT) return failed(errno);
+    const int handle = open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
+    if (handle < 0) return failed(errno);
+
+    bool good = write_all(handle, bytes, size);
+    if (good && exists) {
+        // The owner is kept where the host lets us (a settings file saved by root); changing it clears mode
+        // bits, so the mode comes second.
+        if (fchown(handle, old.st_uid, old.st_gid) != 0) errno = 0;
+        good = fchmod(handle, old.st_mode & 07777) == 0 || failed(errno);
     }
-    if (ok && rename(temporary.c_str(), target.c_str()) != 0) {
-        ok = false;
-        error = errno;
-    }
-    if (!ok) {
+    if (good) good = fsync(handle) == 0 || failed(errno);
+    if (close(handle) != 0 && good) good = failed(errno);
+    if (good) good = rename(temporary.c_str(), target.c_str()) == 0 || failed(errno);
+    if (!good) {
         unlink(temporary.c_str());
-        return failed(error) != invalid_file;
+        return false;
     }
-    sync_folder(folder_of(target));
+    sync_folder(folder);
     return true;
 }
 
 std::string current_directory() {
-    char *name = getcwd(nullptr, 0);
-    if (name == nullptr) {
-        last_error = errno;
-        return {};
-    }
-    std::string result = name;
-    std::free(name);
-    return result.compare(0, 1, "/") == 0 ? result : std::string{}; // "(unreachable)..." of a lost folder
+    std::error_code error;
+    const std::filesystem::path path = std::filesystem::current_path(error);
+    return error ? std::string() : path.string();
 }
 
 void *map_file(file_handle handle, size_t size) {
-    if (size == 0) {
-        last_error = EINVAL;
-        return nullptr;
-    }
+    if (size == 0) return failed(EINVAL), nullptr;
     void *view = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE, handle, 0);
-    if (view == MAP_FAILED) {
-        last_error = errno;
-        return nullptr;
-    }
+    if (view == MAP_FAILED) return failed(errno), nullptr;
     return view;
 }
 

@@ -1,9 +1,12 @@
-// A file as a stream: whole files of up to 4 GiB. The destructor closes, so every early return does.
+// A file as a stream: whole-buffer reads and writes that report their byte count, 32-bit positions, and a
+// close that can delete the file. The destructor closes, so every early return of a user closes the file.
+// Results are 1 for success and 0 for failure.
 #pragma once
 
 #include "platform/file.h"
 #include "support/kel_exception.h"
 #include "support/kel_stream.h"
+#include <optional>
 #include <string>
 
 class kel_fstream : public kel_stream {
@@ -17,25 +20,27 @@ class kel_fstream : public kel_stream {
     uint32_t tell() override;
     uint32_t size() override;
     int close() override;
-    // Creates a file that must not exist yet. 1, or 0 when it exists, cannot be made, or a file is open.
-    virtual int create_new(const char *path, int delete_on_close);
-    // Opens a regular file that must exist; read_only 0 opens for writing too. 1, or 0.
-    virtual int open(const char *path, int read_only, int delete_on_close);
-    // Adopts an open handle; with owns 0 it is never closed here. 0 when a file is open.
-    virtual int attach(platform::file_handle handle, int owns);
-    // Closes and deletes; 0 when the stream is closed or the path is not known (the file stays).
+
+    // A file that must not exist yet, for reading and writing; never replaces one. 0 also while open.
+    virtual int create_new(const std::string &file_name, int delete_when_closed);
+    // A file that must exist. 0 also while open; the first file then stays open.
+    virtual int open(const std::string &file_name, int read_only, int delete_when_closed);
+    // Adopts an open handle, which `close` closes only when it is owned. 0 while open.
+    virtual int attach(platform::file_handle open_handle, int owns);
+    // 1 when closed with the file asked to be deleted; 0 when closed already, and for an attached handle,
+    // which has no name: it is closed and the file stays.
     virtual int close_and_delete();
-    // Gives the handle up without closing it; invalid_file when the stream is closed.
+    // Gives the handle up without closing it; invalid while closed.
     virtual platform::file_handle detach();
     virtual void reset_fields();
     virtual ~kel_fstream();
 
   private:
-    bool is_open() const { return handle != platform::invalid_file; }
-    int opened(platform::file_handle result, const char *name, int delete_when_closed);
+    int opened(platform::file_handle new_handle, const std::string &file_name, int delete_when_closed);
+    uint32_t request_bytes(uint32_t element_size, uint32_t count, int32_t failure) const;
 
     platform::file_handle handle;
-    int owns_handle;
-    int delete_on_close;
-    std::string path; // empty unless the stream is open
+    int owns_handle;                 // 1: `close` closes the handle; 0: it belongs to someone else
+    int delete_on_close;             // 1: `close` deletes the file by its path
+    std::optional<std::string> path; // only while open, and only of a file opened by name
 };
