@@ -46,8 +46,10 @@ std::vector<uint8_t> encode_png(const uint8_t *pixels) {
 
 void write_png(const std::string &path, const uint8_t *pixels) {
     const std::vector<uint8_t> bytes = encode_png(pixels);
-    if (!platform::atomic_write(path, bytes.data(), bytes.size()))
-        throw run_failure(path + ": " + platform::last_file_error());
+    file_aside file;
+    file.open(path);
+    file.write(bytes.data(), bytes.size());
+    file.finish();
 }
 
 std::string numbered_name(const std::string &path, uint64_t frame) {
@@ -137,10 +139,14 @@ std::string text_screen() {
 void file_aside::fail() const { throw run_failure(target + ": " + platform::last_file_error()); }
 
 void file_aside::open(const std::string &path) {
-    target = path;
+    namespace fs = std::filesystem;
     std::error_code error;
-    if (std::filesystem::is_directory(path, error)) throw run_failure(path + ": Is a directory");
-    aside = path + ".part";
+    const fs::file_status status = fs::status(path, error); // of what a link leads to
+    if (fs::is_directory(status)) throw run_failure(path + ": Is a directory");
+    if (fs::exists(status) && !fs::is_regular_file(status)) throw run_failure(path + ": not a regular file");
+    const fs::path real = fs::is_symlink(path, error) ? fs::canonical(path, error) : fs::path(path);
+    target = real.empty() ? path : real.string();
+    aside = target + ".part";
     if (platform::file_exists(aside)) platform::delete_file(aside); // left by a run that was killed
     handle = platform::create_file(aside);
     if (handle < 0) fail();

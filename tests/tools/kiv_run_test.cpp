@@ -194,6 +194,7 @@ TEST_F(kiv_run, WhatFailsSaysWhyAndLeavesNothing) {
          },
          {"8801-4th.rom", "irectory"}},
         {"--frames 2 --png missing/f.png", nothing, {"missing/f.png", "No such file"}},
+        {"--frames 2 --png /dev/null", nothing, {"/dev/null", "not a regular file"}},
         {"--frames 2 --wav missing/f.wav", nothing, {"missing/f.wav", "No such file"}},
         {"--frames 2 --tape-out missing/f.cmt", nothing, {"missing/f.cmt", "No such file"}},
         {"--frames 2 --wav ok.wav --save-dump missing/d.kiv", nothing, {"missing/d.kiv", "No such file"}},
