@@ -1,32 +1,22 @@
 // The settings file: its defaults, its reading rules, and what is written back.
 #include "app/settings_file.h"
-#include "tests/common/test_rom.h"
+#include "tests/temporary_folder.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 namespace {
 
-namespace fs = std::filesystem;
-
 class settings_file : public testing::Test {
   protected:
-    void SetUp() override {
-        std::string name = (fs::temp_directory_path() / "kiv-settings-XXXXXX").string();
-        ASSERT_NE(mkdtemp(name.data()), nullptr);
-        folder = name;
-        path = (folder / "KIV.INI").string();
-    }
-    void TearDown() override { fs::remove_all(folder); }
-    fs::path folder;
-    std::string path;
+    temporary_folder folder;
+    const std::string path = folder / "KIV.INI";
 };
 
 TEST_F(settings_file, DefaultsAreWrittenInTheTablesOrder) {
-    write_bytes(path, {});
+    put_file(path, "");
     ASSERT_TRUE(write_settings_file(path, read_settings_file(path)));
-    std::string text = read_text(path);
+    std::string text = get_file(path);
     text.erase(std::remove(text.begin(), text.end(), '\r'), text.end());
     EXPECT_EQ(text, "[Default]\nz80_no_wait=0\ndma_gain=20\nhard_volume=-4\nsoft_volume=1\nuse_videomem=1\n"
                     "dma_load=100\nsync_vblank=0\ntenkeyless=1\nscreensize=0\ntxt_on_demand=0\ninterlace=0\n"
@@ -51,7 +41,7 @@ TEST_F(settings_file, ReadingRules) {
     for (const auto &c : cases) {
         const std::string key = setting_rules[c.setting].key;
         SCOPED_TRACE(key + "=" + c.in);
-        std::ofstream(path) << "[Default]\n" << key << "=" << c.in << "\n";
+        put_file(path, "[Default]\n" + key + "=" + c.in + "\n");
         setting_values expected = default_settings();
         expected[c.setting] = c.read;
         EXPECT_EQ(read_settings_file(path), expected);
@@ -59,17 +49,17 @@ TEST_F(settings_file, ReadingRules) {
         const std::string written = c.setting == setting_dma_gain && c.read < 0
                                         ? std::to_string(static_cast<unsigned>(c.read))
                                         : std::to_string(c.read);
-        EXPECT_NE(read_text(path).find(key + "=" + written), std::string::npos) << read_text(path);
+        EXPECT_NE(get_file(path).find(key + "=" + written), std::string::npos) << get_file(path);
     }
 }
 
 TEST_F(settings_file, OtherLinesAndSectionsSurviveAWrite) {
-    std::ofstream(path) << "; mine\n[Other]\ndma_gain=7\n[default]\nDMA_GAIN=21\nunknown=x\n";
+    put_file(path, "; mine\n[Other]\ndma_gain=7\n[default]\nDMA_GAIN=21\nunknown=x\n");
     setting_values v = read_settings_file(path);
     EXPECT_EQ(v[setting_dma_gain], 21);
     v[setting_dma_gain] = 22;
     ASSERT_TRUE(write_settings_file(path, v));
-    const std::string text = read_text(path);
+    const std::string text = get_file(path);
     for (const char *kept : {"; mine", "[Other]", "dma_gain=7", "unknown=x"})
         EXPECT_NE(text.find(kept), std::string::npos) << kept << " in\n" << text;
     EXPECT_EQ(read_settings_file(path), v);

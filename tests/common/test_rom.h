@@ -6,14 +6,12 @@
 //   8  the beeper on  9  the bytes "HI" to the cassette
 #pragma once
 
+#include "tests/temporary_folder.h"
 #include <cstdint>
-#include <filesystem>
-#include <fstream>
 #include <string>
-#include <vector>
 
-constexpr uint16_t test_rom_halt = 0x00D5;       // address of its HALT
-constexpr uint16_t test_rom_undefined = 0x00D6;  // address of its undefined instruction
+constexpr uint16_t test_rom_halt = 0x00D5;      // address of its HALT
+constexpr uint16_t test_rom_undefined = 0x00D6; // address of its undefined instruction
 
 // clang-format off
 constexpr uint8_t test_rom[] = {
@@ -159,24 +157,9 @@ constexpr uint8_t test_rom[] = {
 };
 // clang-format on
 
-inline void write_bytes(const std::filesystem::path &path, const std::vector<uint8_t> &bytes) {
-    std::ofstream(path, std::ios::binary)
-        .write(reinterpret_cast<const char *>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-}
-
 // The three ROM images: the firmware as Zun-BASIC, and nothing to run in the others.
-inline void write_test_roms(const std::filesystem::path &folder) {
-    write_bytes(folder / "8801-zun.rom", {std::begin(test_rom), std::end(test_rom)});
-    write_bytes(folder / "8801-kiv.rom", std::vector<uint8_t>(8192, 0x76));
-    write_bytes(folder / "8801-4th.rom", std::vector<uint8_t>(8192, 0x34));
-}
-
-inline std::vector<uint8_t> read_bytes(const std::filesystem::path &path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-inline std::string read_text(const std::filesystem::path &path) {
-    const std::vector<uint8_t> bytes = read_bytes(path);
-    return {bytes.begin(), bytes.end()};
+inline void write_test_roms(const std::string &folder) {
+    put_file(folder + "/8801-zun.rom", {std::begin(test_rom), std::end(test_rom)});
+    put_file(folder + "/8801-kiv.rom", std::string(8192, '\x76'));
+    put_file(folder + "/8801-4th.rom", std::string(8192, '\x34'));
 }

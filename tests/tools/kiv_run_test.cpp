@@ -20,25 +20,15 @@ struct outcome {
 
 class kiv_run : public testing::Test {
   protected:
-    void SetUp() override {
-        std::string name = (fs::temp_directory_path() / "kiv-run-XXXXXX").string();
-        ASSERT_NE(mkdtemp(name.data()), nullptr);
-        folder = name;
-        write_test_roms(folder);
-    }
-    void TearDown() override {
-        std::error_code ignored;
-        fs::permissions(folder, fs::perms::owner_all, ignored);
-        fs::remove_all(folder, ignored);
-    }
+    kiv_run() { write_test_roms(folder.path); }
 
     // Runs it in the folder; the arguments as a shell reads them.
     outcome run(const std::string &arguments) const {
         const std::string command =
-            "cd '" + folder.string() + "' && '" KIV_RUN "' " + arguments + " >out.txt 2>err.txt";
+            "cd '" + folder.path + "' && '" KIV_RUN "' " + arguments + " >out.txt 2>err.txt";
         const int status = std::system(command.c_str());
-        outcome o{WIFEXITED(status) ? WEXITSTATUS(status) : -status, read_text(folder / "out.txt"),
-                  read_text(folder / "err.txt")};
+        outcome o{WIFEXITED(status) ? WEXITSTATUS(status) : -status, get_file(folder / "out.txt"),
+                  get_file(folder / "err.txt")};
         // The machine's own diagnostics, which the CRT controller prints while it is set up.
         std::string own;
         for (size_t at = 0; at < o.err.size();) {
@@ -54,7 +44,7 @@ class kiv_run : public testing::Test {
     // Everything in the folder besides the ROMs and what the test itself redirected.
     std::vector<std::string> leftovers() const {
         std::vector<std::string> names;
-        for (const auto &entry : fs::directory_iterator(folder)) {
+        for (const auto &entry : fs::directory_iterator(folder.path)) {
             const std::string name = entry.path().filename().string();
             if (!name.ends_with(".rom") && name != "out.txt" && name != "err.txt") names.push_back(name);
         }
@@ -62,7 +52,7 @@ class kiv_run : public testing::Test {
         return names;
     }
 
-    fs::path folder;
+    temporary_folder folder;
 };
 
 std::string first_line(const std::string &text, int n = 0) {
@@ -89,11 +79,11 @@ TEST_F(kiv_run, FixedDateAndSeedGiveTheSameBytes) {
     ASSERT_EQ(a.code, 0) << a.err;
     EXPECT_EQ(a.out, b.out);
     for (const char *kind : {".png", ".wav", ".kiv"}) {
-        const auto bytes = read_bytes(folder / ("a" + std::string(kind)));
+        const std::string bytes = get_file(folder / ("a" + std::string(kind)));
         EXPECT_FALSE(bytes.empty()) << kind;
-        EXPECT_EQ(bytes, read_bytes(folder / ("b" + std::string(kind)))) << kind;
+        EXPECT_EQ(bytes, get_file(folder / ("b" + std::string(kind)))) << kind;
     }
-    EXPECT_EQ(read_bytes(folder / "a.kiv").size(), 32612u);
+    EXPECT_EQ(get_file(folder / "a.kiv").size(), 32612u);
 }
 
 TEST_F(kiv_run, PicturesAreNumberedAndShowTheScreen) {
@@ -124,10 +114,12 @@ TEST_F(kiv_run, PicturesAreNumberedAndShowTheScreen) {
 
 TEST_F(kiv_run, WavHoldsEveryWholeSlice) {
     ASSERT_EQ(run("--seconds 1 --type 8 --type-at 5 --wav s.wav").code, 0);
-    const std::vector<uint8_t> wav = read_bytes(folder / "s.wav");
+    const std::string wav = get_file(folder / "s.wav");
     ASSERT_GE(wav.size(), 44u);
     const auto u32 = [&wav](size_t at) {
-        return wav[at] | wav[at + 1] << 8 | wav[at + 2] << 16 | wav[at + 3] << 24;
+        int n;
+        std::memcpy(&n, wav.data() + at, sizeof n);
+        return n;
     };
     EXPECT_EQ(std::memcmp(wav.data(), "RIFF", 4), 0);
     EXPECT_EQ(u32(4), static_cast<int>(wav.size()) - 8);
@@ -138,7 +130,9 @@ TEST_F(kiv_run, WavHoldsEveryWholeSlice) {
     EXPECT_GE((wav.size() - 44) / 3840, 49u);
     // The beeper is a square wave of 20 samples up and 20 down.
     const auto sample = [&wav](size_t i) {
-        return static_cast<int16_t>(wav[44 + 2 * i] | wav[45 + 2 * i] << 8);
+        int16_t n;
+        std::memcpy(&n, wav.data() + 44 + 2 * i, sizeof n);
+        return n;
     };
     const size_t last = (wav.size() - 44) / 2 - 1;
     EXPECT_EQ(std::abs(sample(last)), 1000);
@@ -147,21 +141,22 @@ TEST_F(kiv_run, WavHoldsEveryWholeSlice) {
 
 TEST_F(kiv_run, DumpAndTapeGoOutAndIn) {
     ASSERT_EQ(run("--type xyz99 --save-dump d.kiv --tape-out t.cmt").code, 0);
-    EXPECT_EQ(read_text(folder / "t.cmt"), "HIHI");
+    EXPECT_EQ(get_file(folder / "t.cmt"), "HIHI");
     const outcome o = run("--load-dump d.kiv --tape t.cmt --type-at 10 --type w --text");
     EXPECT_EQ(o.code, 0) << o.err;
     EXPECT_EQ(first_line(o.out, 1), "xyzw");
 }
 
 TEST_F(kiv_run, SettingsReachTheMachine) {
-    std::ofstream(folder / "s.ini") << "[Default]\nhires_crt=0\nsoft_volume=3\n";
+    put_file(folder / "s.ini", "[Default]\nhires_crt=0\nsoft_volume=3\n");
     ASSERT_EQ(run("--seconds 0.5 --type 8 --type-at 2 --wav s.wav --settings s.ini --stats").code, 0);
-    const std::vector<uint8_t> wav = read_bytes(folder / "s.wav");
-    const auto peak = static_cast<int16_t>(wav[wav.size() - 2] | wav[wav.size() - 1] << 8);
+    const std::string wav = get_file(folder / "s.wav");
+    int16_t peak;
+    std::memcpy(&peak, wav.data() + wav.size() - 2, sizeof peak);
     EXPECT_EQ(std::abs(peak), 3000);
     // A 15 kHz monitor: 250 x 200 + 13994 T-states a frame, so 31 frames in half a second instead of 27.
-    EXPECT_NE(read_text(folder / "err.txt").find(" 31 frames"), std::string::npos)
-        << read_text(folder / "err.txt");
+    EXPECT_NE(get_file(folder / "err.txt").find(" 31 frames"), std::string::npos)
+        << get_file(folder / "err.txt");
 }
 
 TEST_F(kiv_run, AStoppedProcessorIsNamedAndShown) {
@@ -176,7 +171,7 @@ TEST_F(kiv_run, AStoppedProcessorIsNamedAndShown) {
 // One line that names what and why, exit code 1, and nothing left behind.
 TEST_F(kiv_run, WhatFailsSaysWhyAndLeavesNothing) {
     const auto rom = [this](const char *name, size_t size) {
-        return [this, name, size] { write_bytes(folder / name, std::vector<uint8_t>(size)); };
+        return [this, name, size] { put_file(folder / name, std::string(size, '\0')); };
     };
     const auto nothing = [] {};
     const struct {
@@ -224,7 +219,7 @@ TEST_F(kiv_run, WhatFailsSaysWhyAndLeavesNothing) {
         SCOPED_TRACE(c.arguments);
         std::error_code ignored;
         fs::remove_all(folder / "8801-4th.rom", ignored);
-        write_test_roms(folder);
+        write_test_roms(folder.path);
         c.before();
         const outcome o = run(c.arguments);
         EXPECT_EQ(o.code, 1);
