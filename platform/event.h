@@ -26,6 +26,8 @@ class event {
 
   private:
     struct shared_state;
+    static std::shared_ptr<shared_state> named_state(const std::string &name, bool make);
+
     std::shared_ptr<shared_state> state;
 };
 

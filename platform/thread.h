@@ -18,11 +18,13 @@ using thread_handle = std::shared_ptr<thread>;
 // Creates a thread that runs entry(argument). Null handle when the host has none to give.
 thread_handle create_thread(void (*entry)(void *), void *argument, bool suspended);
 
-// A number that names a thread within the process; never 0.
+// A number that names a thread within the process; never 0, and 0 for a null handle.
 uint32_t thread_id(const thread_handle &handle);
+uint32_t current_thread_id();
 
-// Suspend counts as the host keeps them: the count before the call. Suspending a thread that already runs
-// stops it at its next blocking point only when the host cannot do better; the normal run never does it.
+// Suspend counts: the count before the call, `suspend_failed` for a thread that has ended. A suspended thread
+// stops wherever it is, with whatever locks it holds; the normal run suspends a thread only before it starts.
+constexpr uint32_t suspend_failed = 0xFFFFFFFF;
 uint32_t suspend_thread(const thread_handle &handle);
 uint32_t resume_thread(const thread_handle &handle);
 
@@ -30,11 +32,27 @@ uint32_t resume_thread(const thread_handle &handle);
 int get_thread_priority(const thread_handle &handle);
 void set_thread_priority(const thread_handle &handle, int priority);
 
-// Waits for the thread's end, at most `milliseconds`. True: it has ended.
+// Waits for the thread's end, at most `milliseconds`. True: it has ended, and nothing of it runs any more. A
+// thread that waits for itself gets false at once.
 bool wait_thread(const thread_handle &handle, uint32_t milliseconds);
 
-// Ends the thread where it is, running none of its destructors. Only before the process ends anyway.
+// Ends the thread where it is, running none of the destructors of what it was doing, and waits a moment for
+// that; a thread that has not started never will. What it held stays held: only before the process ends
+// anyway. Does nothing for the calling thread.
 void terminate_thread(const thread_handle &handle);
+
+// While one lives, a forced end of the calling thread waits for its next blocking call, so that no lock of
+// the guarded code stays held and no list stays half linked.
+class forced_end_deferral {
+  public:
+    forced_end_deferral();
+    ~forced_end_deferral();
+    forced_end_deferral(const forced_end_deferral &) = delete;
+    forced_end_deferral &operator=(const forced_end_deferral &) = delete;
+
+  private:
+    int former_type;
+};
 
 // Posts to a thread's own queue; never blocks, keeps order. Does nothing for a thread that is gone.
 void post_thread_message(uint32_t thread_id, const message &m);
@@ -44,8 +62,9 @@ void post_thread_message(uint32_t thread_id, const message &m);
 message get_message();
 bool peek_message(uint32_t id, message &m);
 
-// Affinity masks: bit n is processor n. The process mask is 0 when the host does not say. Setting a mask
-// without an existing processor fails and changes nothing.
+// Affinity masks: bit n is processor n. The process mask is the one that the process was started with, 0 when
+// the host does not say; new threads start with it, whatever their creator is pinned to. Setting a mask
+// without a processor of it fails and changes nothing.
 uint64_t process_affinity();
 bool set_current_thread_affinity(uint64_t mask);
 

@@ -1,0 +1,126 @@
+#include "platform/clock.h"
+#include "platform/event.h"
+#include "support/kel_thread.h"
+#include <gtest/gtest.h>
+#include <memory>
+#include <thread>
+
+namespace {
+
+#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
+constexpr bool sanitized = true; // no sanitizer follows a forced end
+#else
+constexpr bool sanitized = false;
+#endif
+
+constexpr uint32_t quit = 0x401;
+
+// Runs until it is told to quit; counts what else it is sent.
+class worker : public kel_thread {
+  public:
+    ~worker() override {
+        post_message(quit, 0, 0);
+        stop();
+    }
+    void run() override {
+        for (platform::message m; (m = platform::get_message()).id != quit;) sum += m.wparam;
+    }
+    uint64_t sum = 0;
+};
+
+class brief_worker : public kel_thread {
+  public:
+    ~brief_worker() override { stop(); }
+    void run() override { runs++; }
+    std::atomic<int> runs{0};
+};
+
+class deaf_worker : public kel_thread {
+  public:
+    deaf_worker() { grace_ms = 50; }
+    void run() override { platform::event::create("").wait(platform::wait_forever); }
+};
+
+void expect_no_thread(kel_thread &t) {
+    EXPECT_EQ(t.is_running(), 0u);
+    EXPECT_FALSE(t.has_thread());
+    EXPECT_EQ(t.id(), 0u);
+}
+
+} // namespace
+
+TEST(ThreadBase, WithoutAThreadEverythingIsAnsweredAtOnce) {
+    brief_worker w;
+    expect_no_thread(w);
+    w.stop();
+    w.release_handle();
+    w.post_message(1, 2, 3);
+    w.set_priority(1);
+    EXPECT_EQ(w.get_priority(), 0);
+    EXPECT_EQ(w.suspend(), platform::suspend_failed);
+    EXPECT_EQ(w.resume_thread(), platform::suspend_failed);
+}
+
+TEST(ThreadBase, ASuspendedStartRunsNothingUntilItIsResumed) {
+    worker w;
+    ASSERT_EQ(w.create_thread(1), 1);
+    EXPECT_EQ(w.create_thread(0), 0) << "there is one already";
+    platform::sleep_ms(20);
+    EXPECT_EQ(w.is_running(), 0u);
+    EXPECT_TRUE(w.has_thread());
+    EXPECT_NE(w.id(), 0u);
+    EXPECT_EQ(w.resume_thread(), 1u);
+    for (uint64_t i = 1; i <= 100; i++) w.post_message(5, i, 0);
+    w.post_message(quit, 0, 0);
+    w.stop();
+    EXPECT_EQ(w.sum, 5050u);
+    expect_no_thread(w);
+}
+
+// The body's own end and a stop meet in every order; whoever comes second finds the handle released.
+TEST(ThreadBase, StartAndStopManyTimes) {
+    brief_worker w;
+    for (int i = 0; i < 200; i++) {
+        ASSERT_EQ(w.create_thread(i & 1), 1);
+        if (i & 1) w.resume_thread();
+        std::thread second([&] {
+            if (i % 3 == 0) w.stop();
+        });
+        if (i % 4 == 0) platform::sleep_ms(1);
+        w.stop();
+        second.join();
+        ASSERT_EQ(w.runs, i + 1);
+        expect_no_thread(w);
+    }
+    // The thread gives its handle up by itself and another follows.
+    for (int i = 0; i < 200; i++) {
+        ASSERT_EQ(w.create_thread(0), 1);
+        while (w.has_thread()) std::this_thread::yield();
+        expect_no_thread(w);
+    }
+    EXPECT_EQ(w.runs, 400);
+    // Destroyed while its thread is just ending.
+    for (int i = 0; i < 200; i++) {
+        auto brief = std::make_unique<brief_worker>();
+        ASSERT_EQ(brief->create_thread(0), 1);
+        if (i & 1) {
+            while (brief->has_thread()) std::this_thread::yield();
+        }
+    }
+}
+
+TEST(ThreadBase, ABodyThatDoesNotEndIsEndedByForceAfterTheGracePeriod) {
+    deaf_worker w;
+    ASSERT_EQ(w.create_thread(1), 1);
+    const uint32_t start = platform::millisecond_clock();
+    w.stop();
+    EXPECT_GE(platform::millisecond_clock() - start, 50u);
+    expect_no_thread(w);
+    if (sanitized) GTEST_SKIP() << "the forced end of a running thread is not for sanitizers";
+    for (int i = 0; i < 5; i++) {
+        ASSERT_EQ(w.create_thread(0), 1);
+        while (!w.is_running()) std::this_thread::yield();
+        w.stop();
+        expect_no_thread(w);
+    }
+}
