@@ -111,6 +111,10 @@ TEST(sound_slices, all_sources_at_once_stay_within_the_amplitude) {
         for (const int v : render(*slices)) peak = std::max(peak, std::abs(v));
         EXPECT_EQ(peak, std::min(std::abs(a), 32767)) << volume;
     }
+    auto slices = silent_slices(33); // the tones' amplitude is rounded down, also below zero
+    slices->setTone(1000, 0);
+    slices->advanceClock(slice);
+    EXPECT_EQ(render(*slices), square(48, 48, -9761));
 }
 
 // What a port write at a moment means for the samples, worked out from the list of all writes.
@@ -184,18 +188,22 @@ TEST(sound_slices, any_run_of_writes_gives_the_samples_of_its_timeline) {
 
 // A program can switch faster than banks hold, and nobody may have closed a slice for long.
 TEST(sound_slices, overrun_banks_drop_time_and_still_give_whole_slices) {
-    for (const int writer : {0, 1, 2}) {
+    for (const int variant : {0, 1, 2, 3, 4, 5}) {
+        const int writer = variant % 3;
+        const bool long_time = variant < 3; // than a slice holds
         auto slices = silent_slices();
         for (int n = 0; n < 12000; ++n) {
             if (writer == 0) n % 2 ? slices->beepOff() : slices->beepOn();
             if (writer == 1) slices->setTone(n % 2 ? 0 : 1000, 1);
             if (writer == 2) slices->muteTones();
-            slices->advanceClock(7 + n % 3);
+            slices->advanceClock(long_time ? 7 + n % 3 : 1);
+        }
+        for (uint32_t c = 0; c < sound_channels; ++c) {
+            const bool written = (c == 0) == (writer == 0);
+            EXPECT_EQ(slices->channel(c).banks[0].count, written ? bank_capacity : 0) << "writer " << writer;
         }
         slices->setTone(500, 0);
         slices->advanceClock(1000000);
-        for (uint32_t c = 0; c < sound_channels; ++c)
-            EXPECT_LE(slices->channel(c).banks[0].count, bank_capacity) << "writer " << writer;
         for (int n = 0; n < 40; ++n) {
             slices->renderSlice();
             slices->advanceClock(slice);
@@ -228,16 +236,34 @@ TEST(sound_slices, short_and_empty_slices_are_stretched_or_silent) {
 TEST(sound_slices, clearing_forgets_old_time_and_silences_all) {
     auto slices = silent_slices();
     slices->beepOn();
-    slices->setTone(1000, 2);
+    slices->setTone(701, 2);
     slices->advanceClock(3 * slice + 5);
     slices->renderSlice();
     slices->clearPCM();
     for (uint32_t c = 0; c < sound_channels; ++c) EXPECT_EQ(slices->pending(c), 0u);
+    slices->setTone(700, 0);
     slices->advanceClock(slice);
-    EXPECT_EQ(render(*slices), std::vector<int>(slice_samples, 0));
+    EXPECT_EQ(render(*slices), square(68, 69, 300)) << "beeper and old tone silent, the phase starts again";
+}
+
+// The sample counters start again every 104 seconds of beeper and 17 minutes of tones.
+TEST(sound_slices, phases_wrap_in_a_long_run) {
+    auto slices = silent_slices();
     slices->beepOn();
+    slices->setTone(700, 0);
+    const uint32_t last = tone_phase_wrap / slice_samples;
+    for (uint32_t n = 0; n < last; ++n) {
+        slices->advanceClock(slice);
+        slices->renderSlice();
+    }
     slices->advanceClock(slice);
-    EXPECT_EQ(render(*slices), square(20, 20, 1000)) << "the phase starts again";
+    const std::vector<int> got = render(*slices);
+    for (uint32_t i = 0; i < slice_samples; ++i) {
+        const uint32_t beeper = (last * slice_samples + i) % beeper_phase_wrap % 40;
+        const uint32_t tone = (last * slice_samples + i) % tone_phase_wrap % 137;
+        const int wanted = std::clamp((beeper < 20 ? 1000 : -1000) + (tone < 68 ? 300 : -300), -1000, 1000);
+        ASSERT_EQ(got[i], wanted) << "sample " << i;
+    }
 }
 
 } // namespace

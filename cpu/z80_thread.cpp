@@ -1,0 +1,261 @@
+#include "cpu/z80_thread.h"
+
+#include "app/kiv_assay.h"
+#include "display/kiv_directx.h"
+#include "machine/kiv_machine.h"
+#include "machine/machine_pass.h"
+#include "platform/clock.h"
+#include "platform/thread.h"
+#include "support/main_window.h"
+#include <chrono>
+#include <cmath>
+
+namespace {
+
+constexpr auto pause_limit = std::chrono::milliseconds(5000);
+constexpr uint32_t passes_between_looks = 256;
+constexpr double shortest_sleep = 0.001;   // seconds; less is spun away
+constexpr double early_wake = 0.0005;      // what a sleep may be late
+constexpr uint32_t longest_sleep_ms = 20;  // so that a pause does not wait for a long slice's end
+constexpr double timer_units = 10'000'000; // of a second
+constexpr uint64_t second_processor = 2, first_processor = 1;
+
+bool try_pin(uint64_t mask) {
+    const bool pinned = platform::set_current_thread_affinity(mask);
+    trace(pinned ? "Z80 Thread固定(%d)成功" : "Z80 Thread固定(%d)失敗", static_cast<int>(mask));
+    return pinned;
+}
+
+} // namespace
+
+// Real time of the run, in ticks of the performance counter. Rate and clock are read once.
+struct z80_thread::slice_clock {
+    double ticks_per_second = static_cast<double>(platform::performance_frequency());
+    double clock_hz = machine.clock_hz != 0 ? machine.clock_hz : default_clock_hz;
+    int64_t slice_start = platform::performance_counter();
+};
+
+z80_thread::z80_thread() = default;
+
+z80_thread::~z80_thread() {
+    trace("ENTER ~z80_thread");
+    stop();
+    if (render != nullptr) {
+        render->post_message(render_quit, 0, 0);
+        render->stop();
+        render.reset();
+    }
+    sync_event.close();
+    ack_event.close();
+    pace_timer.close();
+    trace("LEAVE ~z80_thread");
+}
+
+int z80_thread::init() {
+    sync_event = platform::event::open("SYNC");
+    ack_event = platform::event::open("ACK");
+    render = std::make_unique<kiv_render>(*this);
+    pace_timer = platform::waitable_timer::create();
+    if (pace_timer) return 1;
+    trace("Z80 WaitTimer作成失敗");
+    return 0;
+}
+
+// ---- park, resume and stop ----------------------------------------------------------------------------
+
+int z80_thread::create_thread(int create_suspended) {
+    if (has_thread()) return 0;
+    {
+        const std::lock_guard lock(park_mutex);
+        control = control_run;
+        released = false;
+        body = create_suspended != 0 ? body_state::created : body_state::starting;
+    }
+    if (kel_thread::create_thread(create_suspended) != 0) return 1;
+    const std::lock_guard lock(park_mutex);
+    body = body_state::none;
+    return 0;
+}
+
+uint32_t z80_thread::resume_thread() {
+    {
+        const std::lock_guard lock(park_mutex);
+        if (body == body_state::created) body = body_state::starting;
+    }
+    return kel_thread::resume_thread();
+}
+
+void z80_thread::stop() {
+    bool never_started = false;
+    {
+        const std::lock_guard lock(park_mutex);
+        never_started = body == body_state::created;
+        if (body != body_state::none && body != body_state::ended) control = control_stop;
+        released = true;
+        park_changed.notify_all();
+    }
+    if (never_started) resume_thread();
+    kel_thread::stop();
+    // A thread that had to be killed may have taken the mutex with it; then there is nothing left to say.
+    if (const std::unique_lock lock(park_mutex, std::try_to_lock); lock && body != body_state::none)
+        body = body_state::ended;
+}
+
+int z80_thread::pause() {
+    {
+        std::unique_lock lock(park_mutex);
+        if (body == body_state::none || body == body_state::created || body == body_state::ended) return 0;
+        sync_event.reset();
+        ack_event.reset();
+        const bool ending = control == control_stop && (body != body_state::parked || released);
+        if (!ending) released = false; // also a release that the loop has not yet seen
+        if (body == body_state::parked && !ending) {
+            ack_event.signal();
+            return 1;
+        }
+        if (!ending) control = control_pause;
+        park_changed.notify_all(); // the start delay looks only when it is woken
+        const uint64_t parks_before = parks;
+        park_changed.wait_for(lock, pause_limit,
+                              [&] { return parks != parks_before || body == body_state::ended; });
+        if (parks != parks_before) return 1;
+        if (body == body_state::ended) return 0;
+    }
+    stop();
+    return 0;
+}
+
+void z80_thread::resume_run() {
+    const std::lock_guard lock(park_mutex);
+    // A park that was requested and has not begun is over as soon as it has been acknowledged.
+    if (body == body_state::parked || control == control_pause) released = true;
+    sync_event.signal();
+    park_changed.notify_all();
+}
+
+void z80_thread::request_stop() {
+    const std::lock_guard lock(park_mutex);
+    control = control_stop;
+    park_changed.notify_all();
+}
+
+// On the CPU thread, `control` being something else than run. False: the thread is to end.
+bool z80_thread::answer_request() {
+    std::unique_lock lock(park_mutex);
+    if (control == control_pause) return park(lock);
+    return control != control_stop;
+}
+
+// Acknowledges and waits for the release. False: the thread is to end.
+bool z80_thread::park(std::unique_lock<std::mutex> &lock) {
+    control = control_run;
+    body = body_state::parked;
+    suspended = 1;
+    ++parks;
+    ack_event.signal();
+    park_changed.notify_all();
+    park_changed.wait(lock, [&] { return released; });
+    released = false;
+    if (control == control_stop) return false;
+    body = body_state::running;
+    suspended = 0;
+    return true;
+}
+
+// Lets the start of the program settle; a pause or a stop is answered meanwhile.
+bool z80_thread::start_delay() {
+    const auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(start_delay_ms);
+    std::unique_lock lock(park_mutex);
+    while (park_changed.wait_until(lock, until, [&] { return control != control_run; }))
+        if (control == control_stop || !park(lock)) return false;
+    return true;
+}
+
+// ---- the run ------------------------------------------------------------------------------------------
+
+void z80_thread::run() {
+    {
+        const std::lock_guard lock(park_mutex);
+        body = body_state::running;
+        suspended = 0;
+    }
+    run_machine();
+    const std::lock_guard lock(park_mutex);
+    body = body_state::ended;
+    park_changed.notify_all(); // a pause that came too late is answered, too
+}
+
+void z80_thread::run_machine() {
+    if (!render->is_running()) render->create_thread(0);
+    if (!try_pin(platform::process_affinity() & second_processor ? second_processor : first_processor))
+        try_pin(first_processor);
+    slice_clock clock;
+    if (!start_delay()) return;
+    kiv_directx *const directx = kiv_directx::instance();
+    if (directx != nullptr) directx->play();
+    clock.slice_start = platform::performance_counter();
+    uint64_t slice_cycles = 0;
+    for (uint32_t iteration = 0;; ++iteration) {
+        if (iteration % passes_between_looks == 0 && control.load(std::memory_order_relaxed) != control_run) {
+            if (!answer_request()) return;
+            // The clock goes on from where it was: the first slice after a pause is not waited for.
+            slice_cycles = 0;
+        }
+        const pass_outcome outcome = machine_pass(iteration, no_wait == 0);
+        if (outcome == pass_outcome::stopped) break;
+        if (outcome == pass_outcome::frame) render->post_message(render_frame, 0, 0);
+        const uint32_t charged = main_cpu.step_cycles;
+        elapsed_cycles += charged;
+        slice_cycles += charged;
+        if (slice_cycles < machine.cycles_per_slice) continue;
+        wait_for_slice_end(clock, slice_cycles);
+        if (directx != nullptr) directx->tickPCM();
+        cassette_flush_output();
+        slice_cycles = 0;
+    }
+    trace("Z80: HALT スレッド退出");
+    cassette_flush_output();
+    if (the_main_window != nullptr)
+        the_main_window->post(z80_abort_message, main_cpu.trace_pc, main_cpu.stop_reason);
+}
+
+// Sleeps, and spins the last of it, until the slice has taken its time. A host that is too slow does not make
+// up for it later: the next slice is measured from here.
+void z80_thread::wait_for_slice_end(slice_clock &clock, uint64_t cycles) {
+    const auto target = static_cast<int64_t>(
+        std::ceil(static_cast<double>(cycles) * clock.ticks_per_second / clock.clock_hz));
+    int64_t now = platform::performance_counter();
+    while (now - clock.slice_start < target) {
+        const double remaining =
+            static_cast<double>(target - (now - clock.slice_start)) / clock.ticks_per_second;
+        if (remaining >= shortest_sleep &&
+            pace_timer.arm(static_cast<int64_t>((remaining - early_wake) * timer_units)))
+            pace_timer.wait(longest_sleep_ms);
+        now = platform::performance_counter();
+    }
+    clock.slice_start = now;
+}
+
+// ---- what others ask ----------------------------------------------------------------------------------
+
+void z80_thread::reset_cpu() { main_cpu.z80_reset(main_cpu); }
+
+void z80_thread::set_pc_sp(uint16_t pc, uint16_t sp) {
+    main_cpu.PC = pc;
+    main_cpu.SP = sp;
+}
+
+uint16_t z80_thread::get_register(int index) { return z80_register(main_cpu, index); }
+
+uint32_t z80_thread::take_elapsed_cycles() {
+    const uint64_t elapsed = elapsed_cycles;
+    const uint64_t since = elapsed - elapsed_taken;
+    elapsed_taken = elapsed;
+    return static_cast<uint32_t>(since);
+}
+
+uint32_t z80_thread::is_suspended() const { return suspended; }
+uint32_t z80_thread::get_no_wait() const { return no_wait; }
+void z80_thread::set_no_wait(uint32_t value) { no_wait = value; }
+uint32_t z80_thread::get_dma_gain() const { return dma_gain; }
+void z80_thread::set_dma_gain(uint32_t value) { dma_gain = value; }

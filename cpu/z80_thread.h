@@ -1,0 +1,83 @@
+// The CPU thread: runs the whole machine against real time, slice by slice, and parks on request so that the
+// window thread may touch the machine.
+//
+// The window thread may change the machine, the CPU and the CPU's registers only between a `pause` that
+// returned 1 and the next `resume_run`.
+#pragma once
+
+#include "display/kiv_render.h"
+#include "platform/event.h"
+#include "platform/timer.h"
+#include "support/kel_thread.h"
+#include "support/shared.h"
+#include <atomic>
+#include <condition_variable>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+
+// To the main window when the CPU has stopped: wparam the instruction's address, lparam the z80_stop_reason.
+constexpr uint32_t z80_abort_message = 0x402;
+
+class z80_thread : public kel_thread, public emulated_clock {
+  public:
+    z80_thread();
+    ~z80_thread() override; // ends both threads
+    int create_thread(int suspended) override;
+    // Asks the thread to end and waits for it; also when it is parked or has never been resumed.
+    void stop() override;
+    uint32_t resume_thread() override;
+    void run() override;
+
+    // Opens the events "SYNC" and "ACK", makes the render thread's object and the pacing timer. 1 or 0.
+    virtual int init();
+    // Window thread: 1 when the loop is parked between two passes, 0 when no thread runs.
+    virtual int pause();
+    virtual void resume_run();
+    virtual void reset_cpu();                         // parked only
+    virtual void request_stop();                      // the thread ends at its next look, or at its release
+    virtual void set_pc_sp(uint16_t pc, uint16_t sp); // parked only
+    virtual uint16_t get_register(int index);         // z80_register_index
+    // Render thread: T-states charged since the last call, waits and DMA included.
+    uint32_t take_elapsed_cycles() override;
+    virtual uint32_t is_suspended() const;
+    virtual uint32_t get_no_wait() const;
+    virtual void set_no_wait(uint32_t value);
+    virtual uint32_t get_dma_gain() const;
+    virtual void set_dma_gain(uint32_t value); // stored only
+
+  protected:
+    uint32_t start_delay_ms = 1000; // from the thread's start to the first instruction
+
+  private:
+    enum control_word : uint32_t { control_run = 0, control_pause = 1, control_stop = 2 };
+    enum class body_state { none, created, starting, running, parked, ended };
+    struct slice_clock;
+
+    void run_machine();
+    bool start_delay();
+    bool answer_request();
+    bool park(std::unique_lock<std::mutex> &lock);
+    void wait_for_slice_end(slice_clock &clock, uint64_t cycles);
+
+    // The park protocol: request, acknowledgement and release under one mutex. `control` is also looked at
+    // without it, so that a pass costs no lock.
+    //
+    // Two events and a word are not enough: a pause right after a resume would take the release back before
+    // the parked loop has seen it, and both would wait for each other.
+    std::mutex park_mutex;
+    std::condition_variable park_changed;
+    std::atomic<uint32_t> control{control_run};
+    body_state body = body_state::none;
+    bool released = false;                 // the park in progress, or the one requested, is over
+    uint64_t parks = 0;                    // acknowledgements
+    platform::event sync_event, ack_event; // signalled for whoever looks
+
+    platform::waitable_timer pace_timer;
+    shared<uint64_t> elapsed_cycles{0}; // T-states charged in all; the CPU thread adds
+    uint64_t elapsed_taken = 0;         // of these, what the render thread has taken
+    shared<uint32_t> suspended{0};
+    shared<uint32_t> no_wait{0};
+    shared<uint32_t> dma_gain{20};
+    std::unique_ptr<kiv_render> render;
+};

@@ -1,0 +1,373 @@
+// The picture half of kiv_directx: display set-up, the off-screen surface, the copy to the screen.
+#include "display/kiv_directx.h"
+
+#include "app/kiv_assay.h"
+#include "display/frame_composer.h"
+#include "display/kiv_render.h"
+#include "display/overlay_font.h"
+#include "platform/clock.h"
+#include "support/main_window.h"
+#include <algorithm>
+#include <cstdio>
+
+namespace {
+
+using platform::display_result;
+
+struct mode_size {
+    int width, height;
+};
+constexpr mode_size full_screen_modes[] = {{640, 400}, {640, 480}, {720, 480}, {800, 480}, {800, 600}};
+constexpr mode_size only_mode[] = {{720, 480}};
+constexpr int full_screen_depths[] = {8, 32};
+constexpr int window_depth = 8; // not used in a window: the desktop's depth stays
+
+enum overlay : int32_t {
+    overlay_erase = -1, // the line is wiped from the next frame, then overlay_off
+    overlay_off = 0,
+    overlay_on = 1,
+};
+// In full screen the line may lie in the margin, which the composer never redraws.
+constexpr int overlay_erase_width = 340, overlay_erase_height = 20;
+
+// A surface that stays busy, or is lost again as soon as it is restored, costs this frame only.
+constexpr int busy_tries = 20; // a millisecond each
+constexpr int restore_tries = 3;
+
+// The object that frames are drawn by. Held while a frame is drawn, so that it does not go away meanwhile.
+std::mutex presenter_mutex;
+std::atomic<kiv_directx *> presenter{nullptr};
+
+} // namespace
+
+kiv_directx::kiv_directx(platform::host &h) : host(h) { presenter = this; }
+
+kiv_directx::~kiv_directx() {
+    {
+        const std::lock_guard lock(presenter_mutex);
+        presenter = nullptr;
+    }
+    release();
+}
+
+kiv_directx *kiv_directx::instance() { return presenter; }
+
+uint32_t kiv_directx::present_frame() {
+    const std::lock_guard lock(presenter_mutex);
+    kiv_directx *const directx = presenter;
+    return directx == nullptr ? 0 : directx->frame();
+}
+
+int kiv_directx::init(platform::host_window &main, uint32_t videomem) {
+    window = &main;
+    use_videomem = videomem;
+    bool started;
+    {
+        const std::lock_guard lock(surfaces_mutex);
+        started = video_start();
+    }
+    if (started && sound_start()) return 1;
+    release();
+    return 0;
+}
+
+void kiv_directx::release() {
+    {
+        const std::lock_guard lock(surfaces_mutex);
+        video_release();
+    }
+    sound_release();
+}
+
+int kiv_directx::toggle_screen() {
+    const std::lock_guard lock(surfaces_mutex);
+    video_release();
+    full_screen = full_screen == 0;
+    return video_start();
+}
+
+void kiv_directx::restore_surfaces() {
+    const std::lock_guard lock(surfaces_mutex);
+    for (platform::surface *surface : {primary.get(), offscreen.get()}) {
+        if (surface == nullptr) continue;
+        if (!surface->restore()) trace("DirectX: restore_surfaces() Failed");
+        surface->fill({0, 0, width, height}, 0);
+    }
+}
+
+// ---- set-up and release; surfaces_mutex is held -------------------------------------------------------
+
+bool kiv_directx::video_start() {
+    const bool set_up =
+        full_screen != 0 ? video_start_full_screen() : directdraw_setup(640, 400, window_depth);
+    if (set_up && create_surfaces() && create_palette()) return true;
+    video_release();
+    return false;
+}
+
+// The smallest mode that the display takes, 8 bits before 32.
+bool kiv_directx::video_start_full_screen() {
+    for (const int depth : full_screen_depths) {
+        if (screensize == 1) {
+            for (const mode_size &m : only_mode)
+                if (directdraw_setup(m.width, m.height, depth)) return true;
+        } else {
+            for (const mode_size &m : full_screen_modes)
+                if (directdraw_setup(m.width, m.height, depth)) return true;
+        }
+    }
+    return false;
+}
+
+bool kiv_directx::directdraw_setup(int mode_width, int mode_height, int depth) {
+    platform::display &display = host.get_display();
+    if (!display.open()) {
+        trace("DirectX: DirectDrawCreate Failed");
+        return false;
+    }
+    display_open = true;
+    const auto give_up = [&] {
+        display.close();
+        display_open = false;
+        return false;
+    };
+    if (full_screen != 0) {
+        trace("DirectX:  Full Screen Mode start");
+        if (the_main_window != nullptr) the_main_window->set_full_screen_style(mode_width, mode_height);
+    } else {
+        trace("DirectX:  Window Mode start");
+        if (the_main_window != nullptr) the_main_window->set_window_style(mode_width, mode_height);
+        on_move();
+    }
+    if (!display.set_cooperative_level(*window, full_screen != 0)) {
+        trace("DirectX: dd->SetCooperativeLevel Failed");
+        return give_up();
+    }
+    if (full_screen != 0) {
+        const bool set = display.set_mode(mode_width, mode_height, depth);
+        trace("DirectX: dd->SetDisplayMode(Width=%d, Height=%d, Depth=%d) %s", mode_width, mode_height, depth,
+              set ? "Succeeded" : "Failed");
+        if (!set) return give_up();
+    }
+    if (!display.get_caps()) {
+        trace("DirectX:  dd->RestoreDisplayMode");
+        display.restore_mode();
+        return give_up();
+    }
+    width = mode_width;
+    height = mode_height;
+    return true;
+}
+
+bool kiv_directx::create_surfaces() {
+    const bool created = full_screen != 0 ? create_surfaces_full_screen() : create_surfaces_window();
+    if (created && describe_offscreen()) return true;
+    release_surfaces();
+    return false;
+}
+
+bool kiv_directx::create_surfaces_full_screen() {
+    platform::display &display = host.get_display();
+    primary = display.create_primary(true);
+    if (primary == nullptr) {
+        trace("DirectX:  dd->CreateSurface(Primary [Full Screen Mode]) Failed");
+        return false;
+    }
+    offscreen = display.create_offscreen(width, height, platform::surface_memory::video);
+    if (offscreen == nullptr) trace("DirectX:  dd->CreateSurface(Off-screen [Full Screen Mode]) Failed");
+    return offscreen != nullptr;
+}
+
+bool kiv_directx::create_surfaces_window() {
+    platform::display &display = host.get_display();
+    primary = display.create_primary(false);
+    if (primary == nullptr) {
+        trace("DirectX:  dd->CreateSurface(Primary) Failed");
+        return false;
+    }
+    offscreen = display.create_offscreen(width, height, platform::surface_memory::video);
+    if (offscreen == nullptr)
+        offscreen = display.create_offscreen(width, height, platform::surface_memory::system);
+    if (offscreen == nullptr) {
+        trace("DirectX:  dd->CreateSurface(Off-screen) Failed");
+        return false;
+    }
+    if (!display.create_clipper()) {
+        trace("DirectX: dd->CreateClipper Failed");
+        return false;
+    }
+    // The host makes one step of giving the clipper its window and the surface its clipper.
+    if (!primary->set_clip_window(*window)) {
+        trace("DirectX: dds1->SetClipper Failed");
+        return false;
+    }
+    return true;
+}
+
+bool kiv_directx::describe_offscreen() {
+    platform::surface_desc desc{};
+    if (!offscreen->describe(desc)) {
+        trace("DirectX:  dds->GetSurfaceDesc(Off-screen) Failed");
+        return false;
+    }
+    if (desc.format.indexed8) {
+        trace("DirectX:  Surface pixcel format = 8-bit color indexed palette");
+        palette_mode = 1;
+        pixel_format = pixels_indexed8;
+    } else {
+        palette_mode = 0;
+        pixel_format = pixels_rgb32;
+        if (!desc.format.rgb) {
+            trace("DirectX:  Surface does not support RGB pixcel format!");
+            return false;
+        }
+        trace("DirectX:  Surface pixcel format = RGB");
+    }
+    if (desc.width < frame_width || desc.height < frame_height) { // the renderers write the whole picture
+        trace("DirectX:  Off-screen surface of %d x %d is too small", desc.width, desc.height);
+        return false;
+    }
+    width = desc.width;
+    height = desc.height;
+    const int bytes_per_pixel = pixel_format == pixels_indexed8 ? 1 : 4;
+    set_frame_geometry(width, height, static_cast<uint32_t>(desc.pitch / bytes_per_pixel));
+    on_move();
+    trace("DirectX: Surface desc lpitch = %d, height = %d, pixcel format = %d", desc.pitch, desc.height,
+          static_cast<int>(desc.format.flags));
+    return true;
+}
+
+bool kiv_directx::create_palette() {
+    if (palette_mode != 1) return true;
+    palette_made = host.get_display().create_palette();
+    if (!palette_made) return false;
+    primary->set_palette(host_palette.data());
+    return true;
+}
+
+void kiv_directx::release_surfaces() {
+    for (auto *surface : {&offscreen, &primary}) {
+        if (*surface == nullptr) continue;
+        (*surface)->unlock();
+        surface->reset();
+    }
+}
+
+void kiv_directx::video_release() {
+    palette_made = false;
+    release_surfaces();
+    if (!display_open) return;
+    host.get_display().restore_mode();
+    host.get_display().close();
+    display_open = false;
+}
+
+void kiv_directx::on_move() {
+    if (window != nullptr) destination = window->client_origin();
+}
+
+// ---- frames -------------------------------------------------------------------------------------------
+
+uint32_t kiv_directx::realizer() {
+    const std::lock_guard lock(surfaces_mutex);
+    return compose_locked();
+}
+
+uint32_t kiv_directx::frame() {
+    const std::lock_guard lock(surfaces_mutex);
+    const uint32_t rows = compose_locked();
+    if (primary == nullptr || !wait_vblank()) return 0;
+    return copy_to_screen() ? rows : 0;
+}
+
+int kiv_directx::wait_vblank() { return sync_vblank == 0 || host.get_display().wait_vertical_blank(true); }
+
+int kiv_directx::wait_vblank_end() { return host.get_display().wait_vertical_blank(false); }
+
+// The off-screen surface's first pixel; restored first when it was lost while this window is in front.
+bool kiv_directx::lock_offscreen(void *&pixels) {
+    int pitch = 0;
+    for (int busy = 0, restored = 0; busy < busy_tries && restored < restore_tries;) {
+        switch (offscreen->lock(pixels, pitch)) {
+        case display_result::ok: return true;
+        case display_result::still_busy:
+            trace("DirectX: realizer() still drawing");
+            platform::sleep_ms(1);
+            ++busy;
+            break;
+        case display_result::lost:
+            trace("DirectX: realizer() surface lost");
+            if (!window->is_foreground()) return false;
+            if (!offscreen->restore()) {
+                trace("DirectX: realizer() surface restore Failed");
+                return false;
+            }
+            ++restored;
+            break;
+        case display_result::failed: return false;
+        }
+    }
+    return false;
+}
+
+uint32_t kiv_directx::compose_locked() {
+    void *pixels = nullptr;
+    if (offscreen == nullptr || !lock_offscreen(pixels)) return 0;
+    geometry.frame_pixels = pixels;
+    const uint32_t rows = compose_frame(pixel_format);
+    draw_overlay(pixels);
+    offscreen->unlock();
+    return rows;
+}
+
+void kiv_directx::draw_overlay(void *pixels) {
+    const overlay_surface surface{pixels, static_cast<int>(geometry.frame_pitch), width, height,
+                                  pixel_format == pixels_indexed8};
+    int32_t mode = overlay_mode;
+    if (mode == overlay_off) return;
+    if (mode == overlay_on) {
+        char line[128];
+        std::snprintf(line, sizeof line, "SYS/CPU=%.3f/%.3f(MHz),FPS=%d,LPF=%.1f", stat_sys_mhz.load(),
+                      stat_cpu_mhz.load(), stat_fps.load(), stat_lpf.load());
+        overlay_text(surface, line);
+        return;
+    }
+    overlay_blacken(surface, overlay_erase_width, overlay_erase_height);
+    // Unless it was toggled again meanwhile.
+    overlay_mode.compare_exchange_strong(mode, overlay_off);
+}
+
+bool kiv_directx::copy_to_screen() {
+    const platform::rectangle area{0, 0, width, height};
+    const bool full = full_screen != 0;
+    for (int restored = 0; restored < restore_tries; ++restored) {
+        const platform::point at = destination;
+        const platform::rectangle to{at.x, at.y, at.x + width, at.y + height};
+        const display_result result = primary->copy_from(*offscreen, area, to, full);
+        if (result == display_result::ok) return true;
+        if (result != display_result::lost) return false;
+        trace("DirectX: Surface Lost %s", full ? "[FullScreen]" : "[WindowMode]");
+        if (!window->is_foreground()) {
+            trace("DirectX: transfer Failed");
+            return false;
+        }
+        if (!primary->restore()) {
+            trace("DirectX: dds1->Restore Failed");
+            return false;
+        }
+    }
+    return false;
+}
+
+void kiv_directx::toggle_status() { overlay_mode = overlay_mode == overlay_off ? overlay_on : overlay_erase; }
+
+uint32_t kiv_directx::get_sync_vblank() const { return sync_vblank; }
+void kiv_directx::set_sync_vblank(uint32_t on) { sync_vblank = on; }
+uint32_t kiv_directx::is_full_screen() const { return full_screen; }
+void kiv_directx::set_full_screen(uint32_t on) { full_screen = on; }
+uint16_t kiv_directx::get_screensize() const { return screensize; }
+void kiv_directx::set_screensize(uint16_t only_720x480) { screensize = only_720x480; }
+uint32_t kiv_directx::get_palette_mode() const { return palette_mode; }
+void kiv_directx::set_palette_mode(uint32_t mode) { palette_mode = mode; }
+uint32_t kiv_directx::get_txt_on_demand() const { return txt_on_demand; }
+void kiv_directx::set_txt_on_demand(uint32_t value) { txt_on_demand = value; }

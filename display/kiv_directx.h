@@ -1,0 +1,143 @@
+// What a person sees and hears of the machine: the composed frame on the host's screen, in a window or full
+// screen, with the speed line, and the rendered slices in the host's looping sound buffer. One class in two
+// files: the picture in display/kiv_directx.cpp, the sound in sound/kiv_directx.cpp.
+//
+// There is one object in the program; it announces itself, so that the render thread, the CPU thread and the
+// machine's sound slots find it. Each operation names its thread; without a word it is the window thread.
+#pragma once
+
+#include "machine/host_callbacks.h"
+#include "platform/host.h"
+#include "sound/sound_slices.h"
+#include "support/shared.h"
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+
+// The streaming buffer: two halves of one slice each.
+constexpr uint32_t stream_half_bytes = slice_bytes;
+constexpr uint32_t stream_bytes = 2 * stream_half_bytes;
+
+class kiv_directx {
+  public:
+    explicit kiv_directx(platform::host &host);
+    // Only after the CPU thread has ended. The render thread may still run; it gets no more frames drawn.
+    virtual ~kiv_directx();
+    kiv_directx(const kiv_directx &) = delete;
+    kiv_directx &operator=(const kiv_directx &) = delete;
+
+    // Display and sound set up; 1, or 0 and everything released. After machine_init.
+    virtual int init(platform::host_window &window, uint32_t use_videomem);
+    // Between window and full screen: releases the display and sets it up again. 0: it is released.
+    virtual int toggle_screen();
+    virtual void release();
+    virtual void restore_surfaces();
+    // Render thread: composes one frame into the off-screen surface. The text rows drawn, 25 or 0.
+    virtual uint32_t realizer();
+    // Render thread: realizer, then the copy to the screen. 0 also when the frame did not reach the screen.
+    virtual uint32_t frame();
+    // Render thread. 0: the host could not wait.
+    virtual int wait_vblank(); // only where the setting asks for it, else 1 at once
+    virtual int wait_vblank_end();
+
+    // CPU thread, or the window thread while that is parked.
+    virtual void beepOn();
+    virtual void beepOff();
+    virtual void setTone(uint32_t frequency, uint32_t tone);
+    virtual void muteTones();
+    virtual void clearPCM();
+    virtual void advanceClock(uint64_t cycles);
+    // Window or CPU thread: the streaming buffer runs or stands.
+    virtual void play();
+    virtual void stop();
+    virtual void reset_cpu_clk();
+
+    // The client area has moved: where window mode copies to. From within set_window_style, too.
+    virtual void on_move();
+
+    // CPU thread: closes the slice, renders it and hands it to the streaming buffer.
+    virtual void tickPCM();
+    // Decibels. What is read is one above what was set, as devices report it.
+    virtual int32_t getHardVolume() const;
+    virtual void setHardVolume(int32_t decibels);
+    virtual int32_t getSoftVolume() const;
+    virtual void setSoftVolume(int32_t n);
+
+    virtual uint32_t get_sync_vblank() const;
+    virtual void set_sync_vblank(uint32_t on);
+    virtual uint32_t isSoundOff() const;
+    virtual void setSoundOff(uint32_t off);
+    virtual void toggleSound();
+    virtual void toggle_status(); // the speed line
+    virtual uint32_t is_full_screen() const;
+    virtual void set_full_screen(uint32_t on);
+    virtual uint16_t get_screensize() const;
+    virtual void set_screensize(uint16_t only_720x480);
+    virtual uint32_t get_palette_mode() const;
+    virtual void set_palette_mode(uint32_t mode);
+    virtual uint32_t get_txt_on_demand() const;
+    virtual void set_txt_on_demand(uint32_t value); // stored only
+
+    // CPU thread: the steps of tickPCM.
+    virtual void appendPCMTick(uint32_t channel, uint32_t level, uint32_t param);
+    virtual void advanceTick(uint32_t channel, uint64_t cycles);
+    virtual slice_source closeBanks();
+    virtual const int16_t *makePCM(slice_source source);
+    virtual void makeNormalPCM(slice_source source);
+    virtual void transferPCM(const int16_t *samples); // one slice
+
+    // The object, or null. Not for the render thread, which may outlive it.
+    static kiv_directx *instance();
+    // Render thread: `frame` of the object, or 0 when there is none any more.
+    static uint32_t present_frame();
+
+  private:
+    bool video_start();
+    bool video_start_full_screen();
+    bool directdraw_setup(int mode_width, int mode_height, int depth);
+    bool create_surfaces();
+    bool create_surfaces_full_screen();
+    bool create_surfaces_window();
+    bool describe_offscreen();
+    bool create_palette();
+    void release_surfaces();
+    void video_release();
+    uint32_t compose_locked();
+    bool lock_offscreen(void *&pixels);
+    bool copy_to_screen();
+    void draw_overlay(void *pixels);
+
+    bool sound_start();
+    bool sound_set_up();
+    void sound_release();
+
+    platform::host &host;
+    platform::host_window *window = nullptr;
+    uint32_t use_videomem = 0; // stored only
+    // Picture.
+    std::mutex surfaces_mutex; // render thread's frames against the window thread's rebuilds
+    int width = 0, height = 0; // of the mode, then of the off-screen surface
+    std::atomic<int32_t> overlay_mode{0};
+    shared<uint32_t> palette_mode{1};
+    uint32_t pixel_format = 0; // pixel_size of the off-screen surface
+    shared<uint32_t> full_screen{0};
+    shared<uint16_t> screensize{0};
+    shared<uint32_t> txt_on_demand{0};
+    shared<uint32_t> sync_vblank{0};
+    std::unique_ptr<platform::surface> primary, offscreen;
+    bool display_open = false, palette_made = false;
+    shared<platform::point> destination{}; // window mode: the client area's corner on the screen
+    // Sound.
+    bool sound_open = false;
+    std::unique_ptr<platform::primary_sound_buffer> primary_buffer;
+    std::unique_ptr<platform::sound_stream> stream;
+    shared<uint32_t> sound_off{0};
+    sound_slices slices;
+
+    friend sound_listener directx_host_callbacks();
+};
+
+// The machine's sound slots, forwarded to the one kiv_directx object. The object must live while the machine
+// runs with them.
+sound_listener directx_host_callbacks();
