@@ -64,7 +64,8 @@ struct line_limiter {
         const auto now = std::chrono::steady_clock::now();
         if (now - second_start >= std::chrono::seconds(1)) {
             if (left_out != 0) {
-                const std::string note = "(" + std::to_string(left_out) + " lines left out)\n";
+                std::string note = "(";
+                note += std::to_string(left_out) + " lines left out)\n";
                 write_without_blocking(STDERR_FILENO, note.data(), note.size());
             }
             second_start = now;

@@ -144,16 +144,20 @@ void cassette_eject(kiv_machine &m) {
 
 bool cassette_load_tape(const std::string &path) {
     output.flush(); // the tape may be the one just written
-    kel_fstream file;
-    if (!file.open(path.c_str(), 1, 0)) {
+    const platform::file_handle handle = platform::open_file(path, true);
+    if (handle == platform::invalid_file) {
         trace("tape: %s cannot be opened: %s", path.c_str(), platform::last_file_error().c_str());
         return false;
     }
-    const uint32_t size = file.size();
-    if (size == stream_closed) {
+    kel_fstream file;
+    file.attach(handle, 1);
+    // The stream knows the low 32 bits of a size only.
+    const int64_t bytes = platform::file_size(handle);
+    if (bytes < 0 || bytes >= UINT32_MAX) {
         trace("tape: %s has 4 GiB or more", path.c_str());
         return false;
     }
+    const auto size = static_cast<uint32_t>(bytes);
     cassette_eject(machine);
     machine.tape_size = size;
     // One byte more than the tape, so that an empty tape is a tape all the same.

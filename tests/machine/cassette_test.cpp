@@ -4,6 +4,7 @@
 #include "app/kiv_assay.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <random>
 #include <sys/stat.h>
 

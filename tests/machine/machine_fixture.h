@@ -2,17 +2,13 @@
 #pragma once
 
 #include "machine/kiv_machine.h"
+#include "tests/temporary_folder.h"
 
-#include <cstdlib>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <ios>
-#include <iterator>
 #include <memory>
 #include <string>
-#include <unistd.h>
 #include <vector>
 
 using bytes = std::vector<uint8_t>;
@@ -73,7 +69,6 @@ class Machine : public testing::Test {
     void TearDown() override {
         cassette_eject(machine);
         calendar_use_host_time();
-        if (!folder.empty()) std::filesystem::remove_all(folder);
     }
 
     static uint8_t in(int port) { return io_in(static_cast<uint16_t>(port)); }
@@ -92,24 +87,15 @@ class Machine : public testing::Test {
         out(0x65, 0x80 | (count - 1) >> 8);
     }
 
-    // A path in a folder of this test's own, removed at its end.
-    std::string path(const std::string &name) {
-        if (folder.empty()) {
-            std::string pattern = (std::filesystem::temp_directory_path() / "kiv-test-XXXXXX").string();
-            folder = mkdtemp(pattern.data());
-        }
-        return folder + "/" + name;
-    }
-    std::string write_file(const std::string &name, const bytes &content) {
-        std::ofstream(path(name), std::ios::binary)
-            .write(reinterpret_cast<const char *>(content.data()),
-                   static_cast<std::streamsize>(content.size()));
+    std::string path(const std::string &name) const { return folder / name; }
+    std::string write_file(const std::string &name, const bytes &content) const {
+        put_file(path(name), std::string(content.begin(), content.end()));
         return path(name);
     }
     static bytes read_file(const std::string &name) {
-        std::ifstream file(name, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
+        const std::string content = get_file(name);
+        return {content.begin(), content.end()};
     }
 
-    std::string folder;
+    temporary_folder folder;
 };

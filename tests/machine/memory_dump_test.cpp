@@ -3,6 +3,9 @@
 
 #include "machine/memory_dump.h"
 
+#include <algorithm>
+#include <filesystem>
+
 namespace {
 
 class MemoryDump : public Machine {
