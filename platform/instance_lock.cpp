@@ -1,0 +1,81 @@
+// A lock on a file, not the file's existence: the host drops it with the process, whatever way that ends.
+#include "platform/instance_lock.h"
+
+#include <cctype>
+#include <cerrno>
+#include <cstdlib>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace platform {
+
+namespace {
+
+bool is_private_folder(const std::string &path) {
+    struct stat s;
+    return lstat(path.c_str(), &s) == 0 && S_ISDIR(s.st_mode) && s.st_uid == geteuid() &&
+           (s.st_mode & 077) == 0;
+}
+
+// The user's runtime folder, else one of our own in the temporary folder, where anybody may have made one of
+// that name before us. Empty when neither can be trusted.
+std::string lock_folder() {
+    const char *runtime = getenv("XDG_RUNTIME_DIR");
+    if (runtime != nullptr && runtime[0] == '/' && is_private_folder(runtime)) return runtime;
+    const char *temporary = getenv("TMPDIR");
+    std::string folder = temporary != nullptr && temporary[0] == '/' ? temporary : "/tmp";
+    folder += "/kiv-" + std::to_string(geteuid());
+    mkdir(folder.c_str(), 0700);
+    return is_private_folder(folder) ? folder : std::string();
+}
+
+std::string file_name(const std::string &name) {
+    std::string safe = name;
+    for (char &c : safe)
+        if (!isalnum(static_cast<unsigned char>(c))) c = '_';
+    return safe + ".lock";
+}
+
+// Somebody who cleans up the folder may have removed the file between open and lock; a lock on a file that
+// has no name any more would guard nothing.
+bool still_at(const std::string &path, int descriptor) {
+    struct stat locked, named;
+    return fstat(descriptor, &locked) == 0 && lstat(path.c_str(), &named) == 0 &&
+           locked.st_ino == named.st_ino && locked.st_dev == named.st_dev;
+}
+
+} // namespace
+
+instance_lock::result instance_lock::acquire(const std::string &name) {
+    if (descriptor >= 0) return result::acquired;
+    const std::string folder = lock_folder();
+    if (folder.empty()) return result::failed;
+    const std::string path = folder + '/' + file_name(name);
+    for (int attempt = 0; attempt < 100; attempt++) {
+        const int opened = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600);
+        if (opened < 0) return result::failed;
+        int locked;
+        do locked = flock(opened, LOCK_EX | LOCK_NB);
+        while (locked != 0 && errno == EINTR);
+        const bool taken = locked != 0 && errno == EWOULDBLOCK;
+        if (locked == 0 && still_at(path, opened)) {
+            descriptor = opened;
+            return result::acquired;
+        }
+        close(opened);
+        if (taken) return result::already_running;
+        if (locked != 0) return result::failed;
+    }
+    return result::failed;
+}
+
+// The file stays: removing it would let two copies hold a lock each, one on the old file and one on the new.
+void instance_lock::release() {
+    if (descriptor < 0) return;
+    close(descriptor);
+    descriptor = -1;
+}
+
+} // namespace platform
