@@ -1,7 +1,6 @@
 // The whole machine: the demonstration ROM, every device, sound rendered at every slice and a 32-bit frame
 // composed at every vertical blank, as a multiple of real time on one core.
 #include "machine/machine_pass.h"
-#include "platform/resources.h"
 #include "resources/resources.h"
 #include "sound/sound_slices.h"
 
@@ -34,9 +33,11 @@ bool boot(std::vector<uint32_t> &frame) {
     z80_fix_seed(1);
     z80_install(main_cpu, mem_read, mem_write, io_in, io_out);
     host_callbacks_listen(listener);
-    machine_init(machine, [] {}, [] {});
+    machine_init(
+        machine, [] {}, [] {});
     sound.reset_cpu_clk(machine.clock_hz);
-    if (!load("8801-zun.rom", machine.main_rom, rom_size) || !load("8801-4th.rom", machine.ext_rom, ext_rom_size))
+    if (!load("8801-zun.rom", machine.main_rom, rom_size) ||
+        !load("8801-4th.rom", machine.ext_rom, ext_rom_size))
         return false;
     register_program_resources();
     const platform::resource font = platform::find_resource(platform::resource_type::font, 104);
@@ -86,7 +87,8 @@ void demonstration(benchmark::State &state) {
     }
     state.counters["x real time"] =
         benchmark::Counter(static_cast<double>(seconds), benchmark::Counter::kIsRate);
-    state.counters["frames/s"] = benchmark::Counter(static_cast<double>(composed), benchmark::Counter::kIsRate);
+    state.counters["frames/s"] =
+        benchmark::Counter(static_cast<double>(composed), benchmark::Counter::kIsRate);
 }
 BENCHMARK(demonstration)->ArgName("frames")->Arg(1)->Arg(0)->Unit(benchmark::kMillisecond);
 

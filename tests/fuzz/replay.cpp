@@ -2,6 +2,7 @@
 // the number of mutations a target.
 #include "tests/fuzz/fuzz_targets.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -22,8 +23,10 @@ struct target {
 };
 
 const target targets[] = {
-    {"tape", fuzz_tape},     {"dump", fuzz_dump},       {"settings", fuzz_settings},
-    {"bitmap", fuzz_bitmap}, {"program", fuzz_program},
+    {"tape", fuzz_tape},
+    {"dump", fuzz_dump},
+    {"settings", fuzz_settings},
+    {"program", fuzz_program},
 };
 
 std::vector<bytes> corpus_of(const char *name) {
@@ -49,7 +52,9 @@ void mutate(bytes &input, std::mt19937 &random) {
         case 1:
             if (!input.empty()) input[at] = static_cast<uint8_t>(input[at] ^ (1u << random() % 8));
             break;
-        case 2: input.insert(input.begin() + static_cast<ptrdiff_t>(at), static_cast<uint8_t>(random())); break;
+        case 2:
+            input.insert(input.begin() + static_cast<ptrdiff_t>(at), static_cast<uint8_t>(random()));
+            break;
         case 3: input.resize(at); break;
         default:
             for (size_t n = random() % 64; n > 0; --n) input.push_back(static_cast<uint8_t>(random()));

@@ -10,8 +10,8 @@
 class scratch_file {
   public:
     explicit scratch_file(const char *suffix)
-        : name((std::filesystem::temp_directory_path() /
-                ("kiv-fuzz-" + std::to_string(getpid()) + suffix)).string()) {}
+        : name((std::filesystem::temp_directory_path() / ("kiv-fuzz-" + std::to_string(getpid()) + suffix))
+                   .string()) {}
     ~scratch_file() {
         std::error_code ignored;
         std::filesystem::remove(name, ignored);
