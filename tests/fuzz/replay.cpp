@@ -79,6 +79,6 @@ TEST_P(Fuzz, CorpusAndMutations) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Targets, Fuzz, testing::ValuesIn(targets),
-                         [](const auto &info) { return std::string(info.param.name); });
+                         [](const auto &instance) { return std::string(instance.param.name); });
 
 } // namespace
