@@ -1,0 +1,107 @@
+// The host in memory: no desktop, no devices, everything that a person would do is scripted, everything that
+// a person would notice can be looked at, and every call that can fail can be made to. Real threads run the
+// program on it; all that they share is locked, and the test may look and act from any thread.
+#pragma once
+
+#include "platform/headless/fault_plan.h"
+#include "platform/headless/headless_display.h"
+#include "platform/headless/headless_sound.h"
+#include "platform/headless/headless_window.h"
+#include "platform/host.h"
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <mutex>
+
+namespace platform {
+
+// What a person does when a dialog comes up. Called on the window thread, after the window behind it has been
+// painted. Without one, a box is confirmed at once and a dialog is cancelled.
+struct headless_script {
+    std::function<void(const std::string &text, const std::string &caption)> error_box;
+    std::function<bool(const file_dialog_options &options, std::string &path)> open_file, save_file;
+    std::function<bool(settings_dialog &dialog)> settings;
+    std::function<void(const help_dialog &dialog)> help;
+};
+
+struct shown_error_box {
+    std::string text, caption;
+    bool has_owner;
+};
+
+// What has been shown so far.
+struct dialog_record {
+    std::vector<shown_error_box> error_boxes;
+    std::vector<file_dialog_options> open_files, save_files;
+    std::vector<settings_dialog> settings; // as they came up
+    std::vector<help_dialog> helps;
+};
+
+class headless_host : public host, public message_sink {
+  public:
+    headless_host();
+    ~headless_host() override;
+
+    fault_plan faults;
+    headless_display screen{faults};
+    headless_sound sound{faults};
+
+    // ---- for the test; from any thread ----
+    void set_script(headless_script what_a_person_does);
+    dialog_record dialogs() const;
+    bool in_dialog() const;
+    // The program's window, once it was made; null before.
+    headless_window *window() const;
+    // Runs `f` on the window thread, between two messages, and waits for that. False: the message loop did
+    // not come to it in time (then it never will).
+    bool run_on_window_thread(std::function<void()> f, uint32_t milliseconds = 10'000);
+    bool has_begun() const;        // begin and not yet end
+    int timer_resolutions() const; // begun and not yet ended
+    std::vector<std::string> window_classes() const;
+
+    // Window thread: hands out the messages that wait and paints, without waiting for more. For tests that
+    // run no loop.
+    void pump();
+
+    // ---- for the program ----
+    bool begin() override;
+    void end() override;
+    void begin_timer_resolution(uint32_t milliseconds) override;
+    void end_timer_resolution(uint32_t milliseconds) override;
+    bool register_window_class(const std::string &name) override;
+    host_window *create_window(const window_options &options, window_listener &listener) override;
+    int run_message_loop() override;
+    void post_quit(int code) override;
+    void error_box(host_window *owner, const std::string &text, const std::string &caption) override;
+    bool open_file(host_window &owner, const file_dialog_options &options, std::string &path) override;
+    bool save_file(host_window &owner, const file_dialog_options &options, std::string &path) override;
+    bool settings(host_window &owner, settings_dialog &dialog) override;
+    void help(host_window &owner, const help_dialog &dialog) override;
+    display &get_display() override { return screen; }
+    sound_device &get_sound() override { return sound; }
+
+  private:
+    void put(std::function<void()> deliver) override;
+    void wake() override;
+    bool deliver_one();
+    bool paint();
+    class dialog_scope;
+    template <class T, class F> F note(std::vector<T> &list, const T &dialog, const F &answer);
+
+    mutable std::mutex mutex;
+    std::condition_variable changed;
+    std::deque<std::function<void()>> queue;
+    bool paint_asked = false;
+    bool quit = false;
+    int quit_code = 0;
+    headless_script script;
+    dialog_record shown;
+    int dialogs_open = 0;
+    bool begun = false;
+    int resolutions = 0;
+    std::vector<std::string> classes;
+    std::vector<std::unique_ptr<headless_window>> windows;
+};
+
+} // namespace platform
