@@ -1,73 +1,117 @@
-// Time per composed frame, beside a memset of the same frame in the same run.
-//
-// The screen is the worst there is: every cell holds a glyph with an attribute, the three planes are noise.
+// Time per composed frame, beside a memset of the same frame: every screen mode, both pixel sizes, with text
+// and graphics, text only, graphics only. The text is the worst case: no blank cell.
+#include "display/renderers.h"
 #include "machine/kiv_machine.h"
 
 #include <benchmark/benchmark.h>
 #include <cstring>
+#include <ctime>
 #include <random>
+#include <string>
 #include <vector>
 
 namespace {
 
-constexpr size_t frame_pixels = frame_width * frame_height;
-std::vector<uint32_t> frame(frame_pixels);
+// What differs from a plain frame.
+enum variant { plain, interlaced, random_attributes, without_avx2 };
 
-void memset_frame(benchmark::State &state) {
+enum layers { nothing = 0, text = 1, graphics = 2, both = 3 };
+
+constexpr const char *variant_names[] = {"", "/interlace", "/20 random attributes", "/without AVX2"};
+
+const char *layer_name(int layers) {
+    constexpr const char *names[] = {"nothing", "text", "graphics", "text+graphics"};
+    return names[layers];
+}
+
+// Attributes that hide nothing. Few: four colour changes a row, the rest fillers.
+void store_row(uint32_t row, bool few, std::mt19937 &random) {
+    uint8_t *const line = machine.ram + machine.text_start + text_row_bytes * row;
+    for (uint32_t x = 0; x < text_columns; ++x) line[x] = static_cast<uint8_t>(0x21 + random() % 0x5E);
+    for (uint32_t i = 0; i < attr_pair_count; ++i) {
+        uint8_t *const pair = line + text_columns + 2 * i;
+        pair[0] = static_cast<uint8_t>(!few ? random() : i < 4 ? 20 * i : 80);
+        pair[1] = static_cast<uint8_t>(!few ? random() & 0xFC : 0x28 + 0x20 * (random() % 7));
+    }
+}
+
+// A full screen of text in four colours a row over planes of random bytes.
+void fill_machine(int layers, uint32_t mode, variant how) {
+    machine_init(
+        machine, [] {}, [] {});
+    std::mt19937 random(1);
+    for (auto &plane : machine.gvram)
+        for (uint8_t &byte : plane) byte = static_cast<uint8_t>(random());
+    for (uint8_t &line : machine.font_rom)
+        line = static_cast<uint8_t>(random() & random()); // as sparse as letters
+    for (uint8_t i = 0; i < 8; ++i) machine.palette[i] = i;
+    for (uint32_t row = 0; row < text_rows; ++row) store_row(row, how != random_attributes, random);
+    machine.crtc_control(mode & 2 ? 1 : 0); // columns; colour attributes
+    machine.select_renderer(mode);
+    machine.select_scanline_colours(how == interlaced);
+    machine.crtc_status = layers & text ? uint8_t{0} : uint8_t{crtc_stopped};
+    machine.port31 = layers & graphics ? uint8_t{port31_graphics_on} : uint8_t{0};
+}
+
+size_t frame_bytes(uint32_t format) {
+    return size_t{frame_width} * frame_height * (format == pixels_rgb32 ? 4 : 1);
+}
+
+double cpu_seconds() { return static_cast<double>(std::clock()) / CLOCKS_PER_SEC; }
+
+// CPU time of one memset of the frame, taken just before the frames themselves.
+double memset_seconds(std::vector<uint32_t> &frame, uint32_t format) {
+    constexpr int times = 1000;
+    const double start = cpu_seconds();
+    for (int i = 0; i < times; ++i) {
+        std::memset(frame.data(), i, frame_bytes(format));
+        benchmark::ClobberMemory();
+    }
+    return (cpu_seconds() - start) / times;
+}
+
+void memset_frame(benchmark::State &state, uint32_t format) {
+    std::vector<uint8_t> frame(frame_bytes(format));
     for (auto _ : state) {
-        std::memset(frame.data(), static_cast<int>(state.iterations()), frame_pixels * sizeof(uint32_t));
+        std::memset(frame.data(), 0, frame.size());
         benchmark::ClobberMemory();
     }
 }
-BENCHMARK(memset_frame)->Unit(benchmark::kMicrosecond);
 
-void full_screen_of_everything(uint32_t mode) {
-    z80_install(main_cpu, mem_read, mem_write, io_in, io_out);
-    machine_init(
-        machine, [] {}, [] {});
-    std::mt19937 random(8801);
-    for (uint8_t &byte : machine.font_rom) byte = static_cast<uint8_t>(random() | 0x10);
-    for (auto &plane : machine.gvram)
-        for (uint8_t &byte : plane) byte = static_cast<uint8_t>(random());
-    for (uint32_t row = 0; row < text_rows; ++row) {
-        for (uint32_t i = 0; i < text_row_bytes; ++i)
-            machine.ram[machine.text_start + row * text_row_bytes + i] = static_cast<uint8_t>(random());
-        for (uint32_t pair = 0; pair < attr_pair_count; ++pair) // attributes that hide nothing
-            machine.ram[machine.text_start + row * text_row_bytes + 81 + 2 * pair] &= 0xFC;
-    }
-    for (uint8_t i = 0; i < 8; ++i) machine.palette[i] = i;
-    machine.crtc_mono = uint8_t{0};
-    machine.select_attr_decoder(0);
-    machine.select_renderer(mode);
-    machine.crtc_status = uint8_t{0};
+void compose(benchmark::State &state, int layers, uint32_t mode, uint32_t format, variant how) {
+    fill_machine(layers, mode, how);
+    use_wide_vectors = how != without_avx2;
+    std::vector<uint32_t> frame(frame_width * frame_height);
     set_frame_geometry(frame_width, frame_height, frame_width);
     geometry.frame_pixels = frame.data();
-}
-
-void compose(benchmark::State &state, bool text, bool graphics) {
-    full_screen_of_everything(static_cast<uint32_t>(state.range(0)));
-    if (!text) machine.crtc_status = uint8_t{crtc_stopped};
-    if (graphics) machine.port31 |= port31_graphics_on;
-    const uint32_t format = state.range(1) == 32 ? pixels_rgb32 : pixels_indexed8;
+    const double unit = memset_seconds(frame, format), start = cpu_seconds();
     for (auto _ : state) {
         benchmark::DoNotOptimize(compose_frame(format));
         benchmark::ClobberMemory();
     }
+    state.counters["x memset"] = (cpu_seconds() - start) / static_cast<double>(state.iterations()) / unit;
 }
 
-void text_and_graphics(benchmark::State &state) { compose(state, true, true); }
-void text_only(benchmark::State &state) { compose(state, true, false); }
-void graphics_only(benchmark::State &state) { compose(state, false, true); }
+void add(int layers, uint32_t mode, uint32_t format, variant how) {
+    const std::string name = std::string(layer_name(layers)) + (mode & 2 ? "/80x" : "/40x") +
+                             (mode & 1 ? "25" : "20") + (format == pixels_rgb32 ? "/32bit" : "/8bit") +
+                             variant_names[how];
+    benchmark::RegisterBenchmark(name.c_str(), compose, layers, mode, format, how)
+        ->Unit(benchmark::kMicrosecond);
+}
 
-BENCHMARK(text_and_graphics)
-    ->ArgNames({"mode", "bits"})
-    ->ArgsProduct({{0, 1, 2, 3}, {8, 32}})
-    ->Unit(benchmark::kMicrosecond);
-BENCHMARK(text_only)->ArgNames({"mode", "bits"})->Args({3, 8})->Args({3, 32})->Unit(benchmark::kMicrosecond);
-BENCHMARK(graphics_only)
-    ->ArgNames({"mode", "bits"})
-    ->Args({3, 8})
-    ->Args({3, 32})
-    ->Unit(benchmark::kMicrosecond);
+const bool registered = [] {
+    for (const uint32_t format : {pixels_rgb32, pixels_indexed8}) {
+        benchmark::RegisterBenchmark(format == pixels_rgb32 ? "memset/32bit" : "memset/8bit", memset_frame,
+                                     format)
+            ->Unit(benchmark::kMicrosecond);
+        for (const int layers : {both, text, graphics, nothing})
+            for (uint32_t mode = 4; mode-- > 0;)
+                if ((layers & text) || mode == 3) add(layers, mode, format, plain);
+        for (const variant how : {interlaced, random_attributes}) add(both, 3, format, how);
+        for (const int layers : {both, graphics}) add(layers, 3, format, without_avx2);
+    }
+    return true;
+}();
 
 } // namespace

@@ -4,6 +4,7 @@
 // Not emulated: reading registers back, the other channels' transfers, priority, write modes.
 #pragma once
 
+#include "support/shared.h"
 #include <cstdint>
 
 struct dma_channel {
@@ -21,7 +22,8 @@ struct dma_controller_block {
     uint8_t dma_ch2_enable; // mode bit 2: 0 or 4
     // RAM that channel 2 feeds to the display: [text_start, text_end). text_end may pass 0x10000, and then
     // the window goes on at 0x0000.
-    uint32_t text_start, text_end;
+    shared<uint32_t> text_start; // below 0x10000
+    uint32_t text_end;
     uint32_t text_window_size; // derived: text_end - text_start, 0 when negative
     uint32_t dma_load;         // setting, per cent; stored only
     uint32_t dma_stall;        // T-states owed to the DMA

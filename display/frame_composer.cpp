@@ -6,6 +6,7 @@
 #include "machine/kiv_machine.h"
 
 #include <algorithm>
+#include <cstring>
 #include <iterator>
 
 frame_geometry geometry;
@@ -58,10 +59,20 @@ uint8_t attr_decode_mono(uint8_t attribute) {
     return cell;
 }
 
-// The DMA's address has 16 bits: a row past 0xFFFF goes on at 0x0000. The CPU thread may store meanwhile.
-uint8_t dma_read(uint32_t address) {
-    return __atomic_load_n(&machine.ram[static_cast<uint16_t>(address)], __ATOMIC_RELAXED);
-}
+// The row's bytes stand within 16 aligned words, wherever it starts. The DMA's address has 16 bits, so what
+// passes 0xFFFF goes on at 0x0000; the CPU thread may store meanwhile outside the text window.
+struct row_words {
+    uint64_t words[16];
+
+    explicit row_words(uint32_t start) {
+        typedef uint64_t word_in_bytes __attribute__((may_alias));
+        for (uint32_t i = 0; i < 16; ++i) {
+            const auto address = static_cast<uint16_t>((start & ~7u) + 8 * i);
+            words[i] = __atomic_load_n(reinterpret_cast<const word_in_bytes *>(machine.ram + address),
+                                       __ATOMIC_RELAXED);
+        }
+    }
+};
 
 // Keeps the pairs sorted by position; of equal positions the first stands. `count` pairs are stored.
 void insert_pair(attr_pair pair, int &count) {
@@ -76,53 +87,50 @@ void insert_pair(attr_pair pair, int &count) {
 
 void text_row_fetch(uint32_t row) {
     const uint32_t start = machine.text_start + text_row_bytes * row;
-    for (uint32_t i = 0; i < text_columns; ++i) machine.row_chars[i] = dma_read(start + i);
+    const row_words words(start);
+    const uint8_t *const chars = reinterpret_cast<const uint8_t *>(words.words) + start % 8;
+    std::memcpy(machine.row_chars, chars, text_columns);
+    const uint8_t *const pairs = chars + text_columns;
     for (attr_pair &pair : machine.attr_pairs) pair = {text_columns, 0};
     int count = 0;
-    for (uint32_t i = 0; i < attr_pair_count; ++i) {
-        const uint32_t source = start + text_columns + 2 * i;
-        insert_pair({static_cast<uint8_t>(dma_read(source) & 0x7F), dma_read(source + 1)}, count);
-    }
+    for (int i = 0; i < attr_pair_count; ++i)
+        insert_pair({static_cast<uint8_t>(pairs[2 * i] & 0x7F), pairs[2 * i + 1]}, count);
 }
 
-void apply(int from, int to, uint8_t keep, uint8_t value) {
-    for (int column = from; column < to; ++column)
-        machine.cell_attr[column] = static_cast<uint8_t>((machine.cell_attr[column] & keep) | value);
+uint8_t colour_of(uint8_t attribute) {
+    const int semigraphic = attribute & attribute_colour_semigraphic ? cell_semigraphic : 0;
+    return static_cast<uint8_t>(colour_permutation[attribute >> 5] | semigraphic);
 }
 
-// Each pair holds from its column to the end of the row; the columns before the first one keep what the row
-// above ended with.
-void decode_colours() {
-    const uint8_t carried = machine.running_colour;
-    int first = text_columns;
-    std::fill_n(machine.cell_attr, text_columns, uint8_t{0});
-    for (const attr_pair &pair : machine.attr_pairs) {
-        if ((pair.attribute & attribute_is_colour) == 0 || pair.position >= text_columns) continue;
-        first = std::min<int>(first, pair.position);
-        machine.running_colour =
-            static_cast<uint8_t>(colour_permutation[pair.attribute >> 5] |
-                                 ((pair.attribute & attribute_colour_semigraphic) ? cell_semigraphic : 0));
-        apply(pair.position, text_columns, 0, machine.running_colour);
-    }
-    apply(0, first, 0, carried);
+// Hidden as long as blinking text is in its dark phase; secret text does not blink.
+uint8_t blinking(uint8_t cell, uint8_t attribute, bool dark) {
+    const bool blinks = (attribute & (attribute_blink | attribute_secret)) == attribute_blink;
+    return static_cast<uint8_t>(blinks && dark ? cell | cell_secret : cell);
 }
 
-void decode_attributes(bool mono) {
-    const uint8_t keep = mono ? cell_colour : cell_colour | cell_semigraphic;
-    const uint8_t carried = machine.running_attribute;
-    const bool hidden_phase = machine.attr_blink_phase == 0;
+// Each pair holds from its column on. What the row above ended with holds until the first pair, colour and
+// character attribute each on its own.
+void decode_cells(bool mono) {
+    const bool dark = machine.attr_blink_phase == 0;
     uint8_t (*const decoder)(uint8_t) = machine.attr_decoder;
-    int first = text_columns;
+    uint8_t colour = machine.running_colour, attribute = machine.running_attribute;
+    uint32_t column = 0;
+    const auto fill_to = [&](uint32_t end) {
+        const int under = mono ? white : colour & (cell_colour | cell_semigraphic);
+        std::memset(machine.cell_attr + column, under | attribute, end - column);
+        column = end;
+    };
     for (const attr_pair &pair : machine.attr_pairs) {
-        if ((!mono && (pair.attribute & attribute_is_colour)) || pair.position >= text_columns) continue;
-        first = std::min<int>(first, pair.position);
-        uint8_t value = decoder(pair.attribute);
-        if (hidden_phase && (pair.attribute & (attribute_blink | attribute_secret)) == attribute_blink)
-            value |= cell_secret;
-        machine.running_attribute = value;
-        apply(pair.position, text_columns, keep, value);
+        if (pair.position >= text_columns) break;
+        fill_to(pair.position);
+        if (!mono && (pair.attribute & attribute_is_colour))
+            colour = colour_of(pair.attribute);
+        else
+            attribute = blinking(decoder(pair.attribute), pair.attribute, dark);
     }
-    apply(0, first, keep, carried);
+    fill_to(text_columns);
+    machine.running_colour = colour;
+    machine.running_attribute = attribute;
 }
 
 void reverse_and_cursor(uint32_t row) {
@@ -138,12 +146,7 @@ void text_row_decode(uint32_t row) {
     if (row >= text_rows) return;
     machine.running_colour = machine.row_colour_in[row];
     machine.running_attribute = machine.row_attr_in[row];
-    const bool mono = machine.crtc_mono == 1;
-    if (mono)
-        std::fill_n(machine.cell_attr, text_columns, white);
-    else
-        decode_colours();
-    decode_attributes(mono);
+    decode_cells(machine.crtc_mono == 1);
     reverse_and_cursor(row);
     const uint32_t next = (row + 1) % text_rows;
     machine.row_colour_in[next] = machine.running_colour;
