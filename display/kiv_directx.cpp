@@ -45,7 +45,7 @@ kiv_directx::kiv_directx(platform::host &h) : host(h) { presenter = this; }
 kiv_directx::~kiv_directx() {
     {
         const std::lock_guard lock(presenter_mutex);
-        presenter = nullptr;
+        if (presenter == this) presenter = nullptr;
     }
     release();
 }

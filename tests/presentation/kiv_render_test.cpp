@@ -1,0 +1,118 @@
+#include "display/kiv_render.h"
+
+#include "display/kiv_directx.h"
+#include "machine/kiv_machine.h"
+#include "scripted_host.h"
+#include <atomic>
+#include <chrono>
+#include <gtest/gtest.h>
+#include <thread>
+
+namespace {
+
+using namespace std::chrono;
+
+struct fixed_clock : emulated_clock {
+    uint32_t take_elapsed_cycles() override { return 3993600; }
+};
+
+TEST(kiv_render, speed_figures) {
+    const struct {
+        speed_period period;
+        double sys, cpu;
+        int fps;
+        double lpf;
+    } cases[] = {
+        {{60, 1500, 1000, 3993600, 3912400}, 3.994, 3.912, 60, 25},
+        {{60, 0, 1000, 3993600, 0}, 3.994, 0, 60, 0},
+        {{61, 1500, 1016, 4057497, 3912400},
+         3.994,
+         3.851,
+         60,
+         24}, // the last frame's rows are the next period's
+        {{1, 0, 4000, UINT32_MAX, UINT32_MAX}, 1073.742, 1073.742, 0, 0},
+        {{30, 740, 2000, 7987200, 7987200}, 3.994, 3.994, 15, 24},
+    };
+    for (const auto &c : cases) {
+        publish_speed(c.period);
+        EXPECT_DOUBLE_EQ(stat_sys_mhz, c.sys);
+        EXPECT_DOUBLE_EQ(stat_cpu_mhz, c.cpu);
+        EXPECT_EQ(stat_fps, c.fps);
+        EXPECT_DOUBLE_EQ(stat_lpf, c.lpf);
+    }
+}
+
+class kiv_render_test : public testing::Test {
+  protected:
+    kiv_render_test() {
+        machine_init(
+            machine, [] {}, [] {});
+        machine.crtc_status = 0;
+        EXPECT_EQ(directx.init(host.window, 1), 1);
+        host.tell.on_copy = [this] {
+            ++frames;
+            while (held) std::this_thread::yield();
+        };
+    }
+    void wait_for_frames(int count) {
+        while (frames < count) std::this_thread::yield();
+    }
+
+    std::atomic<int> frames{0};
+    std::atomic<bool> held{false};
+    scripted_host host;
+    kiv_directx directx{host};
+    fixed_clock clock;
+};
+
+TEST_F(kiv_render_test, frames_that_pile_up_are_drawn_once) {
+    {
+        kiv_render render(clock);
+        ASSERT_EQ(render.create_thread(0), 1);
+        held = true;
+        render.post_message(render_frame, 0, 0);
+        wait_for_frames(1);
+        for (int n = 0; n < 10; ++n) {
+            render.post_message(render_frame, 0, 0);
+            render.post_message(0x499, 0, 0); // nobody's
+        }
+        held = false;
+        wait_for_frames(2);
+    } // the quit message comes after all others
+    EXPECT_EQ(frames, 2);
+}
+
+TEST_F(kiv_render_test, figures_come_once_a_second) {
+    kiv_render render(clock);
+    ASSERT_EQ(render.create_thread(0), 1);
+    stat_fps = -1;
+    const auto before = steady_clock::now();
+    int posted = 0;
+    while (stat_fps == -1) {
+        render.post_message(render_frame, 0, 0);
+        wait_for_frames(++posted);
+        std::this_thread::sleep_for(milliseconds(10));
+    }
+    EXPECT_GE(steady_clock::now() - before, milliseconds(950));
+    EXPECT_GT(stat_sys_mhz, 0);
+    EXPECT_LE(stat_sys_mhz, 3.994);
+    EXPECT_LE(stat_fps, 101);
+    EXPECT_GE(stat_lpf, 24);
+}
+
+// The picture's object goes first; frames that are asked for afterwards are not drawn.
+TEST_F(kiv_render_test, the_thread_outlives_the_picture) {
+    auto shown = std::make_unique<kiv_directx>(host);
+    ASSERT_EQ(shown->init(host.window, 1), 1);
+    kiv_render render(clock);
+    ASSERT_EQ(render.create_thread(0), 1);
+    for (int n = 0; n < 100; ++n) {
+        render.post_message(render_frame, 0, 0);
+        if (n == 50) shown.reset();
+    }
+    render.post_message(render_quit, 0, 0);
+    render.stop();
+    EXPECT_EQ(render.is_running(), 0u);
+}
+
+} // namespace
