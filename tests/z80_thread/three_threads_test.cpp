@@ -1,0 +1,191 @@
+// All three threads on the headless host: a program that draws, beeps and takes interrupts, while the window
+// thread pauses, resets, rebuilds the display and changes what it may change at any time. For ThreadSanitizer
+// as much as for the assertions. KIV_STRESS sets the number of actions (default 300).
+#include "cpu/z80_thread.h"
+#include "display/kiv_directx.h"
+#include "machine/kiv_machine.h"
+#include "platform/clock.h"
+#include "platform/headless/headless_host.h"
+#include "support/main_window.h"
+#include <algorithm>
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <random>
+
+namespace {
+
+constexpr uint8_t program[] = {
+    0xF3,                   //       DI
+    0x31, 0x00, 0xF0,       //       LD SP,F000
+    0xED, 0x5E,             //       IM 2
+    0x3E, 0x01,             //       LD A,1
+    0xED, 0x47,             //       LD I,A
+    0x3E, 0x07, 0xD3, 0xE4, //       OUT (E4),7          all levels
+    0x3E, 0x03, 0xD3, 0xE6, //       OUT (E6),3          and both sources
+    0x21, 0xC8, 0xF3,       //       LD HL,F3C8          text VRAM
+    0xFB,                   // loop: EI
+    0x34,                   //       INC (HL)
+    0x2C,                   //       INC L
+    0x20, 0xFB,             //       JR NZ,loop
+    0x24,                   //       INC H
+    0x20, 0xF8,             //       JR NZ,loop
+    0x26, 0xF3,             //       LD H,F3
+    0xD3, 0x5C,             //       OUT (5C),A          plane 0
+    0x32, 0x00, 0xC0,       //       LD (C000),A
+    0xD3, 0x5F,             //       OUT (5F),A          main RAM
+    0xED, 0x5F,             //       LD A,R
+    0xE6, 0x28,             //       AND 28              beeper and motor bits
+    0xD3, 0x40,             //       OUT (40),A
+    0xD3, 0x0C,             //       OUT (0C),A          a tone
+    0xD3, 0x54,             //       OUT (54),A          a colour
+    0x18, 0xE7,             //       JR loop
+};
+constexpr uint8_t interrupt_routine[] = {0xFB, 0xC9}; // EI; RET
+
+class silent_window : public platform::window_listener {
+  public:
+    int64_t window_proc(platform::host_window &, const platform::message &m, bool &handled) override {
+        if (m.id == platform::wm_move && kiv_directx::instance() != nullptr)
+            kiv_directx::instance()->on_move();
+        handled = false;
+        return 0;
+    }
+};
+
+struct program_window : main_window {
+    platform::host_window *window = nullptr;
+    std::atomic<int> aborts{0};
+    void post(uint32_t, uint64_t, uint64_t) override { ++aborts; }
+    void set_full_screen_style(int, int) override { window->set_framed(false); }
+    void set_window_style(int width, int height) override {
+        window->set_framed(true);
+        window->resize_client(width, height);
+        window->centre();
+        window->show();
+    }
+};
+
+struct quick_thread : z80_thread {
+    quick_thread() { start_delay_ms = 0; }
+};
+
+platform::critical_section video_section;
+
+void load_program() {
+    std::copy(std::begin(program), std::end(program), machine.main_rom);
+    for (int level = 0; level < 3; ++level) {
+        machine.main_rom[0x100 + 2 * level] = 0x00; // the table of interrupt entries
+        machine.main_rom[0x101 + 2 * level] = 0x02;
+    }
+    std::copy(std::begin(interrupt_routine), std::end(interrupt_routine), machine.main_rom + 0x200);
+}
+
+// The text screen of a machine whose own program has set it up.
+void text_screen_on() {
+    constexpr uint8_t screen[] = {0xCE, 0x98, 0x6F, 0x58, 0x53}, address[] = {0xC8, 0xF3},
+                      count[] = {0xB7, 0x8B};
+    machine.crtc_command(0x00);
+    for (const uint8_t byte : screen) machine.crtc_parameter(byte);
+    machine.crtc_command(0x20);
+    for (const uint8_t byte : address) machine.dma_address(2, byte);
+    for (const uint8_t byte : count) machine.dma_count(2, byte);
+    machine.dma_mode(0xE4);
+}
+
+TEST(three_threads, survive_everything_that_a_person_can_do) {
+    const char *set = std::getenv("KIV_STRESS");
+    const int actions = set == nullptr ? 300 : std::max(1, std::atoi(set));
+    platform::set_current_thread_affinity(1);
+    platform::headless_host host;
+    silent_window listener;
+    program_window form;
+    form.window = host.create_window({"", 0, 0, 640, 400}, listener);
+    ASSERT_NE(form.window, nullptr);
+    the_main_window = &form;
+    host.sound.set_record_limit(1000);
+
+    auto directx = std::make_unique<kiv_directx>(host);
+    auto cpu = std::make_unique<quick_thread>();
+    host_callbacks_listen(directx_host_callbacks());
+    z80_install(main_cpu, mem_read, mem_write, io_in, io_out);
+    machine_init(
+        machine, [] { video_section.enter(); }, [] { video_section.leave(); });
+    load_program();
+    const auto sync = platform::event::create("SYNC"), ack = platform::event::create("ACK");
+    ASSERT_EQ(cpu->init(), 1);
+    ASSERT_EQ(directx->init(*form.window, 1), 1);
+    directx->setSoftVolume(1);
+    directx->restore_surfaces();
+    text_screen_on();
+    ASSERT_EQ(cpu->create_thread(1), 1);
+    cpu->resume_thread();
+
+    std::mt19937 generator(88);
+    const auto random = [&](uint32_t below) { return static_cast<uint32_t>(generator()) % below; };
+    uint32_t longest_pause = 0, screens = 0;
+    const auto parked = [&](auto act) {
+        const uint32_t before = platform::millisecond_clock();
+        ASSERT_EQ(cpu->pause(), 1);
+        longest_pause = std::max(longest_pause, platform::millisecond_clock() - before);
+        act();
+        cpu->resume_run();
+    };
+    for (int n = 0; n < actions; ++n) {
+        switch (random(10)) {
+        case 0: parked([] {}); break;
+        case 1:
+            parked([&] { directx->stop(); });
+            directx->play();
+            break;
+        case 2:
+            parked([&] {
+                directx->stop();
+                directx->clearPCM();
+                directx->setSoundOff(0);
+                machine.reset_keyboard(machine);
+                machine.machine_reset(machine);
+                text_screen_on();
+                cpu->reset_cpu();
+            });
+            directx->play();
+            break;
+        case 3:
+            parked([&] {
+                directx->stop();
+                ASSERT_EQ(directx->toggle_screen(), 1);
+                ++screens;
+            });
+            directx->play();
+            break;
+        case 4: directx->toggle_status(); break;
+        case 5: directx->toggleSound(); break;
+        case 6: machine.pcg_glyphs_on = machine.pcg_glyphs_on == 0; break;
+        case 7: host.screen.lose_surfaces(); break;
+        case 8: directx->on_move(); break;
+        case 9: cpu->set_no_wait(random(2)); break;
+        }
+        host.pump();
+        if (HasFatalFailure()) break;
+        platform::sleep_ms(random(6));
+    }
+    EXPECT_TRUE(host.screen.wait_for_frame(host.screen.shown().number + 2, 5000)) << "frames go on";
+    EXPECT_GT(host.sound.unlocks(), 1u);
+    EXPECT_EQ(form.aborts, 0) << "at " << std::hex << main_cpu.trace_pc;
+    EXPECT_LT(longest_pause, 2500u); // a lost wake-up takes 5000
+    std::printf("%d actions, %u screen changes, %llu frames shown, longest pause %u ms\n", actions, screens,
+                static_cast<unsigned long long>(host.screen.shown().number), longest_pause);
+
+    // As the program ends: first the picture and the sound, then the threads.
+    ASSERT_EQ(cpu->pause(), 1);
+    directx->stop();
+    cpu->request_stop();
+    cpu->resume_run();
+    cpu->stop();
+    EXPECT_EQ(cpu->is_running(), 0u);
+    directx->release();
+    directx.reset();
+    cpu.reset();
+    the_main_window = nullptr;
+}
+
+} // namespace
