@@ -23,10 +23,8 @@ struct target {
 };
 
 const target targets[] = {
-    {"tape", fuzz_tape},
-    {"dump", fuzz_dump},
-    {"settings", fuzz_settings},
-    {"program", fuzz_program},
+    {"tape", fuzz_tape},     {"dump", fuzz_dump},       {"settings", fuzz_settings},
+    {"bitmap", fuzz_bitmap}, {"program", fuzz_program},
 };
 
 std::vector<bytes> corpus_of(const char *name) {
