@@ -5,6 +5,7 @@
 #include <QtGui/QFontDatabase>
 #include <QtGui/QIcon>
 #include <QtGui/QKeyEvent>
+#include <QtWidgets/QAbstractItemView>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QCheckBox>
 #include <QtWidgets/QDialog>
@@ -80,7 +81,11 @@ class file_chooser : public QFileDialog {
             if (!typed.contains(u'/')) filter(typed.split(u';', Qt::SkipEmptyParts));
             return;
         }
-        QString chosen = selectedFiles().value(0);
+        // What is typed counts, not what the list has completed it to.
+        if (auto *list = findChild<QAbstractItemView *>(QStringLiteral("listView"));
+            list != nullptr && !typed.isEmpty())
+            list->clearSelection();
+        const QString chosen = selectedFiles().value(0);
         if (!QFileInfo(chosen).isDir() && !typed.isEmpty()) {
             if (!for_saving && options.must_exist && !QFileInfo::exists(chosen)) {
                 const QString longer = typed + u'.' + text_of(options.default_extension);

@@ -222,7 +222,10 @@ class DesktopFileDialogs : public DesktopDialogs {
     static void type(QWidget &w, const char *name) {
         child<QLineEdit>(w, "fileNameEdit")->setText(QString::fromUtf8(name));
     }
-    static void accept(QWidget &w) { static_cast<QDialog &>(w).accept(); }
+    // After the step: what the dialog asks then runs inside, and the next steps must get their turn.
+    static void accept(QWidget &w) {
+        QTimer::singleShot(0, &w, [&w] { static_cast<QDialog &>(w).accept(); });
+    }
     std::string in_folder(const char *name) const {
         return (QDir(folder.path()).absoluteFilePath(QString::fromUtf8(name))).toStdString();
     }
@@ -246,7 +249,7 @@ TEST_F(DesktopFileDialogs, OpeningListsItsPatternsInAnyCase) {
         names.sort();
         EXPECT_EQ(names.join('|').toStdString(), "a.kiv|b.CMT|dump.KIV|テープ.cmt");
         EXPECT_EQ(child<QLineEdit>(w, "fileNameEdit")->text(), "*.kiv;*.cmt");
-        accept(w); // a pattern is no name
+        static_cast<QDialog &>(w).accept(); // a pattern is no name
         EXPECT_TRUE(w.isVisible());
         type(w, "テープ.cmt");
         accept(w);
@@ -260,7 +263,7 @@ TEST_F(DesktopFileDialogs, OpeningListsItsPatternsInAnyCase) {
 TEST_F(DesktopFileDialogs, OpeningTakesFilesThatExist) {
     drive({[](QWidget &w) {
                type(w, "missing.KIV");
-               QTimer::singleShot(0, &w, [&w] { accept(w); }); // runs the message box inside
+               accept(w);
                return true;
            },
            [](QWidget &w) {
@@ -298,7 +301,7 @@ TEST_F(DesktopFileDialogs, SavingAddsTheExtensionAndAsksBeforeReplacing) {
     std::string path;
     drive({[](QWidget &w) {
                EXPECT_EQ(child<QLineEdit>(w, "fileNameEdit")->text(), "dump");
-               QTimer::singleShot(0, &w, [&w] { accept(w); });
+               accept(w);
                return true;
            },
            [](QWidget &w) {
@@ -310,7 +313,7 @@ TEST_F(DesktopFileDialogs, SavingAddsTheExtensionAndAsksBeforeReplacing) {
            },
            [](QWidget &w) {
                if (qobject_cast<QMessageBox *>(&w) != nullptr) return false;
-               QTimer::singleShot(0, &w, [&w] { accept(w); });
+               accept(w);
                return true;
            },
            [](QWidget &w) {
