@@ -45,6 +45,8 @@ void fill_callback(void *user, Uint8 *bytes, int size) {
                                                    static_cast<size_t>(size) / sizeof(int16_t));
 }
 
+bool is_usable(int rate) { return rate >= 8000 && rate <= 192000; }
+
 // Opens the default device at the rate that it prefers; 0 on failure.
 SDL_AudioDeviceID open_device(sound_output &output) {
     SDL_SetHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1");
@@ -56,13 +58,18 @@ SDL_AudioDeviceID open_device(sound_output &output) {
     int rate = 48000;
     if (SDL_GetDefaultAudioInfo(&name, &preferred, 0) == 0) {
         SDL_free(name);
-        if (preferred.freq >= 8000 && preferred.freq <= 192000) rate = preferred.freq;
+        if (is_usable(preferred.freq)) rate = preferred.freq;
     }
+    // The variable that SDL itself goes by when a program has no wish of its own.
+    if (const char *asked = SDL_getenv("SDL_AUDIO_FREQUENCY"); asked != nullptr && is_usable(SDL_atoi(asked)))
+        rate = SDL_atoi(asked);
     SDL_AudioSpec wish{}, granted{};
     wish.freq = rate;
     wish.format = AUDIO_S16SYS;
     wish.channels = 1;
-    wish.samples = rate <= 24000 ? 256 : rate <= 48000 ? 512 : rate <= 96000 ? 1024 : 2048;
+    // About 10 ms. A power of two: SDL 2.26 now and then rounds other numbers up after it has made its
+    // buffer.
+    wish.samples = rate <= 24000 ? 256 : rate <= 64000 ? 512 : rate <= 128000 ? 1024 : 2048;
     wish.callback = fill_callback;
     wish.userdata = &output;
     const SDL_AudioDeviceID device = SDL_OpenAudioDevice(
@@ -120,6 +127,7 @@ void keep_device(const std::shared_ptr<sound_output> &shared) {
         SDL_CloseAudioDevice(device);
         SDL_QuitSubSystem(SDL_INIT_AUDIO);
     }
+    SDL_TLSCleanup(); // SDL keeps its last error for every thread that called it
     lock.lock();
     output.running = false;
     output.changed.notify_all();
