@@ -1,0 +1,178 @@
+// How the program keeps time: all three threads on the headless host with a ROM set. Drift of emulated time
+// against the monotonic clock, processor time by thread, and how long a pause takes to be answered.
+//
+//   bench_real_time [seconds, default 20] [folder of the ROM images]
+#include "cpu/z80_thread.h"
+#include "display/kiv_directx.h"
+#include "machine/kiv_machine.h"
+#include "machine/machine_pass.h"
+#include "machine/rom_loader.h"
+#include "platform/headless/headless_host.h"
+#include "platform/thread.h"
+#include "support/main_window.h"
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <dirent.h>
+#include <fstream>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using namespace std::chrono;
+using seconds_d = duration<double>;
+
+shared<uint64_t> cycles; // T-states so far
+platform::critical_section video_section;
+
+struct quiet_listener : platform::window_listener {
+    int64_t window_proc(platform::host_window &, const platform::message &, bool &handled) override {
+        handled = false;
+        return 0;
+    }
+};
+
+struct reporting_window : main_window {
+    void post(uint32_t, uint64_t address, uint64_t reason) override {
+        std::printf("the CPU stopped at %04X, reason %u\n", static_cast<unsigned>(address),
+                    static_cast<unsigned>(reason));
+    }
+    void set_full_screen_style(int, int) override {}
+    void set_window_style(int, int) override {}
+};
+
+// Seconds on a processor, by thread in the order of their creation.
+std::vector<double> thread_times() {
+    std::vector<long> ids;
+    DIR *tasks = opendir("/proc/self/task");
+    if (tasks == nullptr) return {};
+    while (const dirent *entry = readdir(tasks))
+        if (const long id = std::atol(entry->d_name)) ids.push_back(id);
+    closedir(tasks);
+    std::sort(ids.begin(), ids.end());
+    std::vector<double> times;
+    for (const long id : ids) {
+        double nanoseconds = 0;
+        std::ifstream("/proc/self/task/" + std::to_string(id) + "/schedstat") >> nanoseconds;
+        times.push_back(nanoseconds / 1e9);
+    }
+    return times;
+}
+
+struct moment {
+    steady_clock::time_point time;
+    uint64_t emulated;
+};
+
+// The moment right after a slice's end, where emulated and real time are to agree.
+moment next_slice_end(const platform::headless_host &host) {
+    const uint64_t before = host.sound.unlocks();
+    while (host.sound.unlocks() == before) std::this_thread::sleep_for(microseconds(50));
+    return {steady_clock::now(), cycles};
+}
+
+// Processor seconds for one second of emulated time, as fast as it goes.
+double unpaced_cost() {
+    timespec start{}, end{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &start);
+    uint64_t done = 0;
+    for (uint32_t iteration = 0; done < 4ull * default_clock_hz; ++iteration) {
+        if (machine_pass(iteration, true) == pass_outcome::stopped) break;
+        done += main_cpu.step_cycles;
+    }
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &end);
+    const double spent = static_cast<double>(end.tv_sec - start.tv_sec) +
+                         static_cast<double>(end.tv_nsec - start.tv_nsec) / 1e9;
+    return spent * default_clock_hz / static_cast<double>(done);
+}
+
+} // namespace
+
+int main(int argc, char **argv) {
+    const int seconds = argc > 1 ? std::max(1, std::atoi(argv[1])) : 20;
+    const std::string roms = argc > 2 ? argv[2] : KIV_FIRMWARE_DIR;
+    platform::set_current_thread_affinity(1);
+    platform::headless_host host;
+    quiet_listener listener;
+    reporting_window form;
+    the_main_window = &form;
+    platform::host_window &window = *host.create_window({"", 0, 0, 640, 400}, listener);
+
+    kiv_directx directx(host);
+    z80_thread cpu;
+    sound_listener sound = directx_host_callbacks();
+    sound.advance_sound = [](uint32_t n) {
+        cycles += n;
+        kiv_directx::instance()->advanceClock(n);
+    };
+    host_callbacks_listen(sound);
+    z80_install(main_cpu, mem_read, mem_write, io_in, io_out);
+    machine_init(
+        machine, [] { video_section.enter(); }, [] { video_section.leave(); });
+    if (const std::string error = load_rom_images(roms); !error.empty()) {
+        std::fprintf(stderr, "no ROM set: %s\n", error.c_str());
+        return 1;
+    }
+    machine.boot_rom = 1;
+    machine.init_ram(machine);
+    const auto sync = platform::event::create("SYNC"), ack = platform::event::create("ACK");
+    if (!cpu.init() || !directx.init(window, 1)) return 1;
+    directx.toggle_status();
+    cpu.create_thread(1);
+    cpu.resume_thread();
+
+    next_slice_end(host);
+    for (int n = 0; n < 50; ++n) next_slice_end(host); // past the first second of the program
+    const std::vector<double> times_before = thread_times();
+    const moment start = next_slice_end(host);
+    double furthest_ahead = 0, furthest_behind = 0;
+    moment now = start;
+    double drift = 0;
+    const uint64_t frames_before = host.screen.shown().number;
+    while (now.time - start.time < std::chrono::seconds(seconds)) {
+        std::this_thread::sleep_for(milliseconds(200));
+        now = next_slice_end(host);
+        drift = static_cast<double>(now.emulated - start.emulated) / default_clock_hz -
+                seconds_d(now.time - start.time).count();
+        furthest_ahead = std::max(furthest_ahead, drift);
+        furthest_behind = std::min(furthest_behind, drift);
+    }
+    const double elapsed = seconds_d(now.time - start.time).count();
+    const std::vector<double> times_after = thread_times();
+    const uint64_t frames = host.screen.shown().number - frames_before;
+    std::printf("%.1f s, %.2f frames a second; the speed line: %.3f / %.3f MHz\n", elapsed,
+                static_cast<double>(frames) / elapsed, stat_sys_mhz.load(), stat_cpu_mhz.load());
+    std::printf("emulated against real time: %+.2f ms at the end (%+.0f ppm), between %+.2f and %+.2f ms\n",
+                drift * 1e3, drift / elapsed * 1e6, furthest_behind * 1e3, furthest_ahead * 1e3);
+
+    std::mt19937 random(1);
+    std::vector<double> pauses;
+    for (int n = 0; n < 300; ++n) {
+        std::this_thread::sleep_for(microseconds(random() % 30000));
+        const auto asked = steady_clock::now();
+        if (!cpu.pause()) return 1;
+        pauses.push_back(seconds_d(steady_clock::now() - asked).count() * 1e3);
+        cpu.resume_run();
+    }
+    std::sort(pauses.begin(), pauses.end());
+    std::printf("pause answered after: median %.2f ms, 99 %% %.2f ms, longest %.2f ms of %zu\n",
+                pauses[pauses.size() / 2], pauses[pauses.size() * 99 / 100], pauses.back(), pauses.size());
+
+    cpu.pause();
+    cpu.request_stop();
+    cpu.resume_run();
+    cpu.stop();
+    const double cost = unpaced_cost();
+    if (times_before.size() == 3 && times_after.size() == 3)
+        std::printf(
+            "processor time of a second: CPU thread %.1f ms (%.1f ms of it instructions and devices, the "
+            "rest spinning and sound), render thread %.1f ms\n",
+            (times_after[1] - times_before[1]) / elapsed * 1e3, cost * 1e3,
+            (times_after[2] - times_before[2]) / elapsed * 1e3);
+    return 0;
+}
