@@ -33,6 +33,16 @@ struct z80_thread::slice_clock {
     double ticks_per_second = static_cast<double>(platform::performance_frequency());
     double clock_hz = machine.clock_hz != 0 ? machine.clock_hz : default_clock_hz;
     int64_t slice_start = platform::performance_counter();
+    int64_t now = slice_start; // as last read
+
+    // Until `cycles` T-states from the slice's start have taken their time; 0 when they have.
+    double seconds_left(uint64_t cycles) {
+        const auto target =
+            static_cast<int64_t>(std::ceil(static_cast<double>(cycles) * ticks_per_second / clock_hz));
+        now = platform::performance_counter();
+        const int64_t left = target - (now - slice_start);
+        return left > 0 ? static_cast<double>(left) / ticks_per_second : 0;
+    }
 };
 
 z80_thread::z80_thread() = default;
@@ -203,10 +213,15 @@ void z80_thread::run_machine() {
         }
         const pass_outcome outcome = machine_pass(iteration, no_wait == 0);
         if (outcome == pass_outcome::stopped) break;
-        if (outcome == pass_outcome::frame) render->post_message(render_frame, 0, 0);
         const uint32_t charged = main_cpu.step_cycles;
         elapsed_cycles += charged;
         slice_cycles += charged;
+        if (outcome == pass_outcome::frame) {
+            // A slice runs in a fraction of a millisecond. Two frames that fall into one would be drawn as
+            // one, and the picture would move at 50 instead of the machine's 55 Hz: each waits for its time.
+            sleep_towards(clock, slice_cycles);
+            render->post_message(render_frame, 0, 0);
+        }
         if (slice_cycles < machine.cycles_per_slice) continue;
         wait_for_slice_end(clock, slice_cycles);
         if (directx != nullptr) directx->tickPCM();
@@ -219,21 +234,19 @@ void z80_thread::run_machine() {
         the_main_window->post(z80_abort_message, main_cpu.trace_pc, main_cpu.stop_reason);
 }
 
+// Sleeps until about half a millisecond before the slice's first `cycles` T-states have taken their time.
+void z80_thread::sleep_towards(slice_clock &clock, uint64_t cycles) {
+    const double remaining = clock.seconds_left(cycles);
+    if (remaining >= shortest_sleep &&
+        pace_timer.arm(static_cast<int64_t>((remaining - early_wake) * timer_units)))
+        pace_timer.wait(longest_sleep_ms);
+}
+
 // Sleeps, and spins the last of it, until the slice has taken its time. A host that is too slow does not make
 // up for it later: the next slice is measured from here.
 void z80_thread::wait_for_slice_end(slice_clock &clock, uint64_t cycles) {
-    const auto target = static_cast<int64_t>(
-        std::ceil(static_cast<double>(cycles) * clock.ticks_per_second / clock.clock_hz));
-    int64_t now = platform::performance_counter();
-    while (now - clock.slice_start < target) {
-        const double remaining =
-            static_cast<double>(target - (now - clock.slice_start)) / clock.ticks_per_second;
-        if (remaining >= shortest_sleep &&
-            pace_timer.arm(static_cast<int64_t>((remaining - early_wake) * timer_units)))
-            pace_timer.wait(longest_sleep_ms);
-        now = platform::performance_counter();
-    }
-    clock.slice_start = now;
+    while (clock.seconds_left(cycles) > 0) sleep_towards(clock, cycles);
+    clock.slice_start = clock.now;
 }
 
 // ---- what others ask ----------------------------------------------------------------------------------

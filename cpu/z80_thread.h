@@ -58,6 +58,7 @@ class z80_thread : public kel_thread, public emulated_clock {
     bool start_delay();
     bool answer_request();
     bool park(std::unique_lock<std::mutex> &lock);
+    void sleep_towards(slice_clock &clock, uint64_t cycles);
     void wait_for_slice_end(slice_clock &clock, uint64_t cycles);
 
     // The park protocol: request, acknowledgement and release under one mutex. `control` is also looked at
