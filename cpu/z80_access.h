@@ -1,9 +1,5 @@
 // The Z80's roads to the outside: instruction bytes, data bytes, words, the stack, ports. This is the only
 // code that touches the wait counters.
-//
-// `pc` is the program counter of the running instruction. It lives in a register of the host from the
-// opcode to the end of the instruction and goes back into the record once: three fetches that each load
-// and store it would make the longest chain of dependent accesses of the whole step.
 #pragma once
 
 #include "cpu/z80_cpu.h"
@@ -29,7 +25,41 @@ static_assert(std::endian::native == std::endian::little);
     return static_cast<uint16_t>(high << 8 | low);
 }
 
-// Instruction bytes out of the inject buffer, which is taken from its end; see z80_cpu.cpp.
+// Where the bytes of the running instruction come from: memory at PC, or the inject buffer as long as that
+// is active. The buffer is in use for one step in thousands, so every group is compiled for either place and
+// the ordinary step never asks.
+//
+// PC stays at the first byte until the instruction ends; the count of bytes taken is known to the compiler in
+// every line of an opcode group. So PC is loaded and stored once an instruction. Fetches that each load and
+// store it would make the longest chain of dependent accesses of the whole step, and carrying it in a
+// register across the calls would cost every step the saving of that register.
+template <bool injecting> struct program_counter {
+    z80_cpu &cpu;
+    int taken; // bytes, since PC
+
+    static constexpr bool may_inject = injecting;
+    [[gnu::always_inline]] operator uint16_t() const { return static_cast<uint16_t>(cpu.PC + taken); }
+    [[gnu::always_inline]] program_counter &operator=(uint16_t target) {
+        cpu.PC = target;
+        taken = 0;
+        return *this;
+    }
+    // The same place where the compiler shall know it: after that many prefix bytes, unless some of them were
+    // injected.
+    [[gnu::always_inline]] program_counter behind(int prefix_bytes) const {
+        return {cpu, injecting ? taken : prefix_bytes};
+    }
+    [[gnu::always_inline]] uint16_t advance(int bytes) {
+        const uint16_t from = *this;
+        taken += bytes;
+        return from;
+    }
+};
+
+using memory_pc = program_counter<false>;
+using injecting_pc = program_counter<true>;
+
+// Bytes out of the inject buffer, which is taken from its end; see z80_cpu.cpp.
 uint8_t z80_injected8(z80_cpu &cpu);
 uint16_t z80_injected16(z80_cpu &cpu);
 
@@ -41,37 +71,27 @@ uint16_t z80_injected16(z80_cpu &cpu);
     cpu.mem_write(address, value, &cpu.wait_count);
 }
 
-[[gnu::always_inline]] inline uint16_t read16(z80_cpu &cpu, uint16_t address) {
-    const unsigned low = cpu.mem_read(address, &cpu.wait_count);
-    const unsigned high = cpu.mem_read(static_cast<uint16_t>(address + 1), &cpu.wait_count2);
-    return word_of(high, low);
-}
-
-[[gnu::always_inline]] inline void write16(z80_cpu &cpu, uint16_t address, uint16_t value) {
-    cpu.mem_write(address, lo(value), &cpu.wait_count);
-    cpu.mem_write(static_cast<uint16_t>(address + 1), hi(value), &cpu.wait_count2);
-}
+// Words are the rarer accesses, and with two calls each they would make every path through an opcode group
+// save more registers: they stay out of line.
+uint16_t read16(z80_cpu &cpu, uint16_t address);
+void write16(z80_cpu &cpu, uint16_t address, uint16_t value);
 
 // The opcode, or the byte after a prefix. Every M1 cycle costs one wait, whatever the memory is: what the
 // memory itself reports goes into a counter that nobody reads.
-[[gnu::always_inline]] inline uint8_t fetch_opcode(z80_cpu &cpu, uint16_t &pc) {
-    if (cpu.inject_active) [[unlikely]]
-        return z80_injected8(cpu);
-    return cpu.mem_read(pc++, &cpu.m1_memory_waits);
+[[gnu::always_inline]] inline uint8_t fetch_opcode(z80_cpu &cpu, auto &pc) {
+    if (pc.may_inject && cpu.inject_active) return z80_injected8(cpu);
+    return cpu.mem_read(pc.advance(1), &cpu.m1_memory_waits);
 }
 
-[[gnu::always_inline]] inline uint8_t fetch8(z80_cpu &cpu, uint16_t &pc) {
-    if (cpu.inject_active) [[unlikely]]
-        return z80_injected8(cpu);
-    return read8(cpu, pc++);
+[[gnu::always_inline]] inline uint8_t fetch8(z80_cpu &cpu, auto &pc) {
+    if (pc.may_inject && cpu.inject_active) return z80_injected8(cpu);
+    return read8(cpu, pc.advance(1));
 }
 
-[[gnu::always_inline]] inline uint16_t fetch16(z80_cpu &cpu, uint16_t &pc) {
-    if (cpu.inject_active) [[unlikely]]
-        return z80_injected16(cpu);
-    const uint16_t value = read16(cpu, pc);
-    pc = static_cast<uint16_t>(pc + 2);
-    return value;
+[[gnu::always_inline]] inline uint16_t fetch16(z80_cpu &cpu, auto &pc) {
+    if (pc.may_inject && cpu.inject_active) return z80_injected16(cpu);
+    const unsigned low = fetch8(cpu, pc);
+    return word_of(cpu.mem_read(pc.advance(1), &cpu.wait_count2), low);
 }
 
 [[gnu::always_inline]] inline void push16(z80_cpu &cpu, uint16_t value) {
@@ -81,18 +101,19 @@ uint16_t z80_injected16(z80_cpu &cpu);
 }
 
 [[gnu::always_inline]] inline uint16_t pop16(z80_cpu &cpu) {
-    const uint16_t value = read16(cpu, cpu.SP);
+    const unsigned low = cpu.mem_read(cpu.SP, &cpu.wait_count);
+    const unsigned high = cpu.mem_read(static_cast<uint16_t>(cpu.SP + 1), &cpu.wait_count2);
     cpu.SP = static_cast<uint16_t>(cpu.SP + 2);
-    return value;
+    return word_of(high, low);
 }
 
-// A device may look at the PC while it serves a port: it finds the address after the instruction.
-[[gnu::always_inline]] inline uint8_t input(z80_cpu &cpu, uint16_t pc, uint16_t port) {
-    cpu.PC = pc;
+// A device may look at PC while it serves a port: it finds the address after the instruction.
+[[gnu::always_inline]] inline uint8_t input(z80_cpu &cpu, auto &pc, uint16_t port) {
+    pc = static_cast<uint16_t>(pc);
     return cpu.io_in(port);
 }
 
-[[gnu::always_inline]] inline void output(z80_cpu &cpu, uint16_t pc, uint16_t port, uint8_t value) {
-    cpu.PC = pc;
+[[gnu::always_inline]] inline void output(z80_cpu &cpu, auto &pc, uint16_t port, uint8_t value) {
+    pc = static_cast<uint16_t>(pc);
     cpu.io_out(port, value);
 }

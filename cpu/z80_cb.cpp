@@ -1,9 +1,9 @@
 // The CB group: rotates, shifts and single bits of a register or of (HL).
-#include "cpu/z80_groups.h"
 #include "cpu/z80_operations.h"
 
 // clang-format off
-bool exec_cb(z80_cpu &cpu, uint16_t pc) {
+template <class code> bool exec_cb(z80_cpu &cpu, code from) {
+    code pc = from.behind(1);
     uint32_t cycles = 0;
     switch (fetch_opcode(cpu, pc)) {
     // ---- 0x00 ----------------------------------------------------------------------
@@ -301,3 +301,6 @@ bool exec_cb(z80_cpu &cpu, uint16_t pc) {
     return finish(cpu, pc, cycles, 2);
 }
 // clang-format on
+
+template bool exec_cb(z80_cpu &, memory_pc);
+template bool exec_cb(z80_cpu &, injecting_pc);

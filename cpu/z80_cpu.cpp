@@ -1,7 +1,6 @@
 // The record's own operations: install, reset, step, interrupt requests and their entry, the inject buffer.
 #include "cpu/z80_cpu.h"
 
-#include "cpu/z80_groups.h"
 #include "cpu/z80_operations.h"
 #include <cstddef>
 #include <cstring>
@@ -24,25 +23,6 @@ constexpr uint32_t nmi_accept_cycles = 11;
 
 constexpr uint16_t im1_entry = 0x0038;
 constexpr uint16_t nmi_entry = 0x0066;
-
-// A step that enters an accepted interrupt, runs injected bytes, or finds the CPU stopped.
-[[gnu::noinline, gnu::cold]] bool step_with_entry(z80_cpu &cpu) {
-    const bool entered =
-        (cpu.stop_flags & pending_nmi) || ((cpu.stop_flags & pending_interrupt) && cpu.IM != 0);
-    if (entered) {
-        push16(cpu, cpu.PC);
-        cpu.PC = cpu.vector_pc;
-        cpu.trace_pc = cpu.vector_pc;
-    }
-    z80_execute(cpu);
-    if (cpu.stop_flags & (pending_interrupt | pending_nmi)) {
-        cpu.stop_flags &= stop_code_mask;
-        cpu.step_cycles += cpu.accept_cycles;
-        __atomic_store_n(&cpu.total_cycles, cpu.total_cycles + cpu.accept_cycles, __ATOMIC_RELAXED);
-        cpu.accept_cycles = 0;
-    }
-    return (cpu.stop_flags & stop_code_mask) != 0;
-}
 
 } // namespace
 
@@ -74,14 +54,22 @@ void z80_reset(z80_cpu &cpu) {
     cpu.inject_count = 0;
 }
 
-bool z80_step(z80_cpu &cpu) {
-    cpu.wait_count = 0;
-    cpu.wait_count2 = 0;
-    cpu.trace_pc = cpu.PC;
-    cpu.r_counter = static_cast<uint8_t>(cpu.r_counter + 1);
-    if (cpu.stop_flags | cpu.inject_active) [[unlikely]]
-        return step_with_entry(cpu);
-    return z80_execute(cpu);
+// Enters an NMI, or an interrupt in mode 1 or 2; in mode 0 the instruction comes out of the inject buffer.
+[[gnu::cold]] bool z80_step_entering(z80_cpu &cpu) {
+    const bool vectored = (cpu.stop_flags & pending_interrupt) && cpu.IM != 0;
+    if (vectored || (cpu.stop_flags & pending_nmi)) {
+        push16(cpu, cpu.PC);
+        cpu.PC = cpu.vector_pc;
+        cpu.trace_pc = cpu.vector_pc;
+    }
+    z80_execute_injecting(cpu);
+    if (cpu.stop_flags & (pending_interrupt | pending_nmi)) {
+        cpu.stop_flags &= stop_code_mask;
+        cpu.step_cycles += cpu.accept_cycles;
+        __atomic_store_n(&cpu.total_cycles, cpu.total_cycles + cpu.accept_cycles, __ATOMIC_RELAXED);
+        cpu.accept_cycles = 0;
+    }
+    return cpu.stop_flags != 0;
 }
 
 uint32_t z80_interrupt(z80_cpu &cpu, uint8_t level) {
@@ -119,7 +107,7 @@ void z80_nmi(z80_cpu &cpu) {
 
 [[gnu::cold]] uint8_t z80_injected8(z80_cpu &cpu) {
     if (cpu.inject_count < 1) {
-        stop(cpu, stop_code_inject_empty);
+        set_stop_code(cpu, stop_code_inject_empty);
         return 0;
     }
     cpu.inject_count = static_cast<int16_t>(cpu.inject_count - 1);
@@ -129,11 +117,22 @@ void z80_nmi(z80_cpu &cpu) {
 
 [[gnu::cold]] uint16_t z80_injected16(z80_cpu &cpu) {
     if (cpu.inject_count < 2) {
-        stop(cpu, stop_code_inject_empty);
+        set_stop_code(cpu, stop_code_inject_empty);
         return 0;
     }
     const uint8_t low = z80_injected8(cpu);
     return word_of(z80_injected8(cpu), low);
+}
+
+uint16_t read16(z80_cpu &cpu, uint16_t address) {
+    const unsigned low = cpu.mem_read(address, &cpu.wait_count);
+    const unsigned high = cpu.mem_read(static_cast<uint16_t>(address + 1), &cpu.wait_count2);
+    return word_of(high, low);
+}
+
+void write16(z80_cpu &cpu, uint16_t address, uint16_t value) {
+    cpu.mem_write(address, lo(value), &cpu.wait_count);
+    cpu.mem_write(static_cast<uint16_t>(address + 1), hi(value), &cpu.wait_count2);
 }
 
 uint16_t z80_register(const z80_cpu &cpu, int index) {

@@ -2,11 +2,11 @@
 //
 // Defined is what the data book lists. The mirrors of NEG, RETN and IM, IN (C), OUT (C),0 and everything else
 // stop the CPU as undefined; the block I/O instructions stop it as unimplemented.
-#include "cpu/z80_groups.h"
 #include "cpu/z80_operations.h"
 
 // clang-format off
-bool exec_ed(z80_cpu &cpu, uint16_t pc) {
+template <class code> bool exec_ed(z80_cpu &cpu, code from) {
+    code pc = from.behind(1);
     uint32_t cycles = 0;
     switch (fetch_opcode(cpu, pc)) {
     // ---- 0x40 ----------------------------------------------------------------------
@@ -63,26 +63,29 @@ bool exec_ed(z80_cpu &cpu, uint16_t pc) {
     // ---- 0x80 ----------------------------------------------------------------------
     case 0xA0: block_load(cpu, 1);                              cycles = 16; break; // LDI
     case 0xA1: block_compare(cpu, 1);                           cycles = 16; break; // CPI
-    case 0xA2: stop_instruction(cpu, stop_unimplemented);       break;              // INI
-    case 0xA3: stop_instruction(cpu, stop_unimplemented);       break;              // OUTI
+    case 0xA2: return stop(cpu, pc, stop_unimplemented, 0, 2);                           // INI
+    case 0xA3: return stop(cpu, pc, stop_unimplemented, 0, 2);                           // OUTI
 
     case 0xA8: block_load(cpu, -1);                             cycles = 16; break; // LDD
     case 0xA9: block_compare(cpu, -1);                          cycles = 16; break; // CPD
-    case 0xAA: stop_instruction(cpu, stop_unimplemented);       break;              // IND
-    case 0xAB: stop_instruction(cpu, stop_unimplemented);       break;              // OUTD
+    case 0xAA: return stop(cpu, pc, stop_unimplemented, 0, 2);                           // IND
+    case 0xAB: return stop(cpu, pc, stop_unimplemented, 0, 2);                           // OUTD
 
     case 0xB0: cycles = block_load_repeat(cpu, pc, 1);          break;              // LDIR
     case 0xB1: cycles = block_compare_repeat(cpu, pc, 1);       break;              // CPIR
-    case 0xB2: stop_instruction(cpu, stop_unimplemented);       break;              // INIR
-    case 0xB3: stop_instruction(cpu, stop_unimplemented);       break;              // OTIR
+    case 0xB2: return stop(cpu, pc, stop_unimplemented, 0, 2);                           // INIR
+    case 0xB3: return stop(cpu, pc, stop_unimplemented, 0, 2);                           // OTIR
 
     case 0xB8: cycles = block_load_repeat(cpu, pc, -1);         break;              // LDDR
     case 0xB9: cycles = block_compare_repeat(cpu, pc, -1);      break;              // CPDR
-    case 0xBA: stop_instruction(cpu, stop_unimplemented);       break;              // INDR
-    case 0xBB: stop_instruction(cpu, stop_unimplemented);       break;              // OTDR
+    case 0xBA: return stop(cpu, pc, stop_unimplemented, 0, 2);                           // INDR
+    case 0xBB: return stop(cpu, pc, stop_unimplemented, 0, 2);                           // OTDR
 
-    default:   cycles = undefined(cpu); break;
+    default:   return stop(cpu, pc, stop_undefined, undefined_cycles, 2);
     }
     return finish(cpu, pc, cycles, 2);
 }
 // clang-format on
+
+template bool exec_ed(z80_cpu &, memory_pc);
+template bool exec_ed(z80_cpu &, injecting_pc);

@@ -3,30 +3,29 @@
 //
 // Only what concerns the index register is defined. Anything else after the prefix, a second prefix included,
 // stops the CPU as undefined; nothing falls back to the unprefixed instruction.
-#include "cpu/z80_groups.h"
 #include "cpu/z80_operations.h"
 
 namespace {
 
-[[gnu::always_inline]] inline uint8_t read_indexed(z80_cpu &cpu, uint16_t &pc, uint16_t index) {
+[[gnu::always_inline]] inline uint8_t read_indexed(z80_cpu &cpu, auto &pc, uint16_t index) {
     return read8(cpu, displaced(index, fetch8(cpu, pc)));
 }
 
-[[gnu::always_inline]] inline void write_indexed(z80_cpu &cpu, uint16_t &pc, uint16_t index, uint8_t value) {
+[[gnu::always_inline]] inline void write_indexed(z80_cpu &cpu, auto &pc, uint16_t index, uint8_t value) {
     write8(cpu, displaced(index, fetch8(cpu, pc)), value);
 }
 
-[[gnu::always_inline]] inline void store_operand_indexed(z80_cpu &cpu, uint16_t &pc, uint16_t index) {
+[[gnu::always_inline]] inline void store_operand_indexed(z80_cpu &cpu, auto &pc, uint16_t index) {
     const uint16_t address = displaced(index, fetch8(cpu, pc));
     write8(cpu, address, fetch8(cpu, pc));
 }
 
-[[gnu::always_inline]] inline void increment_indexed(z80_cpu &cpu, uint16_t &pc, uint16_t index) {
+[[gnu::always_inline]] inline void increment_indexed(z80_cpu &cpu, auto &pc, uint16_t index) {
     const uint16_t address = displaced(index, fetch8(cpu, pc));
     write8(cpu, address, inc8(cpu, read8(cpu, address)));
 }
 
-[[gnu::always_inline]] inline void decrement_indexed(z80_cpu &cpu, uint16_t &pc, uint16_t index) {
+[[gnu::always_inline]] inline void decrement_indexed(z80_cpu &cpu, auto &pc, uint16_t index) {
     const uint16_t address = displaced(index, fetch8(cpu, pc));
     write8(cpu, address, dec8(cpu, read8(cpu, address)));
 }
@@ -34,7 +33,8 @@ namespace {
 } // namespace
 
 // clang-format off
-bool exec_index(z80_cpu &cpu, uint16_t pc, uint16_t &index) {
+template <class code> bool exec_index(z80_cpu &cpu, code from, uint16_t &index) {
+    code pc = from.behind(1);
     uint32_t cycles = 0;
     switch (fetch_opcode(cpu, pc)) {
     // ---- 0x00 ----------------------------------------------------------------------
@@ -153,8 +153,11 @@ bool exec_index(z80_cpu &cpu, uint16_t pc, uint16_t &index) {
 
     case 0xF9: cpu.SP = index;                               cycles = 10; break; // LD SP,IX
 
-    default:   cycles = undefined(cpu); break;
+    default:   return stop(cpu, pc, stop_undefined, undefined_cycles, 2);
     }
     return finish(cpu, pc, cycles, 2);
 }
 // clang-format on
+
+template bool exec_index(z80_cpu &, memory_pc, uint16_t &);
+template bool exec_index(z80_cpu &, injecting_pc, uint16_t &);

@@ -4,7 +4,6 @@
 // The operation byte comes last, after the displacement and after the operand has been read; neither is an
 // M1 cycle. A rotate or shift leaves its result in a register as well, unless the byte names (HL): the real
 // H and L are meant. RES and SET leave no copy, whatever register the byte names.
-#include "cpu/z80_groups.h"
 #include "cpu/z80_operations.h"
 
 namespace {
@@ -18,7 +17,8 @@ namespace {
 } // namespace
 
 // clang-format off
-bool exec_index_cb(z80_cpu &cpu, uint16_t pc, uint16_t &index) {
+template <class code> bool exec_index_cb(z80_cpu &cpu, code from, uint16_t &index) {
+    code pc = from.behind(2);
     const uint16_t address = displaced(index, fetch8(cpu, pc));
     const uint8_t n = read8(cpu, address);
     uint32_t cycles = 0;
@@ -318,3 +318,6 @@ bool exec_index_cb(z80_cpu &cpu, uint16_t pc, uint16_t &index) {
     return finish(cpu, pc, cycles, 2);
 }
 // clang-format on
+
+template bool exec_index_cb(z80_cpu &, memory_pc, uint16_t &);
+template bool exec_index_cb(z80_cpu &, injecting_pc, uint16_t &);

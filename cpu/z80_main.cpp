@@ -1,12 +1,17 @@
 // The unprefixed instructions.
-#include "cpu/z80_groups.h"
 #include "cpu/z80_operations.h"
+#include <array>
+#include <utility>
 
+namespace {
+
+constexpr int any_opcode = -1;
+
+// The opcode map. With `fixed` given one case of it remains, see `instructions`.
 // clang-format off
-bool z80_execute(z80_cpu &cpu) {
-    uint16_t pc = cpu.PC;
+template <class code, int fixed> [[gnu::always_inline]] inline bool unprefixed(z80_cpu &cpu, code pc, int opcode) {
     uint32_t cycles = 0;
-    switch (fetch_opcode(cpu, pc)) {
+    switch (fixed == any_opcode ? opcode : fixed) {
     // ---- 0x00 ----------------------------------------------------------------------
     case 0x00:                                                       cycles = 4;  break; // NOP
     case 0x01: cpu.BC = fetch16(cpu, pc);                            cycles = 10; break; // LD BC,nn
@@ -141,7 +146,7 @@ bool z80_execute(z80_cpu &cpu) {
     case 0x73: write8(cpu, cpu.HL, lo(cpu.DE));                      cycles = 7;  break; // LD (HL),E
     case 0x74: write8(cpu, cpu.HL, hi(cpu.HL));                      cycles = 7;  break; // LD (HL),H
     case 0x75: write8(cpu, cpu.HL, lo(cpu.HL));                      cycles = 7;  break; // LD (HL),L
-    case 0x76: stop_instruction(cpu, stop_halt);                     break;              // HALT
+    case 0x76: return stop(cpu, pc, stop_halt, 0, 1);                                         // HALT
     case 0x77: write8(cpu, cpu.HL, hi(cpu.AF));                      cycles = 7;  break; // LD (HL),A
 
     case 0x78: set_hi(cpu.AF, hi(cpu.BC));                           cycles = 4;  break; // LD A,B
@@ -302,3 +307,40 @@ bool z80_execute(z80_cpu &cpu) {
     return finish(cpu, pc, cycles, 1);
 }
 // clang-format on
+
+// The map taken apart: for every opcode a function with that case alone.
+using instruction = bool (*)(z80_cpu &cpu);
+
+template <int opcode> bool unprefixed_alone(z80_cpu &cpu) {
+    return unprefixed<memory_pc, opcode>(cpu, memory_pc{cpu, 1}, opcode);
+}
+
+template <int first, int... opcodes>
+constexpr std::array<instruction, 128> half_of_the_map(std::integer_sequence<int, opcodes...>) {
+    return {unprefixed_alone<first + opcodes>...};
+}
+
+constexpr std::array<instruction, 128> lower_half =
+    half_of_the_map<0x00>(std::make_integer_sequence<int, 128>());
+constexpr std::array<instruction, 128> upper_half =
+    half_of_the_map<0x80>(std::make_integer_sequence<int, 128>());
+
+} // namespace
+
+bool z80_step(z80_cpu &cpu) {
+    cpu.wait_count = 0;
+    cpu.wait_count2 = 0;
+    cpu.trace_pc = cpu.PC;
+    cpu.r_counter = static_cast<uint8_t>(cpu.r_counter + 1);
+    if (cpu.stop_flags | cpu.inject_active) [[unlikely]]
+        return z80_step_entering(cpu);
+    memory_pc pc{cpu, 0};
+    const uint8_t opcode = fetch_opcode(cpu, pc);
+    return opcode < 0x80 ? lower_half[opcode](cpu) : upper_half[opcode & 0x7F](cpu);
+}
+
+bool z80_execute_injecting(z80_cpu &cpu) {
+    injecting_pc pc{cpu, 0};
+    const uint8_t opcode = fetch_opcode(cpu, pc);
+    return unprefixed<injecting_pc, any_opcode>(cpu, pc, opcode);
+}

@@ -5,32 +5,33 @@
 // out of it, is what adding the sign bit to x leaves in the bit above.
 #pragma once
 
-#include "cpu/z80_access.h"
+#include "cpu/z80_groups.h"
 
-// The end of every instruction: PC, T-states and opcode fetches go into the record. True when it stopped
-// the CPU. total_cycles has this one writer, so a plain load and a relaxed store do.
+// The end of every instruction: PC, T-states and opcode fetches go into the record. total_cycles has this
+// one writer, so a plain load and a relaxed store do. False: the CPU runs on.
 [[gnu::always_inline]] inline bool finish(z80_cpu &cpu, uint16_t pc, uint32_t cycles, uint32_t m1_count) {
     cpu.PC = pc;
     cpu.step_cycles = cycles;
     cpu.m1_count = m1_count;
     __atomic_store_n(&cpu.total_cycles, cpu.total_cycles + cycles, __ATOMIC_RELAXED);
-    return (cpu.stop_flags & stop_code_mask) != 0;
+    return false;
 }
 
-[[gnu::always_inline]] inline void stop(z80_cpu &cpu, z80_stop_flag code) {
+[[gnu::always_inline]] inline void set_stop_code(z80_cpu &cpu, z80_stop_flag code) {
     cpu.stop_flags = static_cast<uint8_t>((cpu.stop_flags & ~stop_code_mask) | code);
 }
 
-[[gnu::always_inline]] inline void stop_instruction(z80_cpu &cpu, z80_stop_reason reason) {
-    stop(cpu, stop_code_instruction);
+// The end of an instruction that stops the CPU.
+[[gnu::cold]] inline bool stop(z80_cpu &cpu, uint16_t pc, z80_stop_reason reason, uint32_t cycles,
+                               uint32_t m1_count) {
+    set_stop_code(cpu, stop_code_instruction);
     cpu.stop_reason = reason;
+    finish(cpu, pc, cycles, m1_count);
+    return true;
 }
 
-// A byte sequence that is no instruction.
-[[gnu::always_inline]] inline uint32_t undefined(z80_cpu &cpu) {
-    stop_instruction(cpu, stop_undefined);
-    return 5;
-}
+// A byte sequence that is no instruction costs this.
+constexpr uint32_t undefined_cycles = 5;
 
 // Flags.
 
@@ -276,19 +277,25 @@ constexpr unsigned flags_szp = flag_s | flag_z | flag_pv;
     return static_cast<uint16_t>(address + static_cast<int8_t>(displacement));
 }
 
-[[gnu::always_inline]] inline void jump_if(z80_cpu &cpu, uint16_t &pc, bool condition) {
-    const uint16_t target = fetch16(cpu, pc);
-    if (condition) pc = target;
+[[gnu::always_inline]] inline void jump_if(z80_cpu &cpu, auto &pc, bool condition) {
+    if (condition) {
+        pc = fetch16(cpu, pc);
+    } else {
+        fetch16(cpu, pc);
+    }
 }
 
-[[gnu::always_inline]] inline uint32_t jump_relative_if(z80_cpu &cpu, uint16_t &pc, bool condition) {
-    const uint8_t displacement = fetch8(cpu, pc);
-    if (!condition) return 7;
-    pc = displaced(pc, displacement);
-    return 12;
+[[gnu::always_inline]] inline uint32_t jump_relative_if(z80_cpu &cpu, auto &pc, bool condition) {
+    if (condition) {
+        const uint8_t displacement = fetch8(cpu, pc);
+        pc = displaced(pc, displacement);
+        return 12;
+    }
+    fetch8(cpu, pc);
+    return 7;
 }
 
-[[gnu::always_inline]] inline uint32_t djnz(z80_cpu &cpu, uint16_t &pc) {
+[[gnu::always_inline]] inline uint32_t djnz(z80_cpu &cpu, auto &pc) {
     const uint8_t displacement = fetch8(cpu, pc);
     const uint8_t b = static_cast<uint8_t>(hi(cpu.BC) - 1);
     set_hi(cpu.BC, b);
@@ -297,19 +304,22 @@ constexpr unsigned flags_szp = flag_s | flag_z | flag_pv;
     return 13;
 }
 
-[[gnu::always_inline]] inline void call_to(z80_cpu &cpu, uint16_t &pc, uint16_t target) {
+[[gnu::always_inline]] inline void call_to(z80_cpu &cpu, auto &pc, uint16_t target) {
     push16(cpu, pc);
     pc = target;
 }
 
-[[gnu::always_inline]] inline uint32_t call_if(z80_cpu &cpu, uint16_t &pc, bool condition) {
-    const uint16_t target = fetch16(cpu, pc);
-    if (!condition) return 10;
-    call_to(cpu, pc, target);
-    return 17;
+[[gnu::always_inline]] inline uint32_t call_if(z80_cpu &cpu, auto &pc, bool condition) {
+    if (condition) {
+        const uint16_t target = fetch16(cpu, pc);
+        call_to(cpu, pc, target);
+        return 17;
+    }
+    fetch16(cpu, pc);
+    return 10;
 }
 
-[[gnu::always_inline]] inline uint32_t return_if(z80_cpu &cpu, uint16_t &pc, bool condition) {
+[[gnu::always_inline]] inline uint32_t return_if(z80_cpu &cpu, auto &pc, bool condition) {
     if (!condition) return 5;
     pc = pop16(cpu);
     return 11;
@@ -322,7 +332,7 @@ constexpr unsigned flags_szp = flag_s | flag_z | flag_pv;
     cpu.IFF2 = enabled;
 }
 
-[[gnu::always_inline]] inline void retn(z80_cpu &cpu, uint16_t &pc) {
+[[gnu::always_inline]] inline void retn(z80_cpu &cpu, auto &pc) {
     pc = pop16(cpu);
     cpu.IFF1 = cpu.IFF2;
 }
@@ -333,18 +343,18 @@ constexpr unsigned flags_szp = flag_s | flag_z | flag_pv;
 }
 
 // IN A,(n) and OUT (n),A: A is the high byte of the port.
-[[gnu::always_inline]] inline void input_n(z80_cpu &cpu, uint16_t &pc) {
+[[gnu::always_inline]] inline void input_n(z80_cpu &cpu, auto &pc) {
     const uint16_t port = word_of(hi(cpu.AF), fetch8(cpu, pc));
     set_hi(cpu.AF, input(cpu, pc, port));
 }
 
-[[gnu::always_inline]] inline void output_n(z80_cpu &cpu, uint16_t &pc) {
+[[gnu::always_inline]] inline void output_n(z80_cpu &cpu, auto &pc) {
     const uint16_t port = word_of(hi(cpu.AF), fetch8(cpu, pc));
     output(cpu, pc, port, hi(cpu.AF));
 }
 
 // IN r,(C).
-[[gnu::always_inline]] inline uint8_t input_bc(z80_cpu &cpu, uint16_t pc) {
+[[gnu::always_inline]] inline uint8_t input_bc(z80_cpu &cpu, auto &pc) {
     const uint8_t value = input(cpu, pc, cpu.BC);
     set_flags(cpu, sz53p(value) | carry_of(cpu));
     return value;
@@ -395,18 +405,18 @@ constexpr uint32_t block_repeat_cycles = 21;
                        (cpu.BC != 0 ? flag_pv : 0) | flag_n | carry_of(cpu));
 }
 
-[[gnu::always_inline]] inline uint32_t repeat_if(uint16_t &pc, bool condition) {
+[[gnu::always_inline]] inline uint32_t repeat_if(auto &pc, bool condition) {
     if (!condition) return block_cycles;
-    pc = static_cast<uint16_t>(pc - 2);
+    pc.advance(-2);
     return block_repeat_cycles;
 }
 
-[[gnu::always_inline]] inline uint32_t block_load_repeat(z80_cpu &cpu, uint16_t &pc, int step) {
+[[gnu::always_inline]] inline uint32_t block_load_repeat(z80_cpu &cpu, auto &pc, int step) {
     block_load(cpu, step);
     return repeat_if(pc, cpu.BC != 0);
 }
 
-[[gnu::always_inline]] inline uint32_t block_compare_repeat(z80_cpu &cpu, uint16_t &pc, int step) {
+[[gnu::always_inline]] inline uint32_t block_compare_repeat(z80_cpu &cpu, auto &pc, int step) {
     block_compare(cpu, step);
     return repeat_if(pc, cpu.BC != 0 && !on(cpu, flag_z));
 }
