@@ -54,11 +54,17 @@ struct z80_bench {
         memory[address] = value;
     }
     static uint8_t port_value(uint16_t port) { return static_cast<uint8_t>(port * 0x9D >> 5); }
+    // A device that serves a port finds PC behind the instruction.
+    static inline uint16_t port_pc;
     static uint8_t in(uint16_t port) {
+        port_pc = cpu.PC;
         log.push_back({'I', port, port_value(port), wait_to::nothing});
         return port_value(port);
     }
-    static void out(uint16_t port, uint8_t value) { log.push_back({'O', port, value, wait_to::nothing}); }
+    static void out(uint16_t port, uint8_t value) {
+        port_pc = cpu.PC;
+        log.push_back({'O', port, value, wait_to::nothing});
+    }
 
     // A fresh CPU and memory of zeros.
     static void start() {

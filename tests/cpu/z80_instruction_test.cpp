@@ -124,6 +124,17 @@ TEST(Z80Instruction, RegistersTimeAndBus) {
     }
 }
 
+TEST(Z80Instruction, PortsSeeThePcBehindTheInstruction) {
+    for (const std::vector<uint8_t> &code :
+         {std::vector<uint8_t>{0xDB, 0x10}, {0xD3, 0x10}, {0xED, 0x40}, {0xED, 0x41}}) {
+        z80_bench::start();
+        z80_bench::put(0, code);
+        z80_bench::step();
+        EXPECT_EQ(z80_bench::port_pc, 2) << std::hex << int(code[0]) << " " << int(code[1]);
+        EXPECT_EQ(z80_bench::cpu.PC, 2);
+    }
+}
+
 TEST(Z80Instruction, BlockMovesRunOnePassAStep) {
     z80_bench::start();
     z80_cpu &cpu = z80_bench::cpu;
