@@ -10,6 +10,8 @@
 #include <cstring>
 #include <limits>
 #include <mutex>
+#include <pthread.h>
+#include <sched.h>
 #include <thread>
 
 namespace platform {
@@ -90,6 +92,11 @@ SDL_AudioDeviceID open_device(sound_output &output) {
 
 // The thread that owns the device: SDL may block in opening and closing, so nobody else calls it.
 void keep_device(const std::shared_ptr<sound_output> &shared) {
+    // The window thread is tied to one processor and its children with it; the sound's need not be.
+    cpu_set_t all;
+    CPU_ZERO(&all);
+    for (size_t processor = 0; processor < CPU_SETSIZE; ++processor) CPU_SET(processor, &all);
+    pthread_setaffinity_np(pthread_self(), sizeof all, &all);
     sound_output &output = *shared;
     SDL_AudioDeviceID device = 0;
     uint64_t pulled = 0;
