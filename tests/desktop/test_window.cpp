@@ -327,13 +327,4 @@ TEST_F(DesktopWindow, TogglingWhileFramesArrive) {
     EXPECT_GT(frames, so_far) << "the render thread is not held up";
 }
 
-TEST_F(DesktopWindow, TheCursorIsShownWhileItsCountIsNotNegative) {
-    EXPECT_EQ(window->show_cursor(false), -1);
-    EXPECT_EQ(view()->cursor().shape(), Qt::BlankCursor);
-    EXPECT_EQ(window->show_cursor(false), -2);
-    EXPECT_EQ(window->show_cursor(true), -1);
-    EXPECT_EQ(window->show_cursor(true), 0);
-    EXPECT_EQ(view()->cursor().shape(), Qt::ArrowCursor);
-}
-
 } // namespace
