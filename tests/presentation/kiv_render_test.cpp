@@ -87,6 +87,12 @@ TEST_F(kiv_render_test, figures_come_once_a_second) {
     EXPECT_LE(stat_sys_mhz, 3.994);
     EXPECT_LE(stat_fps, 101);
     EXPECT_GE(stat_lpf, 24);
+    stat_fps = -1; // the next period has only begun
+    render.post_message(render_frame, 0, 0);
+    wait_for_frames(posted + 1);
+    render.post_message(render_frame, 0, 0);
+    wait_for_frames(posted + 2);
+    EXPECT_EQ(stat_fps, -1);
 }
 
 // The picture's object goes first; frames that are asked for afterwards are not drawn.

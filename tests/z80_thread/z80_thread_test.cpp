@@ -221,6 +221,9 @@ TEST_F(z80_thread_test, a_pause_right_after_a_resume_is_answered) {
         EXPECT_EQ(timed([&] { return cpu->pause(); }), 1) << "while parked, " << n;
         cpu->resume_run();
         ASSERT_EQ(timed([&] { return cpu->pause(); }), 1) << n;
+        const uint32_t parked_at = passes;
+        if (n % 16 == 0) std::this_thread::sleep_for(milliseconds(1));
+        ASSERT_EQ(passes, parked_at) << n;
         cpu->resume_run();
         if (n % 2 == 0)
             while (passes == then) std::this_thread::yield(); // it runs
