@@ -162,10 +162,10 @@ TEST_F(kiv_run, SettingsReachTheMachine) {
 TEST_F(kiv_run, AStoppedProcessorIsNamedAndShown) {
     const outcome halted = run("--type ab0 --text");
     EXPECT_EQ(halted.code, 1);
-    EXPECT_NE(halted.err.find("the processor stopped at $00D5: HALT (76 "), std::string::npos) << halted.err;
+    EXPECT_NE(halted.err.find("the processor stopped at $00CD: HALT (76 "), std::string::npos) << halted.err;
     EXPECT_EQ(first_line(halted.out, 1), "ab");
     const outcome undefined = run("--type 1");
-    EXPECT_NE(undefined.err.find("$00D6: undefined instruction (ED FF "), std::string::npos) << undefined.err;
+    EXPECT_NE(undefined.err.find("$00CE: undefined instruction (ED FF "), std::string::npos) << undefined.err;
 }
 
 // One line that names what and why, exit code 1, and nothing left behind.

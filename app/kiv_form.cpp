@@ -1,0 +1,434 @@
+#include "app/kiv_form.h"
+
+#include "app/kiv_assay.h"
+#include "app/kiv_help.h"
+#include "app/program.h"
+#include "cpu/z80_thread.h"
+#include "display/kiv_directx.h"
+#include "machine/kiv_machine.h"
+#include "machine/memory_dump.h"
+#include "platform/file.h"
+#include "platform/resources.h"
+#include "resources/resources.h"
+#include "support/kel_fstream.h"
+
+#include <cstdio>
+#include <exception>
+
+namespace {
+
+constexpr uint64_t repeated_key = uint64_t{1} << 30; // lparam of wm_key_down
+constexpr char too_long_text[] = "パス名が長すぎます";
+
+// "2.0.9" and a letter for the fourth number; empty when the program carries no version.
+std::string version_text() {
+    const platform::resource r =
+        platform::find_resource(platform::resource_type::version, version_resource_id);
+    if (r.data == nullptr || r.size < 8) return {};
+    const auto number = [&r](int i) { return r.data[2 * i] | r.data[2 * i + 1] << 8; };
+    constexpr const char *suffixes[] = {"", "A", "B", "C", "D", "E", "F"};
+    const int fourth = number(3);
+    char text[64];
+    std::snprintf(text, sizeof text, "%d.%d.%d%s", number(0), number(1), number(2),
+                  fourth <= 6 ? suffixes[fourth] : "");
+    return text;
+}
+
+} // namespace
+
+kiv_form::kiv_form(platform::host &on) : host(on) { the_main_window = this; }
+
+kiv_form::~kiv_form() {
+    trace("ENTER ~kiv_form");
+    sync_event.close();
+    ack_event.close();
+    the_main_window = nullptr;
+    if (attached) { // after a failed boot; the window must not call what is gone
+        attached = false;
+        window->destroy();
+    }
+    trace("LEAVE ~kiv_form");
+}
+
+int kiv_form::create(const std::string &class_name, const std::string &title, int x, int y, int width,
+                     int height) {
+    const std::string version = version_text();
+    platform::window_options options;
+    options.title = version.empty() ? title : title + " [" + version + "]";
+    options.x = x;
+    options.y = y;
+    options.width = width;
+    options.height = height;
+    window = host.create_window(options, *this);
+    if (window == nullptr) {
+        trace("create: the host refuses a window of class %s", class_name.c_str());
+        return 0;
+    }
+    attached = true; // messages before this one have had the default handling
+    return 1;
+}
+
+void kiv_form::post(uint32_t message, uint64_t wparam, uint64_t lparam) {
+    if (window != nullptr) window->post(message, wparam, lparam);
+}
+
+// ---- messages ----------------------------------------------------------------------------------------
+
+int64_t kiv_form::window_proc(platform::host_window &, const platform::message &m, bool &handled) {
+    if (!attached) {
+        handled = false;
+        return 0;
+    }
+    // A command that fails is over; the event loop goes on.
+    try {
+        return dispatch(m, handled);
+    } catch (const kel_exception &) {
+        trace("window_proc: message 0x%X: a file could not be read or written: %s", m.id,
+              platform::last_file_error().c_str());
+    } catch (const std::exception &e) {
+        trace("window_proc: message 0x%X: %s", m.id, e.what());
+    }
+    return 0;
+}
+
+int64_t kiv_form::dispatch(const platform::message &m, bool &handled) {
+    switch (m.id) {
+    case platform::wm_destroy:
+        trace("WM_DESTROY");
+        attached = false;
+        host.post_quit(0);
+        return 0;
+    case platform::wm_move:
+        if (program.directx != nullptr) program.directx->on_move();
+        return 0;
+    case platform::wm_paint: on_paint(); return 0;
+    case platform::wm_close:
+        if (in_dialog) return 0; // the dialog owns the keyboard and the mouse until it is answered
+        trace("WM_CLOSE");
+        exit();
+        window->destroy();
+        return 0;
+    case platform::wm_query_end_session:
+        trace("WM_QUERYENDSESSION");
+        exit();
+        return 1; // the session may end
+    case platform::wm_erase_background: return erase_background(window->current_painter());
+    case platform::wm_activate_app:
+        trace("WM_ACTIVATEAPP");
+        OnAppActivate(static_cast<int>(m.wparam));
+        return 0;
+    case platform::wm_key_down:
+        if (!(m.lparam & repeated_key)) key_down(static_cast<uint32_t>(m.wparam));
+        return 0;
+    case platform::wm_key_up: key_released(static_cast<uint32_t>(m.wparam)); return 0;
+    case platform::wm_sys_command:
+        if ((m.wparam & 0xFFFF) == menu_settings)
+            settings_command();
+        else if ((m.wparam & 0xFFFF) == menu_about)
+            about_command();
+        else
+            handled = false;
+        return 0;
+    case WM_Z80START: start_emulation(); return 0;
+    case WM_Z80ABORT:
+        trace("WM_Z80ABORT");
+        on_z80_abort(static_cast<uint32_t>(m.wparam), static_cast<uint32_t>(m.lparam));
+        return 0;
+    default: handled = false; return 0;
+    }
+}
+
+void kiv_form::key_released(uint32_t virtual_key) {
+    const bool shift = window->shift_down();
+    switch (virtual_key) {
+    case key_pause:
+    case key_end: post(platform::wm_close, 0, 0); break;
+    case key_f6:
+        if (!shift)
+            save_dump();
+        else if (program.directx != nullptr)
+            program.directx->toggle_status();
+        break;
+    case key_f7: settings_command(); break;
+    case key_f8:
+        if (program.directx != nullptr) program.directx->toggleSound();
+        break;
+    case key_f9: shift ? select_tape_output() : open_file(); break;
+    case key_f11: machine.pcg_glyphs_on = machine.pcg_glyphs_on == 0; break;
+    case key_f12: shift ? change_screen() : reset_machine(); break;
+    default: key_up(virtual_key); break;
+    }
+}
+
+void kiv_form::key_down(uint32_t virtual_key) { key_press(virtual_key); }
+void kiv_form::key_up(uint32_t virtual_key) { key_release(virtual_key); }
+
+// ---- painting and the cursor -------------------------------------------------------------------------
+
+void kiv_form::on_paint() {
+    if (program.cpu_thread == nullptr || !program.cpu_thread->is_suspended()) return;
+    if (platform::painter *painter = window->current_painter()) draw_pause_picture(*painter);
+}
+
+void kiv_form::draw_pause_picture(platform::painter &painter) {
+    platform::size2 client;
+    const int width = pause_picture.width(), height = pause_picture.height();
+    if (!window->client_size(client) || width <= 0 || height <= 0) return;
+    const platform::picture picture{pause_pixels.data(), width, height};
+    for (int y = 0; y < client.height; y += height)
+        for (int x = 0; x < client.width; x += width) painter.draw(picture, x, y);
+}
+
+int kiv_form::erase_background(platform::painter *painter) {
+    platform::size2 client;
+    if (painter == nullptr || !window->client_size(client)) return 0;
+    painter->fill({0, 0, client.width, client.height}, 0x000000);
+    return 1;
+}
+
+void kiv_form::show_cursor() {
+    while (window->show_cursor(true) < 0) {
+    }
+}
+
+void kiv_form::hide_cursor() {
+    while (window->show_cursor(false) >= 0) {
+    }
+}
+
+void kiv_form::show_cursor_if_full_screen() {
+    if (program.directx->is_full_screen()) show_cursor();
+}
+
+void kiv_form::hide_cursor_if_full_screen() {
+    if (program.directx->is_full_screen()) hide_cursor();
+}
+
+void kiv_form::set_full_screen_style(int, int) { window->set_framed(false); }
+
+void kiv_form::set_window_style(int width, int height) {
+    if (!window->set_framed(true)) trace("DirectX:  SetWindowLong Failed");
+    window->resize_client(width, height);
+    window->centre();
+    window->show();
+    window->remove_default_menu_items();
+    if (window->has_menu_item(menu_about)) return; // however often the mode changes, the items come once
+    window->insert_menu_item(0, menu_about, "Kivについて");
+    window->insert_menu_item(1, menu_settings, "Kivの設定");
+}
+
+// ---- start, stop, activation -------------------------------------------------------------------------
+
+int kiv_form::pause_machine() {
+    if (program.cpu_thread == nullptr || !program.cpu_thread->pause()) return 0;
+    cassette_flush_output();
+    return 1;
+}
+
+void kiv_form::start_emulation() {
+    if (program.cpu_thread == nullptr || program.directx == nullptr) {
+        if (program.directx != nullptr) program.directx->release();
+        window->destroy();
+        return;
+    }
+    deactivated = 0;
+    program.directx->restore_surfaces();
+    if (!program.cpu_thread->create_thread(1)) trace("start_emulation: the host has no thread to give");
+    program.cpu_thread->resume_thread();
+    hide_cursor_if_full_screen();
+    window->set_focus();
+}
+
+void kiv_form::exit() {
+    trace("exit: try stop z80 thread");
+    if (pause_machine()) {
+        trace("exit: terminating Kiv");
+        program.directx->stop();
+        program.cpu_thread->request_stop();
+        program.cpu_thread->resume_run();
+        program.cpu_thread->stop();
+        program.directx->release();
+    }
+    cassette_flush_output(); // also when the thread had ended by itself
+}
+
+void kiv_form::OnAppActivate(int active) {
+    if (program.cpu_thread == nullptr || !program.cpu_thread->is_running()) return;
+    if (active) {
+        if (deactivated == 1) {
+            reactivate();
+            trace("OnAppActivate: Activate without Surface");
+        } else {
+            trace("OnAppActivate: Activate");
+        }
+        return;
+    }
+    trace("OnAppActivate: Deactivate");
+    // A dialog has parked the machine already and resumes it when it is answered.
+    if (!program.directx->is_full_screen() || in_dialog) return;
+    program.directx->stop();
+    pause_machine();
+    deactivated = 1;
+    show_cursor_if_full_screen();
+}
+
+void kiv_form::reactivate() {
+    hide_cursor_if_full_screen();
+    window->set_focus();
+    remap_cursor_keys();
+    deactivated = 0;
+    program.cpu_thread->resume_run();
+    program.directx->play();
+}
+
+void kiv_form::on_z80_abort(uint32_t address, uint32_t reason) {
+    program.directx->stop();
+    const char *kind = "未実装命令";
+    if (reason == stop_halt)
+        kind = " HALT命令";
+    else if (reason == stop_undefined)
+        kind = "未定義命令";
+    char text[128];
+    std::snprintf(text, sizeof text, "$%4.4X にて%sを検出につき終了。", address & 0xFFFF, kind);
+    trace("%s", text);
+    window->show_cursor(true);
+    window->invalidate(false);
+    host.error_box(window, text, "Kivex");
+    post(platform::wm_close, 0, 0);
+}
+
+// ---- commands ----------------------------------------------------------------------------------------
+
+void kiv_form::reset_machine() {
+    if (program.cpu_thread == nullptr || deactivated || in_dialog || !pause_machine()) return;
+    program.directx->stop();
+    program.directx->clearPCM();
+    program.directx->setSoundOff(0);
+    remap_cursor_keys();
+    machine.machine_reset(machine);
+    machine.pcg_glyphs_on = 0;
+    machine.tape_position = 0;
+    program.cpu_thread->reset_cpu();
+    program.cpu_thread->resume_run();
+    program.directx->play();
+}
+
+void kiv_form::change_screen() {
+    if (in_dialog) return;
+    trace("change_screen: try stop z80 thread");
+    if (!pause_machine()) return;
+    trace("change_screen: try stop direct sound");
+    program.directx->stop();
+    trace("change_screen: try reinit");
+    window->show_cursor(program.directx->is_full_screen() != 0);
+    if (!program.directx->toggle_screen()) {
+        trace("change_screen: exit by failed");
+        program.cpu_thread->request_stop();
+        program.cpu_thread->resume_run();
+        program.cpu_thread->stop();
+        program.directx->release();
+        return;
+    }
+    trace("change_screen: restart");
+    window->show_cursor(program.directx->is_full_screen() == 0);
+    window->set_focus();
+    program.cpu_thread->resume_run();
+    program.directx->play();
+}
+
+bool kiv_form::suspend_for_dialog(bool take_focus, bool erase) {
+    if (in_dialog || !pause_machine()) return false;
+    in_dialog = true;
+    program.directx->stop();
+    show_cursor_if_full_screen();
+    if (take_focus) window->set_focus();
+    window->invalidate(erase);
+    return true;
+}
+
+void kiv_form::resume_after_dialog(bool release_keys) {
+    in_dialog = false;
+    hide_cursor_if_full_screen();
+    window->set_focus();
+    if (release_keys) machine.reset_keyboard(machine);
+    program.cpu_thread->resume_run();
+    program.directx->play();
+}
+
+bool kiv_form::refuse_long_path(const char *command, const std::string &path) {
+    if (path.size() < path_limit) return false;
+    trace("%s: a path of %zu bytes is too long", command, path.size());
+    host.error_box(window, too_long_text, program_title);
+    return true;
+}
+
+void kiv_form::save_dump() {
+    if (!suspend_for_dialog(false, false)) return;
+    platform::file_dialog_options options;
+    options.title = "Kiv ﾌｧｲﾙの保存";
+    options.filter_name = "Kiv ﾌﾟﾛｸﾞﾗﾑﾌｧｲﾙ";
+    options.patterns = {"*.KIV"};
+    options.file_name = "dump";
+    options.default_extension = "KIV";
+    options.confirm_overwrite = true;
+    std::string path;
+    // What a dump or a tape cannot do is in the log by its own line.
+    if (host.save_file(*window, options, path) && !refuse_long_path("save_dump", path))
+        memory_dump_save(path, main_cpu);
+    resume_after_dialog(false);
+}
+
+void kiv_form::open_file() {
+    if (!suspend_for_dialog(false, true)) return;
+    platform::file_dialog_options options;
+    options.title = "Kiv ﾌｧｲﾙの選択";
+    options.filter_name = "Kiv ﾌﾟﾛｸﾞﾗﾑﾌｧｲﾙ";
+    options.patterns = {"*.KIV", "*.CMT"};
+    options.file_name = "*.kiv;*.cmt";
+    options.default_extension = "KIV";
+    options.must_exist = true;
+    std::string path;
+    bool loaded = false;
+    if (host.open_file(*window, options, path) && !refuse_long_path("open_file", path)) {
+        // Anywhere in the path, folders included.
+        const bool dump = path.find(".KIV") != std::string::npos || path.find(".kiv") != std::string::npos;
+        loaded = dump ? memory_dump_load(path, main_cpu) : cassette_load_tape(path);
+    }
+    machine.cassette_set_stopped(loaded);
+    resume_after_dialog(true);
+}
+
+void kiv_form::select_tape_output() {
+    if (!suspend_for_dialog(false, true)) return;
+    platform::file_dialog_options options;
+    options.title = "CMT ﾌｧｲﾙの保存先選択";
+    options.filter_name = "CMT 出力ﾌｧｲﾙ";
+    options.patterns = {"*.CMT"};
+    options.file_name = "cassette";
+    options.default_extension = "CMT";
+    options.confirm_overwrite = true;
+    // A cancelled dialog leaves the name that it began with.
+    std::string path;
+    if (!host.save_file(*window, options, path)) path = options.file_name;
+    if (!refuse_long_path("select_tape_output", path) && !cassette_set_output(path))
+        trace("select_tape_output: %s cannot be taken", path.c_str());
+    resume_after_dialog(false);
+}
+
+void kiv_form::settings_command() {
+    if (!suspend_for_dialog(true, false)) return;
+    platform::settings_dialog dialog = make_settings_dialog();
+    if (host.settings(*window, dialog)) {
+        apply_settings_dialog(dialog);
+        hard_volume = hard_volume_readback();
+        soft_volume = static_cast<int16_t>(program.directx->getSoftVolume());
+        write_settings(settings_section);
+    }
+    resume_after_dialog(false);
+}
+
+void kiv_form::about_command() {
+    if (!suspend_for_dialog(true, false)) return;
+    host.help(*window, make_help_dialog());
+    resume_after_dialog(false);
+}

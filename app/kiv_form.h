@@ -1,0 +1,127 @@
+// The main window and everything a person can ask of the program: keys, commands, dialogs, activation, full
+// screen, and the orderly stop. Its boot is in kiv_boot.cpp, its settings in kiv_settings.cpp.
+//
+// Everything here runs on the window thread, except `post`. The machine and the CPU are touched only while
+// the CPU thread is parked.
+#pragma once
+
+#include "app/settings_file.h"
+#include "platform/event.h"
+#include "platform/host.h"
+#include "support/kel_dib.h"
+#include "support/main_window.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+// The window's own messages.
+enum form_message : uint32_t {
+    WM_Z80START = platform::wm_private + 1, // from the boot: start the emulation
+    WM_Z80ABORT =
+        platform::wm_private + 2, // from the CPU thread: wparam the instruction's address, lparam why
+};
+
+enum form_menu_item : uint32_t {
+    menu_settings = 1,
+    menu_about = 2,
+};
+
+// Host keys that are commands, acted on when they are released.
+enum command_key : uint32_t {
+    key_pause = 0x13,
+    key_end = 0x23,
+    key_f6 = 0x75,
+    key_f7 = 0x76,
+    key_f8 = 0x77,
+    key_f9 = 0x78,
+    key_f11 = 0x7A,
+    key_f12 = 0x7B,
+};
+
+constexpr size_t path_limit = 512; // bytes of a path with its closing 0
+
+class kiv_form final : public main_window, public platform::window_listener {
+  public:
+    explicit kiv_form(platform::host &host);
+    ~kiv_form() override;
+    kiv_form(const kiv_form &) = delete;
+    kiv_form &operator=(const kiv_form &) = delete;
+
+    // Creates the window, with the program's version in its title. 1, or 0 when the host refuses.
+    virtual int create(const std::string &class_name, const std::string &title, int x, int y, int width,
+                       int height);
+    // Posts a message to the own window; from any thread.
+    void post(uint32_t message, uint64_t wparam, uint64_t lparam) override;
+    // Boots the machine and posts WM_Z80START. 1, or 0 after a failure that it has shown or logged.
+    virtual int initialize();
+    int64_t window_proc(platform::host_window &from, const platform::message &m, bool &handled) override;
+    virtual void OnAppActivate(int active);
+    virtual void on_paint();
+    virtual void draw_pause_picture(platform::painter &painter);
+    virtual int erase_background(platform::painter *painter); // 1, or 0 without a client area
+    virtual void key_down(uint32_t virtual_key);
+    virtual void key_up(uint32_t virtual_key);
+    virtual void show_cursor();
+    virtual void hide_cursor();
+    virtual void show_cursor_if_full_screen();
+    virtual void hide_cursor_if_full_screen();
+
+    // The frame off, when full screen begins; the frame on and the client area of that size, in a window.
+    void set_full_screen_style(int width, int height) override;
+    void set_window_style(int width, int height) override;
+
+    platform::host_window *get_window() const { return window; }
+
+  private:
+    int64_t dispatch(const platform::message &m, bool &handled);
+    void key_released(uint32_t virtual_key);
+
+    // Commands.
+    void start_emulation();
+    void exit();
+    void reset_machine();
+    void change_screen();
+    void save_dump();
+    void open_file();
+    void select_tape_output();
+    void settings_command();
+    void about_command();
+    void on_z80_abort(uint32_t address, uint32_t reason);
+    void reactivate();
+
+    // The two halves around every dialog. False: the CPU thread could not be parked, the command is dropped.
+    bool suspend_for_dialog(bool take_focus, bool erase);
+    void resume_after_dialog(bool release_keys);
+    int pause_machine(); // z80_thread's pause, then the buffered tape output
+    bool refuse_long_path(const char *command, const std::string &path);
+
+    // Boot.
+    int load_roms();
+    int load_picture();
+    int load_font();
+    void remap_cursor_keys();
+
+    // Settings.
+    int load_settings_file();
+    void read_settings(const char *section);
+    int write_settings(const char *section);
+    int hard_volume_readback() const;
+    platform::settings_dialog make_settings_dialog() const;
+    void apply_settings_dialog(const platform::settings_dialog &dialog);
+
+    platform::host &host;
+    platform::host_window *window = nullptr; // kept when it is destroyed: other threads may still post
+    bool attached = false;                   // the window's messages come here
+    bool in_dialog = false;                  // between the two halves of a dialog
+    kel_dib pause_picture;
+    std::vector<uint32_t> pause_pixels; // the pause picture as 0x00RRGGBB, rows top first
+    int use_videomem = 1;
+    int tenkeyless = 0;
+    int hard_volume = 0; // decibels
+    int soft_volume = 0;
+    std::string ini_path;
+    int deactivated = 0; // 1: paused because full screen lost activation
+    platform::event sync_event, ack_event;
+    platform::critical_section video_section;
+};

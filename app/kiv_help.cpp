@@ -1,0 +1,48 @@
+#include "app/kiv_help.h"
+
+// The dotted columns line up in a fixed-pitch font, in which half-width katakana take one column.
+// clang-format off
+const char help_text[] =
+    "==========================================\r\n"
+    " \"Kiv\"のキー操作について\r\n"
+    "==========================================\r\n"
+    "[F6] ................ Kiv形式ﾒﾓﾘﾀﾞﾝﾌﾟﾌｧｲﾙ出力\r\n"
+    "[F7] ................ 機能設定\r\n"
+    "[F8] ................ サウンド ON/OFF\r\n"
+    "[F9] ................ Kiv/CMTファイル選択\r\n"
+    "[F11] ............... PCG-8100 ON/OFF\r\n"
+    "[F12] ............... リセットボタン\r\n"
+    "\r\n"
+    "[SHIFT]+[F9] ........ CMTﾌｧｲﾙ保存先指定(CSAVE/W)\r\n"
+    "[SHIFT]+[F12] ....... 全画面切り替え ON/OFF\r\n"
+    "\r\n"
+    "==========================================\r\n"
+    " \"Kiv\"のキーバインドについて\r\n"
+    "==========================================\r\n"
+    "[GRPH] .............. [無変換]\r\n"
+    "[カナ] .............. [変換]\r\n"
+    "[STOP] .............. [BS]\r\n"
+    "\r\n"
+    "==========================================\r\n"
+    " \"Kiv\"の機能設定について\r\n"
+    "==========================================\r\n"
+    "[DMA load] .......... VRAMのDMA転送遅延を指定(100)\r\n"
+    "[DMA gain] .......... 上記で指定の値の減算単位(20)\r\n"
+    "[Volue] ............. DirectSoundﾊｰﾄﾞｳｪｱVolume(db)\r\n"
+    "[Amplitude] ......... DirectSoundｿﾌﾄｳｪｱVolume\r\n"
+    "\r\n"
+    "[Text diff-draw]..... 変更行のみ描替え\r\n"
+    "[Interlace like]..... ｲﾝﾀﾚｰｽ効果\r\n"
+    "[TenKeyLess] ........ ｶｰｿﾙKeyに2468を割当てる(ﾃﾝｷｰの無いKB用)\r\n"
+    "[NoWait] ............ M1WaitとROMﾒﾓﾘｱｸｾｽのｳｪｲﾄを除去\r\n"
+    "[720x480] ........... 全画面時に640x480が使えない場合に指定\r\n";
+// clang-format on
+
+platform::help_dialog make_help_dialog() {
+    platform::help_dialog dialog;
+    dialog.caption = "Kivについて";
+    dialog.program_line = "Kiv - PC-8001 Emulator";
+    dialog.copyright_line = "Copyright (c) 2026 The Kiv authors";
+    dialog.text = help_text;
+    return dialog;
+}
