@@ -71,10 +71,16 @@ uint16_t z80_injected16(z80_cpu &cpu);
     cpu.mem_write(address, value, &cpu.wait_count);
 }
 
-// Words are the rarer accesses, and with two calls each they would make every path through an opcode group
-// save more registers: they stay out of line.
-uint16_t read16(z80_cpu &cpu, uint16_t address);
-void write16(z80_cpu &cpu, uint16_t address, uint16_t value);
+[[gnu::always_inline]] inline uint16_t read16(z80_cpu &cpu, uint16_t address) {
+    const unsigned low = cpu.mem_read(address, &cpu.wait_count);
+    const unsigned high = cpu.mem_read(static_cast<uint16_t>(address + 1), &cpu.wait_count2);
+    return word_of(high, low);
+}
+
+[[gnu::always_inline]] inline void write16(z80_cpu &cpu, uint16_t address, uint16_t value) {
+    cpu.mem_write(address, lo(value), &cpu.wait_count);
+    cpu.mem_write(static_cast<uint16_t>(address + 1), hi(value), &cpu.wait_count2);
+}
 
 // The opcode, or the byte after a prefix. Every M1 cycle costs one wait, whatever the memory is: what the
 // memory itself reports goes into a counter that nobody reads.
@@ -90,8 +96,7 @@ void write16(z80_cpu &cpu, uint16_t address, uint16_t value);
 
 [[gnu::always_inline]] inline uint16_t fetch16(z80_cpu &cpu, auto &pc) {
     if (pc.may_inject && cpu.inject_active) return z80_injected16(cpu);
-    const unsigned low = fetch8(cpu, pc);
-    return word_of(cpu.mem_read(pc.advance(1), &cpu.wait_count2), low);
+    return read16(cpu, pc.advance(2));
 }
 
 [[gnu::always_inline]] inline void push16(z80_cpu &cpu, uint16_t value) {
@@ -101,10 +106,9 @@ void write16(z80_cpu &cpu, uint16_t address, uint16_t value);
 }
 
 [[gnu::always_inline]] inline uint16_t pop16(z80_cpu &cpu) {
-    const unsigned low = cpu.mem_read(cpu.SP, &cpu.wait_count);
-    const unsigned high = cpu.mem_read(static_cast<uint16_t>(cpu.SP + 1), &cpu.wait_count2);
+    const uint16_t value = read16(cpu, cpu.SP);
     cpu.SP = static_cast<uint16_t>(cpu.SP + 2);
-    return word_of(high, low);
+    return value;
 }
 
 // A device may look at PC while it serves a port: it finds the address after the instruction.

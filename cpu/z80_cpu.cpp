@@ -124,17 +124,6 @@ void z80_nmi(z80_cpu &cpu) {
     return word_of(z80_injected8(cpu), low);
 }
 
-uint16_t read16(z80_cpu &cpu, uint16_t address) {
-    const unsigned low = cpu.mem_read(address, &cpu.wait_count);
-    const unsigned high = cpu.mem_read(static_cast<uint16_t>(address + 1), &cpu.wait_count2);
-    return word_of(high, low);
-}
-
-void write16(z80_cpu &cpu, uint16_t address, uint16_t value) {
-    cpu.mem_write(address, lo(value), &cpu.wait_count);
-    cpu.mem_write(static_cast<uint16_t>(address + 1), hi(value), &cpu.wait_count2);
-}
-
 uint16_t z80_register(const z80_cpu &cpu, int index) {
     const uint16_t *const words[register_words] = {&cpu.BC,     &cpu.DE,     &cpu.HL,     &cpu.AF,
                                                    &cpu.BC_alt, &cpu.DE_alt, &cpu.HL_alt, &cpu.AF_alt,

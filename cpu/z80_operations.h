@@ -278,21 +278,15 @@ constexpr unsigned flags_szp = flag_s | flag_z | flag_pv;
 }
 
 [[gnu::always_inline]] inline void jump_if(z80_cpu &cpu, auto &pc, bool condition) {
-    if (condition) {
-        pc = fetch16(cpu, pc);
-    } else {
-        fetch16(cpu, pc);
-    }
+    const uint16_t target = fetch16(cpu, pc);
+    if (condition) pc = target;
 }
 
 [[gnu::always_inline]] inline uint32_t jump_relative_if(z80_cpu &cpu, auto &pc, bool condition) {
-    if (condition) {
-        const uint8_t displacement = fetch8(cpu, pc);
-        pc = displaced(pc, displacement);
-        return 12;
-    }
-    fetch8(cpu, pc);
-    return 7;
+    const uint8_t displacement = fetch8(cpu, pc);
+    if (!condition) return 7;
+    pc = displaced(pc, displacement);
+    return 12;
 }
 
 [[gnu::always_inline]] inline uint32_t djnz(z80_cpu &cpu, auto &pc) {
@@ -310,13 +304,10 @@ constexpr unsigned flags_szp = flag_s | flag_z | flag_pv;
 }
 
 [[gnu::always_inline]] inline uint32_t call_if(z80_cpu &cpu, auto &pc, bool condition) {
-    if (condition) {
-        const uint16_t target = fetch16(cpu, pc);
-        call_to(cpu, pc, target);
-        return 17;
-    }
-    fetch16(cpu, pc);
-    return 10;
+    const uint16_t target = fetch16(cpu, pc);
+    if (!condition) return 10;
+    call_to(cpu, pc, target);
+    return 17;
 }
 
 [[gnu::always_inline]] inline uint32_t return_if(z80_cpu &cpu, auto &pc, bool condition) {

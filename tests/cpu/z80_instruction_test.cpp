@@ -3,6 +3,7 @@
 #include "z80_bench.h"
 
 #include <gtest/gtest.h>
+#include <thread>
 
 namespace {
 
@@ -227,4 +228,22 @@ TEST(Z80Instruction, ResetClearsRegistersAndKeepsTheRest) {
     z80_fix_seed(2);
     z80_reset(cpu);
     EXPECT_NE(first, std::vector<uint8_t>(cpu.r_table, cpu.r_table + 256)) << "another seed";
+}
+
+// The speed figure is taken by another thread while the CPU runs: nothing is lost or counted twice.
+TEST(Z80Instruction, TotalCyclesAreTakenFromAnotherThread) {
+    static uint8_t jump_to_itself[] = {0x18, 0xFE};
+    z80_cpu cpu{};
+    z80_install(
+        cpu, [](uint16_t address, uint32_t *) { return jump_to_itself[address & 1]; },
+        [](uint16_t, uint8_t, uint32_t *) {}, [](uint16_t) { return uint8_t{}; }, [](uint16_t, uint8_t) {});
+    constexpr uint32_t steps = 100'000;
+    std::thread runner([&cpu] {
+        for (uint32_t i = 0; i < steps; ++i) cpu.z80_step(cpu);
+    });
+    uint64_t taken = 0;
+    for (int i = 0; i < 1000; ++i) taken += z80_take_total_cycles(cpu);
+    runner.join();
+    taken += z80_take_total_cycles(cpu);
+    EXPECT_EQ(taken, uint64_t{12} * steps);
 }
