@@ -90,6 +90,7 @@ class whole_program : public testing::Test {
         std::thread other([&] {
             try {
                 wait_until("the window", [&] { return host.window() != nullptr; });
+                wait_until("the first frame", [&] { return host.screen.shown().number != 0; });
                 person();
                 window().strike_key(vk_end);
             } catch (const gave_up &) {
