@@ -102,17 +102,14 @@ uint8_t colour_of(uint8_t attribute) {
     return static_cast<uint8_t>(colour_permutation[attribute >> 5] | semigraphic);
 }
 
-// Hidden as long as blinking text is in its dark phase; secret text does not blink.
-uint8_t blinking(uint8_t cell, uint8_t attribute, bool dark) {
-    const bool blinks = (attribute & (attribute_blink | attribute_secret)) == attribute_blink;
-    return static_cast<uint8_t>(blinks && dark ? cell | cell_secret : cell);
-}
-
 // Each pair holds from its column on. What the row above ended with holds until the first pair, colour and
 // character attribute each on its own.
 void decode_cells(bool mono) {
     const bool dark = machine.attr_blink_phase == 0;
     uint8_t (*const decoder)(uint8_t) = machine.attr_decoder;
+    const auto decode = [&](uint8_t source) { // blinking text is hidden in its dark phase
+        return static_cast<uint8_t>(decoder(source) | (dark && source & attribute_blink ? cell_secret : 0));
+    };
     uint8_t colour = machine.running_colour, attribute = machine.running_attribute;
     uint32_t column = 0;
     const auto fill_to = [&](uint32_t end) {
@@ -122,11 +119,11 @@ void decode_cells(bool mono) {
     };
     for (const attr_pair &pair : machine.attr_pairs) {
         if (pair.position >= text_columns) break;
-        fill_to(pair.position);
+        if (pair.position > column) fill_to(pair.position);
         if (!mono && (pair.attribute & attribute_is_colour))
             colour = colour_of(pair.attribute);
         else
-            attribute = blinking(decoder(pair.attribute), pair.attribute, dark);
+            attribute = decode(pair.attribute);
     }
     fill_to(text_columns);
     machine.running_colour = colour;

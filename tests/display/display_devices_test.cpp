@@ -307,7 +307,8 @@ TEST_F(video_timing, TheDmaTakesItsClocksByteByByteOrInBursts) {
         }
         for (size_t i = c.steps.size(); i < c.ticks + 5; ++i) machine.timing_tick(1);
         EXPECT_EQ(machine.dma_stall, c.all) << c.what;
-        machine.timing_tick(10);
+        machine.timing_reset();
+        machine.timing_tick(1);
         out(0x68, {0x00});
         machine.timing_tick(1);
         EXPECT_EQ(machine.dma_stall + machine.dma_remaining, 0u) << c.what << ", channel 2 off";

@@ -227,6 +227,14 @@ TEST_F(frame_composer, CursorOnAReversedScreenIsNormalVideoInWhite) {
     machine.text_row_decode(0);
     EXPECT_EQ(machine.cell_attr[5] & (cell_reverse | cell_colour), 7);
     EXPECT_EQ(machine.cell_attr[6] & cell_reverse, cell_reverse);
+    const display_block before = machine;
+    for (int x = 80; x < 128; ++x) { // beyond the row there is no cursor
+        crtc(0x81, {x, 0});
+        machine.text_row_decode(0);
+        machine.cell_attr[5] = before.cell_attr[5];
+        ASSERT_EQ(std::memcmp(static_cast<display_block *>(&machine), &before, sizeof before), 0)
+            << "column " << x;
+    }
     const auto cells = std::to_array(machine.cell_attr);
     machine.text_row_decode(25); // no such row
     EXPECT_EQ(std::to_array(machine.cell_attr), cells);
