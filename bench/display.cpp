@@ -2,13 +2,13 @@
 // and graphics, text only, graphics only. The text is the worst case: no blank cell.
 #include "display/renderers.h"
 #include "machine/kiv_machine.h"
+#include "platform/pixel_memory.h"
 
 #include <benchmark/benchmark.h>
 #include <cstring>
 #include <ctime>
 #include <random>
 #include <string>
-#include <vector>
 
 namespace {
 
@@ -60,7 +60,7 @@ size_t frame_bytes(uint32_t format) {
 double cpu_seconds() { return static_cast<double>(std::clock()) / CLOCKS_PER_SEC; }
 
 // CPU time of one memset of the frame, taken just before the frames themselves.
-double memset_seconds(std::vector<uint32_t> &frame, uint32_t format) {
+double memset_seconds(platform::pixel_memory &frame, uint32_t format) {
     constexpr int times = 1000;
     const double start = cpu_seconds();
     for (int i = 0; i < times; ++i) {
@@ -71,9 +71,9 @@ double memset_seconds(std::vector<uint32_t> &frame, uint32_t format) {
 }
 
 void memset_frame(benchmark::State &state, uint32_t format) {
-    std::vector<uint8_t> frame(frame_bytes(format));
+    platform::pixel_memory frame(frame_bytes(format) / 4);
     for (auto _ : state) {
-        std::memset(frame.data(), 0, frame.size());
+        std::memset(frame.data(), 0, frame_bytes(format));
         benchmark::ClobberMemory();
     }
 }
@@ -81,7 +81,7 @@ void memset_frame(benchmark::State &state, uint32_t format) {
 void compose(benchmark::State &state, int layers, uint32_t mode, uint32_t format, variant how) {
     fill_machine(layers, mode, how);
     use_wide_vectors = how != without_avx2;
-    std::vector<uint32_t> frame(frame_width * frame_height);
+    platform::pixel_memory frame(frame_width * frame_height);
     set_frame_geometry(frame_width, frame_height, frame_width);
     geometry.frame_pixels = frame.data();
     const double unit = memset_seconds(frame, format), start = cpu_seconds();

@@ -1,6 +1,7 @@
 // The whole machine: the demonstration ROM, every device, sound rendered at every slice and a 32-bit frame
 // composed at every vertical blank, as a multiple of real time on one core.
 #include "machine/machine_pass.h"
+#include "platform/pixel_memory.h"
 #include "resources/resources.h"
 #include "sound/sound_slices.h"
 
@@ -29,7 +30,7 @@ bool load(const char *name, uint8_t *area, size_t size) {
     return in.gcount() > 0;
 }
 
-bool boot(std::vector<uint32_t> &frame) {
+bool boot(platform::pixel_memory &frame) {
     z80_fix_seed(1);
     z80_install(main_cpu, mem_read, mem_write, io_in, io_out);
     host_callbacks_listen(listener);
@@ -53,7 +54,7 @@ bool boot(std::vector<uint32_t> &frame) {
 // One iteration is one emulated second.
 void demonstration(benchmark::State &state) {
     const bool frames = state.range(0) != 0;
-    std::vector<uint32_t> frame(frame_width * frame_height);
+    platform::pixel_memory frame(frame_width * frame_height);
     if (!boot(frame)) {
         state.SkipWithError("the demonstration ROM was not built");
         return;

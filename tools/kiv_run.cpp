@@ -81,7 +81,7 @@ class machine_run {
     uint64_t frame_limit = 0, cycle_limit = 0;
     uint64_t frames = 0, cycles = 0;
     uint64_t slice_cycles = 0; // T-states of the current sound slice
-    uint8_t pixels[frame_width * frame_height] = {};
+    alignas(64) uint8_t pixels[frame_width * frame_height] = {};
     std::chrono::steady_clock::time_point started, progress_shown;
     bool on_terminal = false;
     bool progress_line = false;

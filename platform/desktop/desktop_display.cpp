@@ -1,5 +1,6 @@
 #include "platform/desktop/desktop_display.h"
 
+#include "platform/pixel_memory.h"
 #include <algorithm>
 #include <chrono>
 #include <condition_variable>
@@ -107,7 +108,7 @@ class offscreen_surface : public surface {
     const int width, height;
     const bool indexed8;
     const int pitch;
-    std::vector<uint32_t> memory;
+    pixel_memory memory;
     std::mutex mutex;
     std::condition_variable unlocked;
     bool locked = false;

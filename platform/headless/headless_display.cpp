@@ -1,6 +1,7 @@
 #include "platform/headless/headless_display.h"
 
 #include "platform/headless/headless_window.h"
+#include "platform/pixel_memory.h"
 #include <algorithm>
 #include <chrono>
 #include <condition_variable>
@@ -176,7 +177,7 @@ class offscreen_surface : public memory_surface {
     }
     uint32_t *row32(int y) { return pixels.data() + static_cast<ptrdiff_t>(y) * width; }
 
-    std::vector<uint32_t> pixels;
+    pixel_memory pixels;
     std::mutex mutex;
     std::condition_variable unlocked;
     bool locked = false;
