@@ -71,9 +71,10 @@ void draw_line(uint32_t offset, Pixel *pixels, const std::array<pixel_pair<Pixel
         const auto &p0 = pair_bits[planes[0][offset + x]];
         const auto &p1 = pair_bits[planes[1][offset + x]];
         const auto &p2 = pair_bits[planes[2][offset + x]];
-        for (uint32_t pair = 0; pair < 4; ++pair)
-            std::memcpy(pixels + 2 * pair, &pairs[p0[pair] | p1[pair] << 2 | p2[pair] << 4],
-                        2 * sizeof(Pixel));
+        for (uint32_t pair = 0; pair < 4; ++pair) {
+            const auto codes = static_cast<uint32_t>(p0[pair] | p1[pair] << 2 | p2[pair] << 4);
+            std::memcpy(pixels + 2 * pair, &pairs[codes], 2 * sizeof(Pixel));
+        }
     }
 }
 

@@ -67,16 +67,6 @@ TEST_F(crt_controller, AttributeModesDecideTheFlagsAndTheRowSize) {
     }
 }
 
-TEST_F(crt_controller, BlinkRateSetsBothBlinkCycles) {
-    const int cases[4][4] = {{16, 8, 32, 24}, {32, 16, 64, 48}, {48, 24, 96, 72}, {64, 32, 128, 96}};
-    for (int rate = 0; rate < 4; ++rate) {
-        crtc(0x00, {0x4E, rate << 6 | 0x18});
-        const int got[4] = {machine.cursor_blink_period, machine.cursor_blink_on, machine.attr_blink_period,
-                            machine.attr_blink_on};
-        for (int i = 0; i < 4; ++i) EXPECT_EQ(got[i], cases[rate][i]) << "rate " << rate << ", field " << i;
-    }
-}
-
 TEST_F(crt_controller, CommandsMoveTheParameterStateAndTheStatus) {
     crtc(0x20);
     EXPECT_EQ(machine.crtc_status, 0);
