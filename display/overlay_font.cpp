@@ -5,8 +5,8 @@
 
 namespace {
 
-constexpr uint8_t ink_index = 0xFF, paper_index = 0x00;
-constexpr uint32_t ink_rgb = 0xFFFFFF, paper_rgb = 0x000000;
+constexpr uint8_t black_index = 0x00, white_index = 0xFF;
+constexpr uint32_t black_rgb = 0x000000, white_rgb = 0xFFFFFF;
 
 constexpr int first_glyph = 0x20;
 constexpr int glyphs_per_band = 16;
@@ -98,19 +98,19 @@ constexpr std::array<glyph_rows, glyph_count> read_art() {
 
 constexpr auto glyphs = read_art();
 
-// Calls with the surface's first pixel in its own type and that type's two colours.
+// Calls with the surface's first pixel in its own type and that type's black and white.
 template <class Draw> void with_pixels(const overlay_surface &surface, Draw draw) {
     if (surface.indexed8)
-        draw(static_cast<uint8_t *>(surface.pixels), ink_index, paper_index);
+        draw(static_cast<uint8_t *>(surface.pixels), black_index, white_index);
     else
-        draw(static_cast<uint32_t *>(surface.pixels), ink_rgb, paper_rgb);
+        draw(static_cast<uint32_t *>(surface.pixels), black_rgb, white_rgb);
 }
 
 } // namespace
 
 void overlay_text(const overlay_surface &surface, const char *text) {
     const int lines = std::min(overlay_glyph_height, surface.height);
-    with_pixels(surface, [&](auto *pixels, auto ink, auto paper) {
+    with_pixels(surface, [&](auto *pixels, auto black, auto white) {
         int left = 0;
         for (const char *c = text; *c != '\0' && left + overlay_glyph_width <= surface.width;
              ++c, left += overlay_glyph_width) {
@@ -120,13 +120,13 @@ void overlay_text(const overlay_surface &surface, const char *text) {
             for (int y = 0; y < lines; ++y)
                 for (int x = 0; x < overlay_glyph_width; ++x)
                     pixels[y * surface.pitch + left + x] =
-                        glyph[static_cast<size_t>(y)] >> (overlay_glyph_width - 1 - x) & 1 ? ink : paper;
+                        glyph[static_cast<size_t>(y)] >> (overlay_glyph_width - 1 - x) & 1 ? black : white;
         }
     });
 }
 
 void overlay_blacken(const overlay_surface &surface, int width, int height) {
-    with_pixels(surface, [&](auto *pixels, auto, auto black) {
+    with_pixels(surface, [&](auto *pixels, auto black, auto) {
         for (int y = 0; y < std::min(height, surface.height); ++y)
             std::fill_n(pixels + y * surface.pitch, std::min(width, surface.width), black);
     });
