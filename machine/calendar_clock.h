@@ -8,10 +8,10 @@
 #include <cstdint>
 
 struct calendar_block {
-    uint8_t calendar_register[5];             // 40 bits, least significant first
-    uint8_t calendar_strobe;                  // last port 0x40 bit 1 image: 0 or 2
-    uint8_t calendar_clock;                   // last port 0x40 bit 2 image: 0 or 4
-    uint8_t calendar_shifting;                // 1 after a shift command
+    uint8_t calendar_register[5]; // 40 bits, least significant first
+    uint8_t calendar_strobe;      // last port 0x40 bit 1 image: 0 or 2
+    uint8_t calendar_clock;       // last port 0x40 bit 2 image: 0 or 4
+    uint8_t calendar_shifting;    // 1 after a shift command
     void (*calendar_init)();
     void (*calendar_reset)();
     void (*calendar_port40)();

@@ -14,20 +14,20 @@ constexpr int32_t cassette_byte_cycles = 33280; // 3993600 / 120
 constexpr uint32_t tape_path_size = 512;
 
 enum cassette_flag : uint8_t {
-    cassette_stopped = 0x01,                  // an open-file command was cancelled or failed
+    cassette_stopped = 0x01, // an open-file command was cancelled or failed
     cassette_motor_off = 0x04,
     cassette_port30_bit5 = 0x08,
 };
 
 struct cassette_block {
-    uint8_t *tape_image;                      // none: nullptr
-    uint32_t tape_size;                       // bytes
-    uint32_t tape_position;                   // next byte to read
-    int32_t cassette_countdown;               // T-states to the next fed byte
-    uint8_t cassette_flags;                   // cassette_flag
+    uint8_t *tape_image;        // none: nullptr
+    uint32_t tape_size;         // bytes
+    uint32_t tape_position;     // next byte to read
+    int32_t cassette_countdown; // T-states to the next fed byte
+    uint8_t cassette_flags;     // cassette_flag
     void (*cassette_init)();
     void (*cassette_reset)();
-    void (*cassette_port30)();                // reads the port 0x30 latch
+    void (*cassette_port30)();                 // reads the port 0x30 latch
     void (*cassette_set_stopped)(uint32_t ok); // 1 clears the stopped flag, anything else sets it
     void (*cassette_step)(z80_cpu &cpu);
     void (*cassette_fast_load)(uint8_t value);
@@ -35,7 +35,7 @@ struct cassette_block {
 };
 
 struct tape_output_block {
-    char tape_out_path[tape_path_size];       // empty: written bytes are dropped
+    char tape_out_path[tape_path_size]; // empty: written bytes are dropped
 };
 
 void cassette_init();

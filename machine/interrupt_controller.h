@@ -15,7 +15,7 @@ enum portE6_bit : uint8_t {
 };
 
 struct interrupt_block {
-    uint16_t interrupt_pending;               // bit n: level n
+    uint16_t interrupt_pending; // bit n: level n
     void (*interrupt_init)();
     void (*interrupt_reset)();
     void (*interrupt_service)(z80_cpu &cpu);

@@ -12,7 +12,7 @@ constexpr int key_rows = 12;
 constexpr uint8_t no_key = 0xFF;
 
 struct key_matrix_block {
-    shared<uint8_t> key_matrix[key_rows];     // ports 0x00-0x0B
+    shared<uint8_t> key_matrix[key_rows]; // ports 0x00-0x0B
 };
 
 // Virtual-key code to key index, or no_key. Four entries follow the setting `tenkeyless`.

@@ -25,14 +25,14 @@ constexpr uint32_t default_clock_hz = 3993600;
 constexpr uint32_t default_slice_ms = 20;
 
 struct cpu_clock_block {
-    uint32_t clock_hz;                        // 3993600
-    uint32_t slice_ms;                        // 20
-    uint32_t cycles_per_slice;                // T-states: 79872
+    uint32_t clock_hz;         // 3993600
+    uint32_t slice_ms;         // 20
+    uint32_t cycles_per_slice; // T-states: 79872
 };
 
 struct settings_block {
-    uint32_t interlace;                       // 1: odd lines at half brightness
-    shared<uint8_t> boot_rom;                 // 1 Zun-BASIC, 0 N-BASIC (DIP switch of port 0x30)
+    uint32_t interlace;       // 1: odd lines at half brightness
+    shared<uint8_t> boot_rom; // 1 Zun-BASIC, 0 N-BASIC (DIP switch of port 0x30)
 };
 
 struct machine_slots {
@@ -45,8 +45,8 @@ struct machine_slots {
 };
 
 struct video_callback_block {
-    void (*video_lock)();                     // serialises writes to text and graphic VRAM
-    void (*video_unlock)();                   // against the render thread's reads
+    void (*video_lock)();   // serialises writes to text and graphic VRAM
+    void (*video_unlock)(); // against the render thread's reads
 };
 
 struct kiv_machine : memory_areas,

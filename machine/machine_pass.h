@@ -7,8 +7,8 @@
 
 enum class pass_outcome {
     nothing,
-    frame,      // vertical blank has ended: a frame is due
-    stopped,    // the CPU has stopped; see trace_pc and stop_reason. The devices did not advance.
+    frame,   // vertical blank has ended: a frame is due
+    stopped, // the CPU has stopped; see trace_pc and stop_reason. The devices did not advance.
 };
 
 constexpr uint32_t dma_burn_limit = 10; // T-states burnt in one pass at most

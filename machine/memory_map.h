@@ -8,13 +8,13 @@ constexpr uint32_t rom_size = 0x8000;
 constexpr uint32_t ext_rom_size = 0x2000;
 constexpr uint32_t ram_size = 0x10000;
 constexpr uint32_t plane_size = 0x4000;
-constexpr uint32_t font_size = 0x1000;        // 256 character glyphs, then 256 semigraphic glyphs
+constexpr uint32_t font_size = 0x1000; // 256 character glyphs, then 256 semigraphic glyphs
 constexpr uint32_t font_work_size = 0x0800;
 
 struct memory_areas {
-    uint8_t main_rom[rom_size];               // Zun-BASIC, file 8801-zun.rom
-    uint8_t nbasic_rom[rom_size];             // N-BASIC, file 8801-kiv.rom
-    uint8_t ext_rom[ext_rom_size];            // file 8801-4th.rom, seen at 0x6000-0x7FFF
+    uint8_t main_rom[rom_size];    // Zun-BASIC, file 8801-zun.rom
+    uint8_t nbasic_rom[rom_size];  // N-BASIC, file 8801-kiv.rom
+    uint8_t ext_rom[ext_rom_size]; // file 8801-4th.rom, seen at 0x6000-0x7FFF
     // The render thread reads `ram` (text rows) while the CPU thread may write it: the CPU thread stores,
     // and the render thread loads, through relaxed atomics; see ram_store.
     alignas(64) uint8_t ram[ram_size];

@@ -10,9 +10,9 @@
 #include <cstdint>
 
 struct pcg_counter {
-    uint16_t frequency;                       // Hz
-    uint8_t high, low;                        // divisor bytes
-    uint8_t access;                           // 0 none, 1 low, 2 high, 3 low then high
+    uint16_t frequency; // Hz
+    uint8_t high, low;  // divisor bytes
+    uint8_t access;     // 0 none, 1 low, 2 high, 3 low then high
     uint8_t toggle;
     uint8_t gate;
 };
@@ -20,13 +20,13 @@ struct pcg_counter {
 struct pcg8100_block {
     uint8_t pcg_data;
     uint8_t pcg_address_low;
-    uint8_t pcg_address_high;                 // 0-3
+    uint8_t pcg_address_high; // 0-3
     pcg_counter pcg_counters[3];
     void (*pcg_port)(uint8_t port, uint8_t value);
 };
 
 struct pcg_switch_block {
-    shared<uint8_t> pcg_glyphs_on;            // 1: glyphs come from font_work
+    shared<uint8_t> pcg_glyphs_on; // 1: glyphs come from font_work
 };
 
 void pcg_port(uint8_t port, uint8_t value);

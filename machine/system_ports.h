@@ -12,12 +12,12 @@ enum port31_bit : uint8_t {
 };
 
 struct palette_block {
-    shared<uint8_t> palette[8];               // ports 0x54-0x5B, 3-bit G R B codes
+    shared<uint8_t> palette[8]; // ports 0x54-0x5B, 3-bit G R B codes
 };
 
 struct system_port_block {
-    uint8_t sys_status;                       // image of port 0x40 input
-    shared<uint8_t> gvram_select;             // 0xF9, 0xFA, 0xFC plane 0, 1, 2; else main RAM
+    uint8_t sys_status;           // image of port 0x40 input
+    shared<uint8_t> gvram_select; // 0xF9, 0xFA, 0xFC plane 0, 1, 2; else main RAM
     // The byte last written to each port.
     uint8_t port10, port21, port30;
     shared<uint8_t> port31;

@@ -11,15 +11,15 @@
 struct z80_cpu;
 
 struct usart_block {
-    uint8_t usart_expect_mode;                // 1: the next command byte is the mode instruction
-    uint8_t usart_discard_next;               // 1: the next polled data read returns 0xFF
+    uint8_t usart_expect_mode;  // 1: the next command byte is the mode instruction
+    uint8_t usart_discard_next; // 1: the next polled data read returns 0xFF
     uint8_t usart_receiver_on;
-    uint8_t usart_received;                   // the byte received last
+    uint8_t usart_received; // the byte received last
     uint8_t usart_byte_ready;
     uint8_t usart_overrun;
     void (*usart_init)();
     void (*usart_reset)();
-    void (*usart_command_write)();            // reads the port 0x21 latch
+    void (*usart_command_write)(); // reads the port 0x21 latch
     uint8_t (*usart_status_read)();
     void (*usart_receive)(z80_cpu &cpu, uint8_t byte);
     uint8_t (*usart_data_read)();

@@ -21,7 +21,7 @@ class event {
     explicit operator bool() const { return static_cast<bool>(state); }
     void signal();
     void reset();
-    bool wait(uint32_t milliseconds);             // true: signalled
+    bool wait(uint32_t milliseconds); // true: signalled
     void close() { state.reset(); }
 
   private:

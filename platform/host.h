@@ -18,22 +18,28 @@ namespace platform {
 
 // Messages to a window, below the program's own, which start at wm_private + 1.
 enum window_message : uint32_t {
-    wm_destroy = 0x02,        // the window is being destroyed
-    wm_move = 0x03,           // the client area has moved on the screen
-    wm_paint = 0x0F,          // the client area needs drawing; host_window::painter() is valid meanwhile
-    wm_close = 0x10,          // a close request: close box, Alt+F4, or posted
+    wm_destroy = 0x02, // the window is being destroyed
+    wm_move = 0x03,    // the client area has moved on the screen
+    wm_paint = 0x0F,   // the client area needs drawing; host_window::painter() is valid meanwhile
+    wm_close = 0x10,   // a close request: close box, Alt+F4, or posted
     wm_query_end_session = 0x11,
     wm_erase_background = 0x14, // as wm_paint, before it, when the background is to be erased
-    wm_activate_app = 0x1C,   // wparam 1: the application becomes active, 0: inactive
-    wm_key_down = 0x100,      // wparam: virtual-key code; lparam bit 30: auto-repeat
-    wm_key_up = 0x101,        // wparam: virtual-key code
-    wm_sys_command = 0x112,   // wparam: command ID of a menu item
+    wm_activate_app = 0x1C,     // wparam 1: the application becomes active, 0: inactive
+    wm_key_down = 0x100,        // wparam: virtual-key code; lparam bit 30: auto-repeat
+    wm_key_up = 0x101,          // wparam: virtual-key code
+    wm_sys_command = 0x112,     // wparam: command ID of a menu item
     wm_private = 0x400,
 };
 
-struct size2 { int width, height; };
-struct point { int x, y; };
-struct rectangle { int left, top, right, bottom; };   // right and bottom are outside
+struct size2 {
+    int width, height;
+};
+struct point {
+    int x, y;
+};
+struct rectangle {
+    int left, top, right, bottom;
+}; // right and bottom are outside
 
 // A picture of 0x00RRGGBB pixels, rows top first.
 struct picture {
@@ -56,12 +62,12 @@ class host_window {
     virtual void post(uint32_t message, uint64_t wparam, uint64_t lparam) = 0;
     // Sends wm_destroy and ends the window; the object stays valid until the host is destroyed.
     virtual void destroy() = 0;
-    virtual bool client_size(size2 &size) const = 0;  // false when the window is gone
-    virtual point client_origin() const = 0;          // on the screen, in the surfaces' pixels
-    virtual void invalidate(bool erase) = 0;          // asks for a wm_paint of the whole client area
+    virtual bool client_size(size2 &size) const = 0; // false when the window is gone
+    virtual point client_origin() const = 0;         // on the screen, in the surfaces' pixels
+    virtual void invalidate(bool erase) = 0;         // asks for a wm_paint of the whole client area
     virtual void set_focus() = 0;
-    virtual bool is_foreground() const = 0;           // may be asked from the render thread
-    virtual painter *current_painter() = 0;           // null outside wm_paint and wm_erase_background
+    virtual bool is_foreground() const = 0; // may be asked from the render thread
+    virtual painter *current_painter() = 0; // null outside wm_paint and wm_erase_background
     // The cursor's display count after the call: shown while it is 0 or above.
     virtual int show_cursor(bool show) = 0;
     virtual bool shift_down() const = 0;
@@ -97,9 +103,9 @@ struct window_options {
 struct file_dialog_options {
     std::string title;
     std::string filter_name;
-    std::vector<std::string> patterns;     // "*.KIV", matched without regard to case
-    std::string file_name;                 // what the name field starts with
-    std::string default_extension;         // without the dot
+    std::vector<std::string> patterns; // "*.KIV", matched without regard to case
+    std::string file_name;             // what the name field starts with
+    std::string default_extension;     // without the dot
     bool confirm_overwrite = false;
     bool must_exist = false;
 };
@@ -134,7 +140,7 @@ struct surface_format {
 };
 struct surface_desc {
     int width, height;
-    int pitch;                 // bytes per line
+    int pitch; // bytes per line
     surface_format format;
 };
 
@@ -145,7 +151,7 @@ class surface {
     // Locks the whole surface for drawing; `pixels` is its first pixel. Render thread.
     virtual display_result lock(void *&pixels, int &pitch) = 0;
     virtual void unlock() = 0;
-    virtual bool restore() = 0;                                   // after it was lost
+    virtual bool restore() = 0; // after it was lost
     virtual void fill(const rectangle &area, uint32_t colour) = 0;
     // Only for the primary surface: the palette of 8-bit surfaces; clipping to a window.
     virtual bool set_palette(const uint32_t *rgb256) = 0;
@@ -165,14 +171,14 @@ class display {
     virtual bool open() = 0;
     virtual void close() = 0;
     virtual bool set_cooperative_level(host_window &window, bool full_screen) = 0;
-    virtual bool set_mode(int width, int height, int depth) = 0;  // full screen only
+    virtual bool set_mode(int width, int height, int depth) = 0; // full screen only
     virtual void restore_mode() = 0;
     virtual bool get_caps() = 0;
-    virtual std::unique_ptr<surface> create_primary(bool full_screen) = 0;            // null: refused
+    virtual std::unique_ptr<surface> create_primary(bool full_screen) = 0; // null: refused
     virtual std::unique_ptr<surface> create_offscreen(int width, int height, surface_memory where) = 0;
     virtual bool create_clipper() = 0;
     virtual bool create_palette() = 0;
-    virtual bool wait_vertical_blank(bool begin) = 0;             // render thread; begin or end of it
+    virtual bool wait_vertical_blank(bool begin) = 0; // render thread; begin or end of it
 };
 
 // ---- sound -------------------------------------------------------------------------------------------
@@ -190,7 +196,7 @@ class sound_stream {
     virtual bool lock(uint32_t offset, uint32_t bytes, void *&part1, uint32_t &bytes1, void *&part2,
                       uint32_t &bytes2) = 0;
     virtual void unlock(void *part1, uint32_t bytes1, void *part2, uint32_t bytes2) = 0;
-    virtual void play() = 0;                                      // looping, from where it stands
+    virtual void play() = 0; // looping, from where it stands
     virtual void stop() = 0;
     virtual bool get_position(uint32_t &play, uint32_t &write) = 0;
 };
@@ -200,7 +206,7 @@ class primary_sound_buffer {
     virtual ~primary_sound_buffer() = default;
     virtual bool get_caps(uint32_t &bytes) = 0;
     virtual bool set_format(const wave_format &format) = 0;
-    virtual void set_volume(int32_t hundredths_db) = 0;           // -10000 to 0
+    virtual void set_volume(int32_t hundredths_db) = 0; // -10000 to 0
     // As the device reports it: 100 above what was set. Callers take one decibel off the whole decibels that
     // are reported, so a volume read and set again stays what it was, for every decibel from -100 to 0.
     virtual int32_t get_volume() const = 0;
@@ -227,8 +233,9 @@ class host {
     virtual void begin_timer_resolution(uint32_t milliseconds) = 0;
     virtual void end_timer_resolution(uint32_t milliseconds) = 0;
     virtual bool register_window_class(const std::string &name) = 0;
-    virtual host_window *create_window(const window_options &options, window_listener &listener) = 0; // null: refused
-    virtual int run_message_loop() = 0;                           // until post_quit; its code
+    virtual host_window *create_window(const window_options &options,
+                                       window_listener &listener) = 0; // null: refused
+    virtual int run_message_loop() = 0;                                // until post_quit; its code
     virtual void post_quit(int code) = 0;
 
     // Shows an OK box with the stop icon and waits for it; owner may be null.
