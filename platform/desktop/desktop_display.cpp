@@ -1,9 +1,9 @@
 #include "platform/desktop/desktop_display.h"
 
 #include "platform/pixel_memory.h"
+#include "platform/surface_turn.h"
 #include <algorithm>
 #include <chrono>
-#include <condition_variable>
 #include <cstring>
 #include <thread>
 
@@ -27,10 +27,7 @@ class offscreen_surface : public surface {
           memory(static_cast<size_t>(pitch) * static_cast<size_t>(h) / 4 + 1) {}
 
     // A frame that is being drawn on another thread is let finish; it would draw into freed memory.
-    ~offscreen_surface() override {
-        std::unique_lock turn(mutex);
-        unlocked.wait_for(turn, std::chrono::seconds(1), [&] { return !locked; });
-    }
+    ~offscreen_surface() override { turns.let_finish(); }
 
     bool describe(surface_desc &desc) override {
         desc = {width, height, pitch, {indexed8, true, indexed8 ? rgb_flag | indexed8_flag : rgb_flag}};
@@ -38,26 +35,18 @@ class offscreen_surface : public surface {
     }
 
     display_result lock(void *&pixels, int &bytes_per_line) override {
-        const std::lock_guard turn(mutex);
-        if (locked) return display_result::still_busy;
-        locked = true;
-        owner = std::this_thread::get_id();
+        if (!turns.try_lock()) return display_result::still_busy;
         pixels = memory.data();
         bytes_per_line = pitch;
         return display_result::ok;
     }
 
-    void unlock() override {
-        const std::lock_guard turn(mutex);
-        if (!locked || owner != std::this_thread::get_id()) return;
-        locked = false;
-        unlocked.notify_all();
-    }
+    void unlock() override { turns.unlock(); }
 
     bool restore() override { return true; }
 
     void fill(const rectangle &area, uint32_t colour) override {
-        const auto turn = wait_for_turn();
+        const auto turn = turns.wait();
         const int left = std::clamp(area.left, 0, width), right = std::clamp(area.right, left, width);
         const int top = std::clamp(area.top, 0, height), bottom = std::clamp(area.bottom, top, height);
         for (int y = top; y < bottom; ++y) {
@@ -77,7 +66,7 @@ class offscreen_surface : public surface {
 
     // The part `area` as opaque 32-bit pixels.
     void convert(const rectangle &area, const uint32_t *palette, frame_box &into) {
-        const auto turn = wait_for_turn();
+        const auto turn = turns.wait();
         const int left = std::clamp(area.left, 0, width), right = std::clamp(area.right, left, width);
         const int top = std::clamp(area.top, 0, height), bottom = std::clamp(area.bottom, top, height);
         if (left == right || top == bottom) return;
@@ -95,11 +84,6 @@ class offscreen_surface : public surface {
     }
 
   private:
-    std::unique_lock<std::mutex> wait_for_turn() {
-        std::unique_lock turn(mutex);
-        unlocked.wait(turn, [&] { return !locked || owner == std::this_thread::get_id(); });
-        return turn;
-    }
     uint8_t *row8(int y) {
         return reinterpret_cast<uint8_t *>(memory.data()) + static_cast<ptrdiff_t>(y) * pitch;
     }
@@ -109,10 +93,7 @@ class offscreen_surface : public surface {
     const bool indexed8;
     const int pitch;
     pixel_memory memory;
-    std::mutex mutex;
-    std::condition_variable unlocked;
-    bool locked = false;
-    std::thread::id owner;
+    surface_turn turns;
 };
 
 // What stands for the screen: it has no pixels of its own, a copy onto it publishes a frame.

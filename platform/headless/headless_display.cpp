@@ -2,6 +2,7 @@
 
 #include "platform/headless/headless_window.h"
 #include "platform/pixel_memory.h"
+#include "platform/surface_turn.h"
 #include <algorithm>
 #include <chrono>
 #include <condition_variable>
@@ -14,7 +15,6 @@ namespace {
 
 constexpr uint32_t rgb_flag = 0x40, indexed8_flag = 0x20; // of the pixel format, as the log shows it
 constexpr int largest_side = 4096;
-constexpr auto unlock_patience = std::chrono::seconds(1);
 
 bool ordinary_mode(int width, int height, int depth) {
     constexpr size2 sizes[] = {{640, 400}, {640, 480}, {720, 480}, {800, 480}, {800, 600}};
@@ -108,35 +108,24 @@ class offscreen_surface : public memory_surface {
           pixels(static_cast<size_t>(pitch) * static_cast<size_t>(h) / 4 + 1) {}
 
     // Whoever still draws is let finish, else it would draw into freed memory.
-    ~offscreen_surface() override {
-        std::unique_lock lock(mutex);
-        unlocked.wait_for(lock, unlock_patience, [&] { return !locked; });
-    }
+    ~offscreen_surface() override { turns.let_finish(); }
 
     display_result lock(void *&first_pixel, int &bytes_per_line) override {
         if (state->faults.take(fault::lock_busy)) return display_result::still_busy;
         if (state->faults.take(fault::lock_failed)) return display_result::failed;
         if (state->faults.take(fault::lock_lost)) lose();
         if (is_lost()) return display_result::lost;
-        const std::lock_guard turn(mutex);
-        if (locked) return display_result::still_busy;
-        locked = true;
-        owner = std::this_thread::get_id();
+        if (!turns.try_lock()) return display_result::still_busy;
         first_pixel = pixels.data();
         bytes_per_line = pitch;
         return display_result::ok;
     }
 
-    void unlock() override {
-        const std::lock_guard turn(mutex);
-        if (!locked || owner != std::this_thread::get_id()) return;
-        locked = false;
-        unlocked.notify_all();
-    }
+    void unlock() override { turns.unlock(); }
 
     void fill(const rectangle &area, uint32_t colour) override {
         if (is_lost()) return;
-        const auto turn = wait_for_turn();
+        const auto turn = turns.wait();
         const rectangle part = clipped(area);
         for (int y = part.top; y < part.bottom; y++) {
             if (indexed8)
@@ -147,7 +136,7 @@ class offscreen_surface : public memory_surface {
     }
 
     rgb_picture to_rgb(const rectangle &area, const uint32_t *palette) {
-        const auto turn = wait_for_turn();
+        const auto turn = turns.wait();
         const rectangle part = clipped(area);
         rgb_picture picture{part.right - part.left, part.bottom - part.top, {}};
         picture.pixels.reserve(static_cast<size_t>(picture.width) * static_cast<size_t>(picture.height));
@@ -159,11 +148,6 @@ class offscreen_surface : public memory_surface {
     }
 
   private:
-    std::unique_lock<std::mutex> wait_for_turn() {
-        std::unique_lock turn(mutex);
-        unlocked.wait(turn, [&] { return !locked || owner == std::this_thread::get_id(); });
-        return turn;
-    }
     rectangle clipped(const rectangle &area) const {
         rectangle part;
         part.left = std::clamp(area.left, 0, width);
@@ -178,10 +162,7 @@ class offscreen_surface : public memory_surface {
     uint32_t *row32(int y) { return pixels.data() + static_cast<ptrdiff_t>(y) * width; }
 
     pixel_memory pixels;
-    std::mutex mutex;
-    std::condition_variable unlocked;
-    bool locked = false;
-    std::thread::id owner;
+    surface_turn turns;
 };
 
 // The screen itself. It is never drawn into: a copy puts a whole frame in the place of the one before.
