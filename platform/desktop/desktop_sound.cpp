@@ -131,6 +131,10 @@ void keep_device(const std::shared_ptr<sound_output> &shared) {
     output.device_open = false;
     lock.unlock();
     if (device != 0) {
+        const sound_feeder::figures heard = output.feeder.get_figures();
+        trace("sound: device closed, %llu underruns, %llu skips, %.1f ms waiting of %.1f",
+              static_cast<unsigned long long>(heard.underruns), static_cast<unsigned long long>(heard.skips),
+              heard.fill_ms, heard.target_ms);
         SDL_CloseAudioDevice(device);
         SDL_QuitSubSystem(SDL_INIT_AUDIO);
     }
