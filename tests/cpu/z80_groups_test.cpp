@@ -79,6 +79,8 @@ TEST_P(Z80Groups, EveryOpcodeDoesWhatTheReferenceDoes) {
         z80_reference();
         const z80_cpu expected = std::exchange(cpu, prepared);
         const std::vector<bus_access> bus = z80_bench::log;
+        // Nothing injected, but the step goes through the groups that ask the inject buffer.
+        if (cpu.IM == 0) cpu.stop_flags = pending_interrupt;
         undo(bus);
         const bool stopped = z80_bench::step();
         undo(z80_bench::log);
