@@ -66,7 +66,7 @@ void z80_reset(z80_cpu &cpu) {
     if (cpu.stop_flags & (pending_interrupt | pending_nmi)) {
         cpu.stop_flags &= stop_code_mask;
         cpu.step_cycles += cpu.accept_cycles;
-        __atomic_store_n(&cpu.total_cycles, cpu.total_cycles + cpu.accept_cycles, __ATOMIC_RELAXED);
+        cpu.total_cycles += cpu.accept_cycles;
         cpu.accept_cycles = 0;
     }
     return cpu.stop_flags != 0;
@@ -129,11 +129,4 @@ uint16_t z80_register(const z80_cpu &cpu, int index) {
                                                    &cpu.BC_alt, &cpu.DE_alt, &cpu.HL_alt, &cpu.AF_alt,
                                                    &cpu.IX,     &cpu.IY,     &cpu.PC,     &cpu.SP};
     return index >= 0 && index < register_words ? *words[index] : 0;
-}
-
-uint32_t z80_take_total_cycles(z80_cpu &cpu) {
-    const uint32_t total = __atomic_load_n(&cpu.total_cycles, __ATOMIC_RELAXED);
-    const uint32_t since = total - cpu.total_cycles_taken;
-    cpu.total_cycles_taken = total;
-    return since;
 }

@@ -67,19 +67,18 @@ struct z80_cpu {
     uint32_t wait_count2;   // the same, second byte of words
     uint32_t accept_cycles; // T-states of an interrupt accepted for the next step
     uint8_t I;
-    uint8_t IM;              // 0, 1, 2
-    uint8_t IFF1, IFF2;      // 0 or 1
-    uint8_t stop_reason;     // z80_stop_reason
-    uint16_t trace_pc;       // address of the instruction of the current step
-    uint16_t vector_pc;      // entry address of an accepted interrupt
-    uint8_t r_counter;       // +1 a step; index into r_table
-    uint8_t stop_flags;      // z80_stop_flag
-    uint8_t r_table[256];    // what LD A,R returns; new random bytes at every reset
-    uint8_t inject_active;   // 1: instruction bytes come from inject_bytes
-    uint8_t inject_bytes[5]; // consumed from the end
-    int16_t inject_count;    // bytes still to be taken
-    uint32_t total_cycles;   // running sum of step_cycles; one writer, see z80_take_total_cycles
-    uint32_t total_cycles_taken;
+    uint8_t IM;               // 0, 1, 2
+    uint8_t IFF1, IFF2;       // 0 or 1
+    uint8_t stop_reason;      // z80_stop_reason
+    uint16_t trace_pc;        // address of the instruction of the current step
+    uint16_t vector_pc;       // entry address of an accepted interrupt
+    uint8_t r_counter;        // +1 a step; index into r_table
+    uint8_t stop_flags;       // z80_stop_flag
+    uint8_t r_table[256];     // what LD A,R returns; new random bytes at every reset
+    uint8_t inject_active;    // 1: instruction bytes come from inject_bytes
+    uint8_t inject_bytes[5];  // consumed from the end
+    int16_t inject_count;     // bytes still to be taken
+    uint32_t total_cycles;    // running sum of step_cycles, modulo 2^32
     uint32_t m1_memory_waits; // memory waits of opcode fetches: never charged, never read
 
     // The CPU's own operations, stored by z80_install.
@@ -119,7 +118,3 @@ void z80_nmi(z80_cpu &cpu);
 
 // The register word of an index of z80_register_index; 0 for any other index.
 uint16_t z80_register(const z80_cpu &cpu, int index);
-
-// T-states of executed instructions since the last call. May be called from one other thread while the
-// CPU runs: total_cycles has one writer and this has one reader, so no locked operation is needed.
-uint32_t z80_take_total_cycles(z80_cpu &cpu);

@@ -7,13 +7,12 @@
 
 #include "cpu/z80_groups.h"
 
-// The end of every instruction: PC, T-states and opcode fetches go into the record. total_cycles has this
-// one writer, so a plain load and a relaxed store do. False: the CPU runs on.
+// The end of every instruction: PC, T-states and opcode fetches go into the record. False: the CPU runs on.
 [[gnu::always_inline]] inline bool finish(z80_cpu &cpu, uint16_t pc, uint32_t cycles, uint32_t m1_count) {
     cpu.PC = pc;
     cpu.step_cycles = cycles;
     cpu.m1_count = m1_count;
-    __atomic_store_n(&cpu.total_cycles, cpu.total_cycles + cycles, __ATOMIC_RELAXED);
+    cpu.total_cycles += cycles;
     return false;
 }
 

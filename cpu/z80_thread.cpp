@@ -204,7 +204,7 @@ void z80_thread::run_machine() {
     kiv_directx *const directx = kiv_directx::instance();
     if (directx != nullptr) directx->play();
     clock.slice_start = platform::performance_counter();
-    uint64_t slice_cycles = 0;
+    uint64_t slice_cycles = 0, charged_cycles = elapsed_cycles;
     for (uint32_t iteration = 0;; ++iteration) {
         if (iteration % passes_between_looks == 0 && control.load(std::memory_order_relaxed) != control_run) {
             if (!answer_request()) return;
@@ -214,16 +214,18 @@ void z80_thread::run_machine() {
         const pass_outcome outcome = machine_pass(iteration, no_wait == 0);
         if (outcome == pass_outcome::stopped) break;
         const uint32_t charged = main_cpu.step_cycles;
-        elapsed_cycles += charged;
+        charged_cycles += charged;
         slice_cycles += charged;
         if (outcome == pass_outcome::frame) {
             // A slice runs in a fraction of a millisecond. Two frames that fall into one would be drawn as
             // one, and the picture would move at 50 instead of the machine's 55 Hz: each waits for its time.
             sleep_towards(clock, slice_cycles);
+            show_cycles(charged_cycles);
             render->post_message(render_frame, 0, 0);
         }
         if (slice_cycles < machine.cycles_per_slice) continue;
         wait_for_slice_end(clock, slice_cycles);
+        show_cycles(charged_cycles);
         if (directx != nullptr) directx->tickPCM();
         cassette_flush_output();
         slice_cycles = 0;
@@ -232,6 +234,11 @@ void z80_thread::run_machine() {
     cassette_flush_output();
     if (the_main_window != nullptr)
         the_main_window->post(z80_abort_message, main_cpu.trace_pc, main_cpu.stop_reason);
+}
+
+void z80_thread::show_cycles(uint64_t charged) {
+    elapsed_cycles = charged;
+    executed_cycles = main_cpu.total_cycles;
 }
 
 // Sleeps until about half a millisecond before the slice's first `cycles` T-states have taken their time.
@@ -265,6 +272,13 @@ uint32_t z80_thread::take_elapsed_cycles() {
     const uint64_t since = elapsed - elapsed_taken;
     elapsed_taken = elapsed;
     return static_cast<uint32_t>(since);
+}
+
+uint32_t z80_thread::take_executed_cycles() {
+    const uint32_t executed = executed_cycles;
+    const uint32_t since = executed - executed_taken;
+    executed_taken = executed;
+    return since;
 }
 
 uint32_t z80_thread::is_suspended() const { return suspended; }

@@ -38,8 +38,8 @@ class z80_thread : public kel_thread, public emulated_clock {
     virtual void request_stop();                      // the thread ends at its next look, or at its release
     virtual void set_pc_sp(uint16_t pc, uint16_t sp); // parked only
     virtual uint16_t get_register(int index);         // z80_register_index
-    // Render thread: T-states charged since the last call, waits and DMA included.
-    uint32_t take_elapsed_cycles() override;
+    uint32_t take_elapsed_cycles() override;          // render thread
+    uint32_t take_executed_cycles() override;         // render thread
     virtual uint32_t is_suspended() const;
     virtual uint32_t get_no_wait() const;
     virtual void set_no_wait(uint32_t value);
@@ -58,6 +58,7 @@ class z80_thread : public kel_thread, public emulated_clock {
     bool start_delay();
     bool answer_request();
     bool park(std::unique_lock<std::mutex> &lock);
+    void show_cycles(uint64_t charged);
     void sleep_towards(slice_clock &clock, uint64_t cycles);
     void wait_for_slice_end(slice_clock &clock, uint64_t cycles);
 
@@ -75,8 +76,12 @@ class z80_thread : public kel_thread, public emulated_clock {
     platform::event sync_event, ack_event; // signalled for whoever looks
 
     platform::waitable_timer pace_timer;
-    shared<uint64_t> elapsed_cycles{0}; // T-states charged in all; the CPU thread adds
-    uint64_t elapsed_taken = 0;         // of these, what the render thread has taken
+    // What the speed figures see of the clock. Within a slice the machine runs far ahead of real time; shown
+    // are the moments when both agree.
+    shared<uint64_t> elapsed_cycles{0};  // T-states charged in all, waits and DMA included
+    shared<uint32_t> executed_cycles{0}; // T-states of instructions in all
+    uint64_t elapsed_taken = 0;          // of these, what the render thread has taken
+    uint32_t executed_taken = 0;
     shared<uint32_t> suspended{0};
     shared<uint32_t> no_wait{0};
     shared<uint32_t> dma_gain{20};

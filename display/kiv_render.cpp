@@ -2,7 +2,6 @@
 
 #include "app/kiv_assay.h"
 #include "display/kiv_directx.h"
-#include "machine/kiv_machine.h"
 #include "platform/clock.h"
 #include "platform/thread.h"
 #include <cmath>
@@ -75,7 +74,7 @@ void kiv_render::draw(speed_period &period, uint32_t &last_ms) {
     last_ms = now;
     if (period.elapsed_ms >= period_ms) {
         period.sys_cycles = clock.take_elapsed_cycles();
-        period.cpu_cycles = z80_take_total_cycles(main_cpu);
+        period.cpu_cycles = clock.take_executed_cycles();
         publish_speed(period);
         period = {};
     }

@@ -15,8 +15,8 @@ enum render_message : uint32_t {
 // Where the render thread learns of the emulated time that has gone by.
 class emulated_clock {
   public:
-    // T-states charged since the last call.
-    virtual uint32_t take_elapsed_cycles() = 0;
+    virtual uint32_t take_elapsed_cycles() = 0;  // T-states since the last call, waits and DMA included
+    virtual uint32_t take_executed_cycles() = 0; // of instructions alone
 
   protected:
     ~emulated_clock() = default;
