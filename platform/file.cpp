@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <filesystem>
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
@@ -200,17 +199,6 @@ std::string current_directory() {
     std::error_code error;
     const std::filesystem::path path = std::filesystem::current_path(error);
     return error ? std::string() : path.string();
-}
-
-void *map_file(file_handle handle, size_t size) {
-    if (size == 0) return failed(EINVAL), nullptr;
-    void *view = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE, handle, 0);
-    if (view == MAP_FAILED) return failed(errno), nullptr;
-    return view;
-}
-
-void unmap_file(void *view, size_t size) {
-    if (view != nullptr) munmap(view, size);
 }
 
 } // namespace platform

@@ -37,8 +37,4 @@ bool atomic_write(const std::string &path, const void *bytes, size_t size);
 // The current directory; empty when it is gone.
 std::string current_directory();
 
-// Copy-on-write view of a whole file: writes to it never reach the file. Null on failure or for size 0.
-void *map_file(file_handle handle, size_t size);
-void unmap_file(void *view, size_t size);
-
 } // namespace platform

@@ -1,6 +1,7 @@
 #include "support/kel_dib.h"
 
 #include "platform/resources.h"
+#include "support/kel_fstream.h"
 #include <algorithm>
 #include <climits>
 #include <cstdlib>
@@ -52,7 +53,7 @@ int colours_of(int bit_count) {
 
 } // namespace
 
-kel_dib::kel_dib() : palette_block(nullptr), created_block(nullptr) { kel_dib::reset_fields(); }
+kel_dib::kel_dib() { kel_dib::reset_fields(); }
 
 kel_dib::~kel_dib() { kel_dib::unload(); }
 
@@ -71,13 +72,11 @@ void kel_dib::reset_fields() {
     stored_row_bytes = 0;
     top_down = loaded = 0;
     read_only = 1;
-    file = platform::invalid_file;
     created_block = nullptr;
 }
 
 void kel_dib::unload() {
-    if (view != nullptr) platform::unmap_file(view, view_bytes);
-    if (file != platform::invalid_file) platform::close_file(file);
+    std::free(view);
     std::free(created_block);
     std::free(palette_block);
     reset_fields();
@@ -140,30 +139,33 @@ int kel_dib::load_resource(uint16_t id) {
     return 1;
 }
 
-bool kel_dib::open_view(const std::string &file_name) {
-    file = platform::open_file(file_name, false);
-    if (file == platform::invalid_file) return false;
-    const int64_t size = platform::file_size(file);
-    if (size <= 0 || size > UINT32_MAX) return false;
-    view_bytes = static_cast<size_t>(size);
-    view = platform::map_file(file, view_bytes);
-    return view != nullptr;
+// The whole file into memory of our own. A view of the file itself would end the process when somebody else
+// makes the file shorter.
+bool kel_dib::read_file(const std::string &file_name) {
+    kel_fstream file;
+    if (!file.open(file_name, 0, 0)) return false;
+    view_bytes = file.size();
+    view = static_cast<uint8_t *>(std::malloc(view_bytes));
+    try {
+        return view != nullptr && file.read(view, 1, static_cast<uint32_t>(view_bytes)) == view_bytes;
+    } catch (const kel_exception &) {
+        return false;
+    }
 }
 
-bool kel_dib::map_bitmap_file(const std::string &file_name) {
-    if (!open_view(file_name) || view_bytes < file_header_bytes) return false;
-    const auto *data = static_cast<const uint8_t *>(view);
-    if (data[0] != 'B' || data[1] != 'M') return false;
-    if (!adopt_header(data + file_header_bytes, view_bytes - file_header_bytes)) return false;
+bool kel_dib::adopt_file(const std::string &file_name) {
+    if (!read_file(file_name) || view_bytes < file_header_bytes) return false;
+    if (view[0] != 'B' || view[1] != 'M') return false;
+    if (!adopt_header(view + file_header_bytes, view_bytes - file_header_bytes)) return false;
     size_t offset = 0;
-    for (size_t i = 4; i-- > 0;) offset = offset << 8 | data[pixel_offset_at + i];
-    return adopt_bits(data, view_bytes, offset);
+    for (size_t i = 4; i-- > 0;) offset = offset << 8 | view[pixel_offset_at + i];
+    return adopt_bits(view, view_bytes, offset);
 }
 
 int kel_dib::load_file(const std::string &file_name) {
     if (loaded) return 0;
     source = source_file;
-    if (!map_bitmap_file(file_name) || !build_palette()) {
+    if (!adopt_file(file_name) || !build_palette()) {
         unload();
         return 0;
     }

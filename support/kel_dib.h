@@ -1,11 +1,10 @@
 // One device-independent bitmap: an information header, a colour table, then the pixel rows, used in place
-// where they lie: in a resource, in a view of a bitmap file, or in a pixel buffer of the caller's.
+// where they lie: in a resource, in a copy of a bitmap file, or in a pixel buffer of the caller's.
 //
 // The header is always read as the 40-byte form. Everything that a header says is checked against the bytes
 // that are there: a cut or hostile bitmap does not load. Results are 1 for success and 0 for failure.
 #pragma once
 
-#include "platform/file.h"
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -53,8 +52,7 @@ class kel_dib {
 
     // A bitmap of the program's resources. 0 also while one is held; that one then stays.
     virtual int load_resource(uint16_t id);
-    // A bitmap file, which must be writable although nothing is ever written to it, and must not be made
-    // shorter while it is held.
+    // A bitmap file, which must be writable although nothing is ever written to it.
     virtual int load_file(const std::string &file_name);
     virtual void unload();
     // An empty bitmap of 1, 4, 8 or 24 bits a pixel, top row first, for a pixel buffer that follows with
@@ -91,13 +89,13 @@ class kel_dib {
 
     bool adopt_header(const uint8_t *data, size_t bytes);
     bool adopt_bits(const uint8_t *data, size_t bytes, size_t offset);
-    bool open_view(const std::string &file_name);
-    bool map_bitmap_file(const std::string &file_name);
+    bool read_file(const std::string &file_name);
+    bool adopt_file(const std::string &file_name);
     uint64_t stored_row() const;
     size_t row_offset(int y) const;
 
     int source;
-    void *view; // of the mapped file
+    uint8_t *view; // the file's bytes
     size_t view_bytes;
     const dib_header *header;
     const dib_colour *colours;
@@ -109,6 +107,5 @@ class kel_dib {
     int pixel_width, pixel_height;
     int stored_row_bytes;
     int top_down, loaded, read_only;
-    platform::file_handle file;
     void *created_block; // header and colour table
 };
