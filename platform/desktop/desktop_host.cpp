@@ -1,15 +1,18 @@
 #include "platform/desktop/desktop_host.h"
 
+#include "platform/desktop/close_signals.h"
 #include "platform/desktop/desktop_dialogs.h"
 #include "platform/desktop/desktop_display.h"
 #include "platform/desktop/desktop_window.h"
 #include <QtCore/QLibraryInfo>
+#include <QtCore/QSocketNotifier>
 #include <QtCore/QTimer>
 #include <QtCore/QTranslator>
 #include <QtGui/QIcon>
 #include <QtGui/QPixmap>
 #include <QtGui/QSessionManager>
 #include <QtWidgets/QApplication>
+#include <QtWidgets/QDialog>
 #include <cstdlib>
 #include <sys/prctl.h>
 
@@ -31,6 +34,7 @@ struct desktop_host::parts {
     int argc = 1;
     char name[4] = "kiv";
     char *argv[2] = {name, nullptr};
+    close_signals signals_to_close;
     std::unique_ptr<QApplication> application;
     QTranslator translator;
     std::shared_ptr<screen_link> link = std::make_shared<screen_link>();
@@ -43,6 +47,13 @@ struct desktop_host::parts {
 
     void tell(uint32_t id, uint64_t wparam) {
         for (const auto &w : windows) w->send(id, wparam, 0);
+    }
+    // As by the close box. A dialog is cancelled: it would hold the request back until it is answered.
+    void close_windows() {
+        for (QWidget *w : QApplication::topLevelWidgets())
+            if (auto *dialog = qobject_cast<QDialog *>(w); dialog != nullptr && dialog->isVisible())
+                dialog->reject();
+        for (const auto &w : windows) w->post(wm_close, 0, 0);
     }
     void activation(bool now) {
         if (now == active) return;
@@ -97,6 +108,14 @@ desktop_host::desktop_host() : p(std::make_unique<parts>()) {
                                  p->activation(false);
                          });
                      });
+    if (p->signals_to_close.descriptor() >= 0) {
+        auto *notifier =
+            new QSocketNotifier(p->signals_to_close.descriptor(), QSocketNotifier::Read, application);
+        QObject::connect(notifier, &QSocketNotifier::activated, application, [this] {
+            p->signals_to_close.take();
+            p->close_windows();
+        });
+    }
     // The session ends whatever the listener says: it has stopped the emulation by then, and nothing is
     // unsaved.
     QObject::connect(

@@ -151,9 +151,8 @@ class desktop_primary_buffer : public primary_sound_buffer {
         bytes = static_cast<uint32_t>(output->device_block.load()) * 2;
         return true;
     }
-    bool set_format(const wave_format &) override {
-        return true;
-    } // the feeder brings the samples to the device's
+    // The feeder brings the samples to the device's format.
+    bool set_format(const wave_format &) override { return true; }
     void set_volume(int32_t hundredths_db) override {
         output->volume = hundredths_db;
         const int32_t used = std::clamp(hundredths_db, -10000, 0);

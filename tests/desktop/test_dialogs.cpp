@@ -3,7 +3,6 @@
 
 #include <QtCore/QDir>
 #include <QtCore/QTemporaryDir>
-#include <QtGui/QClipboard>
 #include <QtWidgets/QCheckBox>
 #include <QtWidgets/QDialogButtonBox>
 #include <QtWidgets/QFileDialog>
@@ -24,18 +23,16 @@ namespace {
 class DesktopDialogs : public DesktopHost {
   protected:
     // One step for each dialog that comes up, in order; a step returns false to be called again. A dialog
-    // that no step is left for, or one that takes too long, is closed.
+    // that no step is left for is closed.
     using step = std::function<bool(QWidget &)>;
     void drive(std::vector<step> steps) {
         pending.assign(steps.begin(), steps.end());
-        polls = 0;
         poller.disconnect();
         QObject::connect(&poller, &QTimer::timeout, [this] {
             QWidget *dialog = QApplication::activeModalWidget();
             if (dialog == nullptr) return;
-            if (pending.empty() || ++polls > 300) {
-                ADD_FAILURE() << "a dialog too many, or one that does not end: "
-                              << dialog->windowTitle().toStdString();
+            if (pending.empty()) {
+                ADD_FAILURE() << "a dialog too many: " << dialog->windowTitle().toStdString();
                 dialog->close();
                 return;
             }
@@ -50,10 +47,10 @@ class DesktopDialogs : public DesktopHost {
         EXPECT_TRUE(pending.empty()) << pending.size() << " steps were never asked for";
         DesktopHost::TearDown();
     }
-    static void press(QWidget &w, int key, Qt::KeyboardModifiers with = {}) {
+    static void press(QWidget &w, int key) {
         QWidget *to = w.focusWidget() != nullptr ? w.focusWidget() : &w;
         for (const auto type : {QEvent::KeyPress, QEvent::KeyRelease}) {
-            QKeyEvent e(type, key, with);
+            QKeyEvent e(type, key, {});
             QApplication::sendEvent(to, &e);
         }
     }
@@ -65,28 +62,25 @@ class DesktopDialogs : public DesktopHost {
     // Nothing of the dialog's texts may be cut off.
     static void expect_readable(const QWidget &dialog) {
         for (const QWidget *w : dialog.findChildren<QWidget *>()) {
-            if (qobject_cast<const QLabel *>(w) == nullptr &&
-                qobject_cast<const QAbstractButton *>(w) == nullptr)
-                continue;
-            if (!w->isVisible()) continue;
-            EXPECT_GE(w->width(), w->minimumSizeHint().width()) << w->objectName().toStdString();
-            EXPECT_GE(w->height(), w->minimumSizeHint().height()) << w->objectName().toStdString();
-            EXPECT_TRUE(dialog.rect().contains(QRect(w->mapTo(&dialog, QPoint(0, 0)), w->size())));
+            if (!w->isVisible() || (!w->inherits("QLabel") && !w->inherits("QAbstractButton"))) continue;
+            EXPECT_TRUE(w->width() >= w->minimumSizeHint().width() &&
+                        w->height() >= w->minimumSizeHint().height() &&
+                        dialog.rect().contains(QRect(w->mapTo(&dialog, QPoint(0, 0)), w->size())))
+                << w->objectName().toStdString();
         }
     }
 
     QTimer poller;
     std::deque<step> pending;
-    int polls = 0;
 };
 
 TEST_F(DesktopDialogs, ErrorBoxWithAndWithoutAnOwner) {
     for (host_window *owner : {window, static_cast<host_window *>(nullptr)}) {
         drive({[](QWidget &w) {
             auto *box = qobject_cast<QMessageBox *>(&w);
-            EXPECT_NE(box, nullptr);
             EXPECT_EQ(box->icon(), QMessageBox::Critical);
             EXPECT_EQ(box->text().toStdString(), "$1234 にて HALT命令を検出につき終了。<b>");
+            EXPECT_EQ(box->textFormat(), Qt::PlainText);
             EXPECT_EQ(box->windowTitle().toStdString(), "Kivex");
             EXPECT_EQ(box->buttons().size(), 1);
             expect_readable(*box);
@@ -97,38 +91,25 @@ TEST_F(DesktopDialogs, ErrorBoxWithAndWithoutAnOwner) {
     }
 }
 
-settings_dialog example_settings() {
-    return {"Kiv機能設定",
-            "Zun - PC-8801 Emulator",
-            "Copyright (C)",
-            {{"DMA load", "(T)", 0, 100, 100},
-             {"DMA gain", "(T)", 1, 40, 500},
-             {"Volume", "(dB)", -100, 0, -4},
-             {"Amplitude", "", 1, 18, 1}},
-            {{"TEN-Keyless", true},
-             {"NO Wait", false},
-             {"Sync Vertical Blank", false},
-             {"720x480", false},
-             {"Text diff-draw", false},
-             {"Interlace like", false},
-             {"N-BASIC ROM BOOT", false},
-             {"HiRes CRT", true}}};
-}
-
 TEST_F(DesktopDialogs, SettingsMirrorTheirSlidersAndTakeOkOnly) {
-    settings_dialog dialog = example_settings();
-    drive({[](QWidget &w) {
+    const settings_dialog before{
+        "Kiv機能設定",
+        "Zun - PC-8801 Emulator",
+        "Copyright (C)",
+        {{"DMA load", "(T)", 0, 100, 100}, {"DMA gain", "(T)", 1, 40, 500}, {"Volume", "(dB)", -100, 0, -4}},
+        {{"TEN-Keyless", true}, {"NO Wait", false}, {"HiRes CRT", true}}};
+    settings_dialog dialog = before;
+    const auto change = [](QWidget &w) {
         EXPECT_EQ(w.windowTitle().toStdString(), "Kiv機能設定");
         expect_readable(w);
-        auto *load = child<QSlider>(w, "DMA load"), *volume = child<QSlider>(w, "Volume");
+        auto *load = child<QSlider>(w, "DMA load");
         auto *load_box = child<QLineEdit>(w, "DMA load value"),
              *gain_box = child<QLineEdit>(w, "DMA gain value");
         EXPECT_EQ(load_box->text(), "100");
         EXPECT_EQ(gain_box->text(), "500") << "the value in effect, although the slider ends at 40";
-        EXPECT_TRUE(load_box->isReadOnly());
-        EXPECT_TRUE(load_box->alignment() & Qt::AlignRight);
+        EXPECT_TRUE(load_box->isReadOnly() && load_box->alignment() & Qt::AlignRight);
         EXPECT_EQ(w.focusWidget(), load) << "the first control";
-        press(w, Qt::Key_Left); // keys
+        press(w, Qt::Key_Left);
         EXPECT_EQ(load_box->text(), "99");
         press(w, Qt::Key_PageDown);
         EXPECT_EQ(load_box->text(), "89");
@@ -136,46 +117,40 @@ TEST_F(DesktopDialogs, SettingsMirrorTheirSlidersAndTakeOkOnly) {
         load->setSliderPosition(33);
         EXPECT_EQ(load_box->text(), "33");
         load->setSliderDown(false);
-        volume->setValue(-100);
-        EXPECT_EQ(child<QLineEdit>(w, "Volume value")->text(), "-100");
-        // Tab visits the sliders, then the check boxes, then the buttons; never the number boxes.
-        std::string order;
-        for (int i = 0; i < 15; ++i) {
+        child<QSlider>(w, "Volume")->setValue(-100);
+        // Tab visits the sliders, then the check boxes; never the number boxes.
+        QString order;
+        for (int i = 0; i < 5; ++i) {
             press(w, Qt::Key_Tab);
-            const QString name = w.focusWidget()->objectName();
-            EXPECT_FALSE(name.endsWith("value")) << name.toStdString();
-            order += name.left(1).toStdString() + ",";
+            order += w.focusWidget()->objectName() + "|";
         }
-        EXPECT_EQ(order.substr(0, 22), "D,V,A,T,N,S,7,T,I,N,H,");
+        EXPECT_EQ(order.toStdString(), "DMA gain|Volume|TEN-Keyless|NO Wait|HiRes CRT|");
         child<QCheckBox>(w, "NO Wait")->click();
         child<QCheckBox>(w, "HiRes CRT")->click();
-        auto *buttons = w.findChild<QDialogButtonBox *>();
-        EXPECT_EQ(buttons->button(QDialogButtonBox::Cancel)->text().toStdString(), "キャンセル");
-        buttons->button(QDialogButtonBox::Ok)->click();
+    };
+    drive({[&](QWidget &w) {
+        change(w);
+        EXPECT_EQ(w.findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Cancel)->text().toStdString(),
+                  "キャンセル");
+        press(w, Qt::Key_Escape);
+        return true;
+    }});
+    EXPECT_FALSE(host->settings(*window, dialog));
+    EXPECT_TRUE(dialog.sliders[0].value == 100 && dialog.sliders[1].value == 500 &&
+                !dialog.checks[1].checked);
+    drive({[&](QWidget &w) {
+        change(w);
+        w.findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Ok)->click();
         return true;
     }});
     EXPECT_TRUE(host->settings(*window, dialog));
     EXPECT_EQ(dialog.sliders[0].value, 33);
     EXPECT_EQ(dialog.sliders[1].value, 40);
     EXPECT_EQ(dialog.sliders[2].value, -100);
-    EXPECT_EQ(dialog.sliders[3].value, 1);
-    std::string checks;
-    for (const settings_check &c : dialog.checks) checks += c.checked ? '1' : '0';
-    EXPECT_EQ(checks, "11000000");
-
-    dialog = example_settings();
-    drive({[](QWidget &w) {
-        child<QSlider>(w, "Amplitude")->setValue(9);
-        child<QCheckBox>(w, "NO Wait")->click();
-        press(w, Qt::Key_Escape);
-        return true;
-    }});
-    EXPECT_FALSE(host->settings(*window, dialog));
-    EXPECT_EQ(dialog.sliders[3].value, 1);
-    EXPECT_FALSE(dialog.checks[1].checked);
+    EXPECT_TRUE(dialog.checks[0].checked && dialog.checks[1].checked && !dialog.checks[2].checked);
 }
 
-TEST_F(DesktopDialogs, HelpIsReadScrolledAndCopiedButNotWritten) {
+TEST_F(DesktopDialogs, HelpIsReadAndScrolledButNotWritten) {
     std::string text;
     for (int i = 1; i <= 33; ++i)
         text += "[F" + std::to_string(i) + "] ................ Kiv形式ﾒﾓﾘﾀﾞﾝﾌﾟﾌｧｲﾙ出力\r\n";
@@ -184,20 +159,18 @@ TEST_F(DesktopDialogs, HelpIsReadScrolledAndCopiedButNotWritten) {
             EXPECT_EQ(w.windowTitle().toStdString(), "Kivについて");
             expect_readable(w);
             auto *help = w.findChild<QPlainTextEdit *>();
-            EXPECT_EQ(help->document()->blockCount(), 34);
             EXPECT_FALSE(help->textCursor().hasSelection()) << "opens without a selection";
             press(w, Qt::Key_X);
             EXPECT_EQ(help->document()->blockCount(), 34);
             EXPECT_FALSE(help->document()->isModified());
             EXPECT_GT(help->verticalScrollBar()->maximum(), 0);
             help->selectAll();
-            help->copy();
-            EXPECT_TRUE(QApplication::clipboard()->text().contains(QString::fromUtf8("ﾒﾓﾘﾀﾞﾝﾌﾟ")));
+            EXPECT_TRUE(help->textCursor().selectedText().contains(QString::fromUtf8("ﾒﾓﾘﾀﾞﾝﾌﾟ")));
+            EXPECT_TRUE(help->textInteractionFlags() & Qt::TextSelectableByKeyboard); // and so copied
             press(w, closing);
             return true;
         }});
         host->help(*window, {"Kivについて", "Kiv - PC-8001 Emulator", "Copyright (C)", text});
-        EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
     }
 }
 
@@ -207,27 +180,37 @@ class DesktopFileDialogs : public DesktopDialogs {
   protected:
     void SetUp() override {
         DesktopDialogs::SetUp();
-        was = QDir::currentPath();
-        ASSERT_TRUE(folder.isValid());
         ASSERT_TRUE(QDir::setCurrent(folder.path()));
-        for (const char *name : {"a.kiv", "b.CMT", "テープ.cmt", "dump.KIV", "other.txt", "plain"}) {
-            QFile file(QString::fromUtf8(name));
-            ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        }
+        for (const char *name : {"a.kiv", "b.CMT", "テープ.cmt", "dump.KIV", "other.txt", "plain"})
+            ASSERT_TRUE(QFile(QString::fromUtf8(name)).open(QIODevice::WriteOnly));
     }
     void TearDown() override {
         QDir::setCurrent(was);
         DesktopDialogs::TearDown();
     }
-    static void type(QWidget &w, const char *name) {
-        child<QLineEdit>(w, "fileNameEdit")->setText(QString::fromUtf8(name));
+    // Types a name and confirms. After the step: what the dialog asks then runs inside, and the next steps
+    // must get their turn.
+    static step enter(const char *name) {
+        return [=](QWidget &w) {
+            if (w.inherits("QMessageBox")) return false; // still closing
+            if (name != nullptr) child<QLineEdit>(w, "fileNameEdit")->setText(QString::fromUtf8(name));
+            QTimer::singleShot(0, &w, [&w] { static_cast<QDialog &>(w).accept(); });
+            return true;
+        };
     }
-    // After the step: what the dialog asks then runs inside, and the next steps must get their turn.
-    static void accept(QWidget &w) {
-        QTimer::singleShot(0, &w, [&w] { static_cast<QDialog &>(w).accept(); });
+    // Answers the question that names `about`.
+    static step answer(const char *about, QMessageBox::StandardButton with) {
+        return [=](QWidget &w) {
+            auto *box = qobject_cast<QMessageBox *>(&w);
+            if (box == nullptr) return false; // still to come
+            EXPECT_TRUE(box->text().contains(about)) << box->text().toStdString();
+            EXPECT_NE(box->defaultButton(), box->button(QMessageBox::Yes));
+            box->button(with)->click();
+            return true;
+        };
     }
     std::string in_folder(const char *name) const {
-        return (QDir(folder.path()).absoluteFilePath(QString::fromUtf8(name))).toStdString();
+        return QDir(folder.path()).absoluteFilePath(QString::fromUtf8(name)).toStdString();
     }
 
     const file_dialog_options opening{
@@ -235,119 +218,68 @@ class DesktopFileDialogs : public DesktopDialogs {
     const file_dialog_options saving{
         "Kiv ﾌｧｲﾙの保存", "Kiv ﾌﾟﾛｸﾞﾗﾑﾌｧｲﾙ", {"*.KIV"}, "dump", "KIV", true, false};
     QTemporaryDir folder;
-    QString was;
+    const QString was = QDir::currentPath();
+    std::string path = "unchanged";
 };
 
 TEST_F(DesktopFileDialogs, OpeningListsItsPatternsInAnyCase) {
     drive({[](QWidget &w) {
-        auto *list = child<QListView>(w, "listView");
-        const QAbstractItemModel *model = list->model();
-        if (model->rowCount(list->rootIndex()) < 4) return false; // still reading the folder
-        QStringList names; // in any order, as the list sorts itself later
-        for (int i = 0; i < model->rowCount(list->rootIndex()); ++i)
-            names << model->index(i, 0, list->rootIndex()).data().toString();
-        names.sort();
-        EXPECT_EQ(names.join('|').toStdString(), "a.kiv|b.CMT|dump.KIV|テープ.cmt");
-        EXPECT_EQ(child<QLineEdit>(w, "fileNameEdit")->text(), "*.kiv;*.cmt");
-        static_cast<QDialog &>(w).accept(); // a pattern is no name
-        EXPECT_TRUE(w.isVisible());
-        type(w, "テープ.cmt");
-        accept(w);
-        return true;
-    }});
-    std::string path;
+               auto *list = child<QListView>(w, "listView");
+               const QAbstractItemModel *model = list->model();
+               if (model->rowCount(list->rootIndex()) < 4) return false; // still reading the folder
+               QStringList names; // in any order, as the list sorts itself later
+               for (int i = 0; i < model->rowCount(list->rootIndex()); ++i)
+                   names << model->index(i, 0, list->rootIndex()).data().toString();
+               names.sort();
+               EXPECT_EQ(names.join('|').toStdString(), "a.kiv|b.CMT|dump.KIV|テープ.cmt");
+               EXPECT_EQ(child<QLineEdit>(w, "fileNameEdit")->text(), "*.kiv;*.cmt");
+               static_cast<QDialog &>(w).accept(); // a pattern is no name
+               EXPECT_TRUE(w.isVisible());
+               return true;
+           },
+           enter("テープ.cmt")});
     EXPECT_TRUE(host->open_file(*window, opening, path));
     EXPECT_EQ(path, in_folder("テープ.cmt"));
 }
 
-TEST_F(DesktopFileDialogs, OpeningTakesFilesThatExist) {
-    drive({[](QWidget &w) {
-               type(w, "missing.KIV");
-               accept(w);
-               return true;
-           },
-           [](QWidget &w) {
-               if (qobject_cast<QMessageBox *>(&w) == nullptr) return false;
-               w.close();
-               return true;
-           },
-           [](QWidget &w) {
-               if (qobject_cast<QMessageBox *>(&w) != nullptr) return false;
-               type(w, "dump"); // completed to dump.KIV
-               accept(w);
-               return true;
-           }});
-    std::string path;
-    EXPECT_TRUE(host->open_file(*window, opening, path));
-    EXPECT_EQ(path, in_folder("dump.KIV"));
+TEST_F(DesktopFileDialogs, WhatIsChosenExistsWhenOpeningAndIsAskedForWhenSaving) {
+    struct {
+        const char *label;
+        bool opens;
+        std::vector<step> steps;
+        const char *chosen;
+    } const cases[] = {
+        {"a missing one is refused, a short name completed",
+         true,
+         {enter("missing.KIV"), answer("missing.KIV", QMessageBox::Ok), enter("dump")},
+         "dump.KIV"},
+        {"a name without an extension that exists", true, {enter("plain")}, "plain"},
+        {"replaced only after a yes",
+         false,
+         {enter(nullptr), answer("dump.KIV", QMessageBox::No), enter(nullptr),
+          answer("dump.KIV", QMessageBox::Yes)},
+         "dump.KIV"},
+        {"a new name gets its extension", false, {enter("新しい")}, "新しい.KIV"},
+        {"another extension stays", false, {enter("x.bin")}, "x.bin"},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.label);
+        drive(c.steps);
+        EXPECT_TRUE(c.opens ? host->open_file(*window, opening, path)
+                            : host->save_file(*window, saving, path));
+        EXPECT_EQ(path, in_folder(c.chosen));
+    }
+    EXPECT_EQ(QDir::currentPath(), folder.path()) << "a dialog does not move the program";
+}
 
-    drive({[](QWidget &w) {
-        type(w, "plain"); // exists as it is
-        accept(w);
-        return true;
-    }});
-    EXPECT_TRUE(host->open_file(*window, opening, path));
-    EXPECT_EQ(path, in_folder("plain"));
-
+TEST_F(DesktopFileDialogs, ACancelChangesNothingAndADeletedCurrentFolderIsNoObstacle) {
+    ASSERT_TRUE(folder.remove());
     drive({[](QWidget &w) {
         press(w, Qt::Key_Escape);
         return true;
     }});
     EXPECT_FALSE(host->open_file(*window, opening, path));
-    EXPECT_EQ(path, in_folder("plain")) << "unchanged by a cancel";
-}
-
-TEST_F(DesktopFileDialogs, SavingAddsTheExtensionAndAsksBeforeReplacing) {
-    std::string path;
-    drive({[](QWidget &w) {
-               EXPECT_EQ(child<QLineEdit>(w, "fileNameEdit")->text(), "dump");
-               accept(w);
-               return true;
-           },
-           [](QWidget &w) {
-               auto *box = qobject_cast<QMessageBox *>(&w);
-               if (box == nullptr) return false;
-               EXPECT_TRUE(box->text().contains("dump.KIV")) << box->text().toStdString();
-               press(*box, Qt::Key_Return); // the default is No
-               return true;
-           },
-           [](QWidget &w) {
-               if (qobject_cast<QMessageBox *>(&w) != nullptr) return false;
-               accept(w);
-               return true;
-           },
-           [](QWidget &w) {
-               auto *box = qobject_cast<QMessageBox *>(&w);
-               if (box == nullptr) return false;
-               box->button(QMessageBox::Yes)->click();
-               return true;
-           }});
-    EXPECT_TRUE(host->save_file(*window, saving, path));
-    EXPECT_EQ(path, in_folder("dump.KIV"));
-
-    for (const auto &[typed, saved] : {std::pair{"新しい", "新しい.KIV"}, {"x.bin", "x.bin"}}) {
-        drive({[name = typed](QWidget &w) {
-            type(w, name);
-            accept(w);
-            return true;
-        }});
-        EXPECT_TRUE(host->save_file(*window, saving, path));
-        EXPECT_EQ(path, in_folder(saved));
-    }
-    EXPECT_EQ(QDir::currentPath().toStdString(), folder.path().toStdString())
-        << "a dialog does not move the program";
-}
-
-TEST_F(DesktopFileDialogs, ADeletedCurrentFolderIsNoObstacle) {
-    QTemporaryDir gone;
-    ASSERT_TRUE(QDir::setCurrent(gone.path()));
-    ASSERT_TRUE(gone.remove());
-    drive({[](QWidget &w) {
-        w.close();
-        return true;
-    }});
-    std::string path;
-    EXPECT_FALSE(host->open_file(*window, opening, path));
+    EXPECT_EQ(path, "unchanged");
 }
 
 } // namespace
