@@ -5,13 +5,7 @@
 
 namespace {
 
-class Keyboard : public Machine {
-  protected:
-    void TearDown() override {
-        map_cursor_keys(false);
-        Machine::TearDown();
-    }
-};
+using Keyboard = Machine;
 
 // Row and bit of every host key, row by row, bit 0 first; 0 where no host key stands for the machine's.
 constexpr uint32_t matrix[key_rows][8] = {
@@ -27,63 +21,38 @@ constexpr uint32_t matrix[key_rows][8] = {
     {0x08, 0x70, 0x71, 0x72, 0x73, 0x74, 0x20, 0x1B}, // STOP, F1-F5, space, escape
     {0x09, 0x28, 0x25, 0, 0, 0, 0, 0},                // tab, down, left
 };
-// Second keys of a position.
-constexpr uint32_t doubles[][2] = {{0x2E, 0x2D}, {0xF0, 0x1C}, {0xA2, 0x11}, {0xA3, 0x11}};
 
 TEST_F(Keyboard, EveryKeyHasItsPlaceAndNoOtherHasOne) {
     std::map<uint32_t, int> places;
-    for (int row = 0; row < key_rows; ++row)
-        for (int bit = 0; bit < 8; ++bit)
-            if (matrix[row][bit] != 0) places[matrix[row][bit]] = row * 8 + bit;
-    for (const auto &[second, first] : doubles) places[second] = places.at(first);
-    EXPECT_EQ(places.size(), 85u);
-    for (uint32_t code = 0; code < 0x400; ++code) {
-        const auto place = places.find(code);
-        key_press(code);
-        key_press(code);
-        for (int row = 0; row < 16; ++row) {
-            const bool held = place != places.end() && place->second / 8 == row;
-            EXPECT_EQ(in(row), held ? 0xFF & ~(1 << place->second % 8) : 0xFF)
-                << "key " << hex{code} << " row " << row;
-        }
-        key_release(code);
-        for (int row = 0; row < key_rows; ++row)
-            EXPECT_EQ(in(row), 0xFF) << "key " << hex{code} << " row " << row;
-    }
-}
-
-TEST_F(Keyboard, KeysOfOneRowAndOfOnePlace) {
-    key_press('A');
-    key_press('C');
-    EXPECT_EQ(in(2), 0xF5);
-    key_release('A');
-    EXPECT_EQ(in(2), 0xF7);
-    key_press(0x2D);
-    key_press(0x2E);
-    key_release(0x2D); // insert and delete are one key here
-    EXPECT_EQ(in(8), 0xFF);
-    machine.reset_keyboard(machine);
-    key_release('C'); // its release comes late
-    EXPECT_EQ(in(2), 0xFF);
-}
-
-TEST_F(Keyboard, ArrowsStandInForTheTenKey) {
-    const struct {
-        uint32_t code;
-        int row, bit, tenkey_row, tenkey_bit;
-    } arrows[] = {{0x25, 10, 2, 0, 4}, {0x26, 8, 1, 1, 0}, {0x27, 8, 2, 0, 6}, {0x28, 10, 1, 0, 2}};
-    for (const bool tenkeyless : {true, false, true}) {
+    for (int place = 0; place < 8 * key_rows; ++place)
+        if (const uint32_t key = matrix[place / 8][place % 8]) places[key] = place;
+    // Second keys of a position.
+    places[0x2E] = places[0x2D], places[0xF0] = places[0x1C], places[0xA2] = places[0xA3] = places[0x11];
+    for (const bool tenkeyless : {true, false}) {
         map_cursor_keys(tenkeyless);
-        for (const auto &arrow : arrows) {
-            key_press(arrow.code);
-            const int row = tenkeyless ? arrow.tenkey_row : arrow.row,
-                      bit = tenkeyless ? arrow.tenkey_bit : arrow.bit;
-            for (int r = 0; r < key_rows; ++r)
-                EXPECT_EQ(in(r), r == row ? 0xFF & ~(1 << bit) : 0xFF)
-                    << "key " << hex{arrow.code} << " row " << r;
-            key_release(arrow.code);
+        auto expected = places; // left, up, right and down stand in for the ten-key 4, 8, 6 and 2
+        for (uint32_t i = 0; tenkeyless && i < 4; ++i) expected[0x25 + i] = places["\x64\x68\x66\x62"[i]];
+        for (uint32_t code = 0; code < 0x400; ++code) {
+            const auto place = expected.find(code);
+            key_press(code);
+            key_press(code);
+            for (int row = 0; row < 16; ++row) {
+                const bool held = place != expected.end() && place->second / 8 == row;
+                EXPECT_EQ(in(row), held ? 0xFF & ~(1 << place->second % 8) : 0xFF)
+                    << "key 0x" << std::hex << code << " row " << row;
+            }
+            key_release(code);
+            for (const auto &row : machine.key_matrix) EXPECT_EQ(row, 0xFF) << "key 0x" << std::hex << code;
         }
     }
+    for (const uint32_t key : {0x41u, 0x43u, 0x2Du, 0x2Eu}) key_press(key);
+    key_release(0x41);
+    EXPECT_EQ(in(2), 0xF7);
+    key_release(0x2D);
+    EXPECT_EQ(in(8), 0xFF) << "insert and delete are one key here";
+    machine.reset_keyboard(machine);
+    key_release(0x43); // comes late
+    EXPECT_EQ(in(2), 0xFF);
 }
 
 } // namespace
