@@ -9,6 +9,7 @@
 #include "support/main_window.h"
 #include <algorithm>
 #include <cstdio>
+#include <span>
 
 namespace {
 
@@ -17,7 +18,7 @@ using platform::display_result;
 struct mode_size {
     int width, height;
 };
-constexpr mode_size full_screen_modes[] = {{640, 400}, {640, 480}, {720, 480}, {800, 480}, {800, 600}};
+constexpr mode_size all_modes[] = {{640, 400}, {640, 480}, {720, 480}, {800, 480}, {800, 600}};
 constexpr mode_size only_mode[] = {{720, 480}};
 constexpr int full_screen_depths[] = {8, 32};
 constexpr int window_depth = 8; // not used in a window: the desktop's depth stays
@@ -88,18 +89,18 @@ int kiv_directx::toggle_screen() {
 
 void kiv_directx::restore_surfaces() {
     const std::lock_guard lock(surfaces_mutex);
-    for (platform::surface *surface : {primary.get(), offscreen.get()}) {
-        if (surface == nullptr) continue;
+    if (primary == nullptr) return; // then there is no off-screen surface, either
+    const auto surfaces = {primary.get(), offscreen.get()};
+    for (platform::surface *surface : surfaces)
         if (!surface->restore()) trace("DirectX: restore_surfaces() Failed");
-        surface->fill({0, 0, width, height}, 0);
-    }
+    for (platform::surface *surface : surfaces) surface->fill({0, 0, width, height}, 0);
 }
 
 // ---- set-up and release; surfaces_mutex is held -------------------------------------------------------
 
 bool kiv_directx::video_start() {
-    const bool set_up =
-        full_screen != 0 ? video_start_full_screen() : directdraw_setup(640, 400, window_depth);
+    const bool set_up = full_screen != 0 ? video_start_full_screen()
+                                         : directdraw_setup(frame_width, frame_height, window_depth);
     if (set_up && create_surfaces() && create_palette()) return true;
     video_release();
     return false;
@@ -107,15 +108,11 @@ bool kiv_directx::video_start() {
 
 // The smallest mode that the display takes, 8 bits before 32.
 bool kiv_directx::video_start_full_screen() {
-    for (const int depth : full_screen_depths) {
-        if (screensize == 1) {
-            for (const mode_size &m : only_mode)
-                if (directdraw_setup(m.width, m.height, depth)) return true;
-        } else {
-            for (const mode_size &m : full_screen_modes)
-                if (directdraw_setup(m.width, m.height, depth)) return true;
-        }
-    }
+    const auto modes =
+        screensize == 1 ? std::span<const mode_size>(only_mode) : std::span<const mode_size>(all_modes);
+    for (const int depth : full_screen_depths)
+        for (const mode_size &mode : modes)
+            if (directdraw_setup(mode.width, mode.height, depth)) return true;
     return false;
 }
 

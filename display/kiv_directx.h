@@ -111,6 +111,7 @@ class kiv_directx {
     bool sound_start();
     bool sound_set_up();
     void sound_release();
+    bool write_slice(uint32_t offset, uint32_t bytes, const int16_t *samples);
 
     platform::host &host;
     platform::host_window *window = nullptr;
@@ -134,8 +135,6 @@ class kiv_directx {
     std::unique_ptr<platform::sound_stream> stream;
     shared<uint32_t> sound_off{0};
     sound_slices slices;
-
-    friend sound_listener directx_host_callbacks();
 };
 
 // The machine's sound slots, forwarded to the one kiv_directx object. The object must live while the machine

@@ -40,11 +40,7 @@ bool kiv_directx::sound_set_up() {
     stream = device.create_stream(stream_bytes, slice_format);
     if (stream == nullptr) return failed("CreateSoundBuffer(2nd)");
     if (!stream->get_caps(bytes)) return failed("GetCaps(2nd)");
-    void *part1 = nullptr, *part2 = nullptr;
-    uint32_t bytes1 = 0, bytes2 = 0;
-    if (!stream->lock(0, stream_bytes, part1, bytes1, part2, bytes2)) return failed("Lock(2nd)");
-    std::memset(part1, 0, std::min(bytes1, stream_half_bytes));
-    stream->unlock(part1, bytes1, part2, bytes2);
+    if (!write_slice(0, stream_bytes, silence)) return failed("Lock(2nd)");
     stream->stop();
     reset_cpu_clk();
     return true;
@@ -84,22 +80,25 @@ const int16_t *kiv_directx::makePCM(slice_source source) {
     return slices.samples();
 }
 
+// Locks `bytes` of the stream from `offset` on and stores a slice at their start. False: not locked.
+bool kiv_directx::write_slice(uint32_t offset, uint32_t bytes, const int16_t *samples) {
+    void *part1 = nullptr, *part2 = nullptr; // in two parts where the device's memory wraps
+    uint32_t bytes1 = 0, bytes2 = 0;
+    if (!stream->lock(offset, bytes, part1, bytes1, part2, bytes2)) return false;
+    const uint32_t first = std::min(bytes1, slice_bytes), second = std::min(bytes2, slice_bytes - first);
+    std::memcpy(part1, samples, first);
+    if (part2 != nullptr) std::memcpy(part2, reinterpret_cast<const uint8_t *>(samples) + first, second);
+    stream->unlock(part1, bytes1, part2, bytes2);
+    return true;
+}
+
 // Into the half that the write cursor is not in.
 void kiv_directx::transferPCM(const int16_t *samples) {
     uint32_t play_cursor = 0, write_cursor = 0;
     if (stream == nullptr || !stream->get_position(play_cursor, write_cursor)) return;
     const uint32_t half = (write_cursor / stream_half_bytes - 1) & 1;
-    void *part1 = nullptr, *part2 = nullptr;
-    uint32_t bytes1 = 0, bytes2 = 0;
-    if (!stream->lock(half * stream_half_bytes, stream_half_bytes, part1, bytes1, part2, bytes2)) {
+    if (!write_slice(half * stream_half_bytes, stream_half_bytes, samples))
         trace("transferPCM: fail to Lock pcm buffer");
-        return;
-    }
-    const auto *from = reinterpret_cast<const uint8_t *>(samples);
-    const uint32_t first = std::min(bytes1, stream_half_bytes);
-    std::memcpy(part1, from, first);
-    if (part2 != nullptr) std::memcpy(part2, from + first, std::min(bytes2, stream_half_bytes - first));
-    stream->unlock(part1, bytes1, part2, bytes2);
 }
 
 int32_t kiv_directx::getHardVolume() const {

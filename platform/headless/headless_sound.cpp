@@ -29,6 +29,7 @@ struct headless_sound::device {
     bool manual = false;
     uint64_t manual_us = 0;
     uint32_t write_lead = 0;
+    uint32_t first_part = std::numeric_limits<uint32_t>::max();
     int32_t volume = 0;
     wave_format format{};
 
@@ -121,10 +122,10 @@ class memory_stream : public sound_stream {
         if (locked) return false;
         locked = true;
         staging = state->memory;
-        bytes1 = std::min(bytes, size - offset);
+        bytes1 = std::min(bytes, bytes > size - offset ? size - offset : state->first_part);
         bytes2 = bytes - bytes1;
         part1 = staging.data() + offset;
-        part2 = bytes2 == 0 ? nullptr : staging.data();
+        part2 = bytes2 == 0 ? nullptr : staging.data() + (offset + bytes1) % size;
         return true;
     }
 
@@ -208,6 +209,11 @@ void headless_sound::advance(uint64_t microseconds) {
 void headless_sound::set_write_lead(uint32_t bytes) {
     const std::lock_guard lock(state->mutex);
     state->write_lead = bytes;
+}
+
+void headless_sound::set_first_part(uint32_t bytes) {
+    const std::lock_guard lock(state->mutex);
+    state->first_part = bytes;
 }
 
 void headless_sound::set_record_limit(size_t samples) {

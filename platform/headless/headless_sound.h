@@ -19,6 +19,8 @@ class headless_sound : public sound_device {
     void advance(uint64_t microseconds);
     // Bytes by which the write cursor is ahead of the play cursor; 0 at first.
     void set_write_lead(uint32_t bytes);
+    // Bytes of the first part of a lock: a longer one comes in two parts, as it does where the buffer wraps.
+    void set_first_part(uint32_t bytes);
     // Keeps the first `samples` of each record from now on; 0 (at first) keeps none.
     void set_record_limit(size_t samples);
     std::vector<int16_t> written() const; // in the order of the unlocks
