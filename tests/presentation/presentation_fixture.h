@@ -27,7 +27,12 @@ class presentation_test : public testing::Test, public main_window, public platf
         machine.crtc_reverse = 1;
         machine.cursor_enabled = 0;
         machine.select_attr_decoder(1);
-        hear_lines();
+        lines().clear();
+        set_trace_listener([](const char *line) {
+            static std::mutex mutex;
+            const std::lock_guard lock(mutex);
+            lines().emplace_back(line);
+        });
     }
     ~presentation_test() override {
         directx.reset();
@@ -57,14 +62,6 @@ class presentation_test : public testing::Test, public main_window, public platf
             const std::string mode =
                 std::to_string(w) + "x" + std::to_string(h) + "x" + std::to_string(depth);
             return std::count(modes.begin(), modes.end(), mode) != 0;
-        });
-    }
-    static void hear_lines() {
-        lines().clear();
-        set_trace_listener([](const char *line) {
-            static std::mutex mutex;
-            const std::lock_guard lock(mutex);
-            lines().emplace_back(line);
         });
     }
     static strings &lines() {

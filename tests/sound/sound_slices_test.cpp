@@ -5,11 +5,26 @@
 #include <gtest/gtest.h>
 #include <memory>
 #include <random>
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace {
 
-constexpr uint64_t slice = 79872;
+constexpr uint64_t slice = 79872; // T-states
+
+// What a program writes: the beeper (channel 0) on or off, a tone's frequency in Hz.
+struct port_write {
+    uint64_t at; // T-states
+    uint32_t channel, value;
+};
+
+void apply(sound_slices &slices, const port_write &w) {
+    if (w.channel != 0)
+        slices.setTone(w.value, w.channel - 1);
+    else
+        w.value != 0 ? slices.beepOn() : slices.beepOff();
+}
 
 std::unique_ptr<sound_slices> silent_slices(int32_t soft_volume = 1) {
     auto slices = std::make_unique<sound_slices>();
@@ -18,82 +33,64 @@ std::unique_ptr<sound_slices> silent_slices(int32_t soft_volume = 1) {
     return slices;
 }
 
-std::vector<int> render(sound_slices &slices) {
-    const int16_t *samples = slices.renderSlice();
+std::vector<int> next_slice(sound_slices &slices, uint64_t advance) {
+    slices.advanceClock(advance);
+    const int16_t *const samples = slices.renderSlice();
     return {samples, samples + slice_samples};
 }
 
-std::vector<int> square(int half, int low_half, int amplitude, size_t count = slice_samples) {
-    std::vector<int> wave;
-    while (wave.size() < count) {
-        wave.insert(wave.end(), static_cast<size_t>(half), amplitude);
-        wave.insert(wave.end(), static_cast<size_t>(low_half), -amplitude);
+// "20*1000 20*-1000 1880*0": the first three runs of equal samples.
+std::string runs(const std::vector<int> &samples) {
+    std::string text;
+    auto from = samples.begin();
+    for (int n = 0; n < 3 && from != samples.end(); ++n) {
+        const auto to = std::find_if(from, samples.end(), [&](int v) { return v != *from; });
+        text += (n ? " " : "") + std::to_string(to - from) + "*" + std::to_string(*from);
+        from = to;
     }
-    wave.resize(count);
-    return wave;
+    return text;
 }
 
-TEST(sound_slices, a_quiet_slice_is_zeros_from_one_entry_each) {
-    auto slices = silent_slices();
-    for (int n = 0; n < 3; ++n) {
-        slices->advanceClock(slice);
-        const slice_source source = slices->closeBanks();
-        for (uint32_t c = 0; c < sound_channels; ++c) {
-            const int from = c == 0 ? source.beeper : source.tone;
-            ASSERT_GE(from, 0) << "channel " << c;
-            const sound_bank &bank = slices->channel(c).banks[from];
-            EXPECT_EQ(bank.count, 1u) << "channel " << c;
-            EXPECT_EQ(bank.entries[0].duration, slice) << "channel " << c;
-            EXPECT_EQ(bank.entries[0].level, 0u) << "channel " << c;
+TEST(sound_slices, a_slice_is_what_was_written_in_it) {
+    const struct {
+        std::vector<port_write> writes;
+        uint32_t entries[2]; // of the beeper, of each tone
+        std::string runs;
+    } cases[] = {
+        {{}, {1, 1}, "1920*0"},
+        {{{0, 0, 1}}, {2, 1}, "20*1000 20*-1000 20*1000"},
+        {{{39936, 0, 1}, {39936, 0, 1}}, {2, 1}, "960*0 20*1000 20*-1000"},
+        {{{0, 0, 1}, {1664, 0, 0}, {1664, 0, 0}}, {3, 1}, "20*1000 20*-1000 1880*0"},
+        {{{0, 1, 1000}, {9, 1, 1000}}, {1, 2}, "48*300 48*-300 48*300"},
+        {{{0, 2, 1000}, {3994, 2, 0}}, {1, 3}, "48*300 48*-300 1824*0"},
+        {{{0, 2, 700}}, {1, 2}, "68*300 69*-300 68*300"}, // an odd period is low for longer
+        {{{0, 3, 64000}}, {1, 2}, "1*300 1*-300 1*300"},
+        {{{0, 3, 65535}}, {1, 2}, "1920*-300"}, // one sample a period: never high
+    };
+    for (const auto &c : cases) {
+        auto slices = silent_slices();
+        uint64_t now = 0;
+        for (const port_write &w : c.writes) {
+            slices->advanceClock(w.at - std::exchange(now, w.at));
+            apply(*slices, w);
         }
-        slices->makeNormalPCM(source);
-        EXPECT_EQ(std::vector<int>(slices->samples(), slices->samples() + slice_samples),
-                  std::vector<int>(slice_samples, 0));
+        EXPECT_EQ(runs(next_slice(*slices, slice - now)), c.runs);
+        for (uint32_t k = 0; k < sound_channels; ++k) {
+            const sound_channel &channel = slices->channel(k);
+            EXPECT_EQ(channel.banks[channel.fill_bank ^ 1].count, c.entries[k != 0]) << c.runs;
+        }
     }
 }
 
-TEST(sound_slices, power_on_sounds_until_the_beeper_is_switched_off) {
+TEST(sound_slices, the_beeper_sounds_from_power_on_and_not_after_a_clear) {
     auto slices = std::make_unique<sound_slices>();
     slices->beepOn(); // it counts as on already
-    slices->advanceClock(slice);
-    EXPECT_EQ(render(*slices), square(20, 20, 6000));
-    slices->beepOff();
-    slices->beepOff();
-    EXPECT_EQ(slices->channel(0).banks[slices->channel(0).fill_bank].count, 1u);
-    slices->advanceClock(slice);
-    EXPECT_EQ(render(*slices), std::vector<int>(slice_samples, 0));
-}
-
-TEST(sound_slices, beeper_switched_on_halfway_leaves_the_first_half_silent) {
-    auto slices = silent_slices();
-    slices->advanceClock(slice / 2);
-    slices->beepOn();
-    slices->advanceClock(slice / 2);
-    const std::vector<int> got = render(*slices);
-    EXPECT_TRUE(std::all_of(got.begin(), got.begin() + 960, [](int v) { return v == 0; }));
-    EXPECT_EQ(std::vector<int>(got.begin() + 960, got.end()), square(20, 20, 1000, 960));
-}
-
-TEST(sound_slices, tone_periods_and_halves) {
-    const struct {
-        uint32_t frequency;
-        int high, low;
-    } cases[] = {
-        {1000, 48, 48}, {2400, 20, 20}, {700, 68, 69}, {64000, 1, 1}, {65535, 0, 1},
-    };
-    for (const auto &c : cases)
-        for (uint32_t tone = 0; tone < 3; ++tone) {
-            auto slices = silent_slices();
-            slices->setTone(c.frequency, tone);
-            slices->setTone(c.frequency, tone); // no further entry
-            EXPECT_EQ(slices->channel(1).banks[0].count, 1u);
-            EXPECT_EQ(slices->channel(tone + 1).param, c.frequency);
-            slices->advanceClock(slice);
-            EXPECT_EQ(render(*slices), square(c.high, c.low, 300)) << c.frequency << " Hz, tone " << tone;
-            slices->setTone(0, tone);
-            slices->advanceClock(slice);
-            EXPECT_EQ(render(*slices), std::vector<int>(slice_samples, 0)) << c.frequency << " Hz off";
-        }
+    EXPECT_EQ(runs(next_slice(*slices, slice)), "20*6000 20*-6000 20*6000");
+    slices->setTone(701, 2);
+    next_slice(*slices, 3 * slice + 5);
+    slices->clearPCM();
+    slices->setTone(700, 0);
+    EXPECT_EQ(runs(next_slice(*slices, slice)), "68*6000 69*-6000 68*6000") << "the phase starts again";
 }
 
 // Every stored volume is usable, also those that wrap in 16 bits or turn negative there.
@@ -102,54 +99,43 @@ TEST(sound_slices, all_sources_at_once_stay_within_the_amplitude) {
         auto slices = silent_slices(volume);
         const int a = static_cast<int16_t>(static_cast<uint16_t>(uint64_t(int64_t{volume} * 1000) & 0xFFFF));
         EXPECT_EQ(slices->getSoftVolume(), a / 1000) << volume;
-        slices->beepOn();
-        slices->setTone(1000, 0);
-        slices->setTone(1000, 1);
-        slices->setTone(440, 2);
-        slices->advanceClock(slice);
-        int peak = 0;
-        for (const int v : render(*slices)) peak = std::max(peak, std::abs(v));
-        EXPECT_EQ(peak, std::min(std::abs(a), 32767)) << volume;
+        for (uint32_t channel = 0; channel < sound_channels; ++channel) apply(*slices, {0, channel, 1000});
+        const std::vector<int> got = next_slice(*slices, slice);
+        const auto [low, high] = std::minmax_element(got.begin(), got.end());
+        EXPECT_EQ(std::max(-*low, *high), std::min(std::abs(a), 32767)) << volume;
     }
     auto slices = silent_slices(33); // the tones' amplitude is rounded down, also below zero
     slices->setTone(1000, 0);
-    slices->advanceClock(slice);
-    EXPECT_EQ(render(*slices), square(48, 48, -9761));
+    EXPECT_EQ(runs(next_slice(*slices, slice)), "48*-9761 48*9761 48*-9761");
 }
 
-// What a port write at a moment means for the samples, worked out from the list of all writes.
+// The samples that a list of writes stands for, one at a time.
 struct timeline {
-    struct change {
-        uint64_t at;
-        uint32_t channel, value;
-    };
-    std::vector<change> changes;
+    std::vector<port_write> writes;
     std::array<uint32_t, 4> level{};
     size_t next = 0;
-    uint64_t sample_count = 0;
+    uint64_t samples_before = 0;
 
-    void apply(const change &c) {
-        level[c.channel] = c.channel == 0 || c.value == 0 ? c.value : (2 * 96000 + c.value) / (2 * c.value);
-    }
-    std::vector<int> next_slice(uint64_t index, int a) {
-        const int b = a * 3 / 10;
+    // A write comes into force at the nearest sample of its slice, or with the next slice.
+    std::vector<int> slice_at(uint64_t start, int a) {
         std::vector<int> samples;
-        for (uint64_t i = 0; i < slice_samples; ++i, ++sample_count) {
-            while (next < changes.size()) {
-                // Half a sample is rounded up.
-                const uint64_t since = changes[next].at - index * slice;
-                if (changes[next].at >= (index + 1) * slice) break;
-                if ((2 * since * slice_samples + slice) / (2 * slice) > i) break;
-                apply(changes[next++]);
+        const auto take_until = [&](uint64_t sample) {
+            for (; next < writes.size() && writes[next].at < start + slice; ++next) {
+                const port_write &w = writes[next];
+                if ((2 * (w.at - start) * slice_samples + slice) / (2 * slice) > sample) return;
+                level[w.channel] =
+                    w.channel == 0 || w.value == 0 ? w.value : (2 * 96000 + w.value) / (2 * w.value);
             }
-            int v = level[0] == 0 ? 0 : sample_count % 40 < 20 ? a : -a;
-            int tone = 0;
+        };
+        for (uint64_t i = 0; i < slice_samples; ++i, ++samples_before) {
+            take_until(i);
+            int v = level[0] == 0 ? 0 : samples_before % beeper_phase_wrap % 40 < 20 ? a : -a;
             for (uint32_t c = 1; c < 4; ++c)
-                if (level[c] != 0) tone += sample_count % level[c] < level[c] / 2 ? b : -b;
-            samples.push_back(std::clamp(v + tone, -a, a));
+                if (level[c] != 0)
+                    v += (samples_before % tone_phase_wrap % level[c] < level[c] / 2 ? 3 : -3) * a / 10;
+            samples.push_back(std::clamp(v, -a, a));
         }
-        // A change that rounds to the slice's end belongs to the next one's first sample.
-        while (next < changes.size() && changes[next].at < (index + 1) * slice) apply(changes[next++]);
+        take_until(slice_samples);
         return samples;
     }
 };
@@ -161,109 +147,68 @@ TEST(sound_slices, any_run_of_writes_gives_the_samples_of_its_timeline) {
     for (int run = 0; run < 20; ++run) {
         auto slices = silent_slices(4);
         timeline expected;
-        const uint32_t step_limit = run % 2 ? 40 : 4000;
-        uint64_t now = 0, in_slice = 0;
-        uint64_t index = 0;
-        while (index < 30) {
+        uint64_t now = 0, index = 0;
+        for (uint64_t in_slice = 0; index < 30; in_slice = in_slice < slice ? in_slice : 0) {
             if (random() % 4 == 0) {
                 const uint32_t channel = random() % 4;
-                const uint32_t value = channel == 0 ? random() % 2 : random() % 5 * (random() % 3000);
-                if (channel == 0)
-                    value ? slices->beepOn() : slices->beepOff();
-                else
-                    slices->setTone(value, channel - 1);
-                expected.changes.push_back({now, channel, value});
+                expected.writes.push_back(
+                    {now, channel, channel == 0 ? random() % 2 : random() % 5 * (random() % 3000)});
+                apply(*slices, expected.writes.back());
             }
-            const uint32_t step = 1 + random() % step_limit;
+            const uint32_t step = 1 + random() % (run % 2 ? 40 : 4000);
             slices->advanceClock(step);
             now += step;
             if ((in_slice += step) < slice) continue;
-            in_slice = 0;
-            const std::vector<int> got = render(*slices), wanted = expected.next_slice(index, 4000);
-            ASSERT_EQ(got, wanted) << "run " << run << " slice " << index;
-            ++index;
+            ASSERT_EQ(next_slice(*slices, 0), expected.slice_at(index++ * slice, 4000)) << "run " << run;
         }
     }
-}
-
-// A program can switch faster than banks hold, and nobody may have closed a slice for long.
-TEST(sound_slices, overrun_banks_drop_time_and_still_give_whole_slices) {
-    for (const int variant : {0, 1, 2, 3, 4, 5}) {
-        const int writer = variant % 3;
-        const bool long_time = variant < 3; // than a slice holds
-        auto slices = silent_slices();
-        for (int n = 0; n < 12000; ++n) {
-            if (writer == 0) n % 2 ? slices->beepOff() : slices->beepOn();
-            if (writer == 1) slices->setTone(n % 2 ? 0 : 1000, 1);
-            if (writer == 2) slices->muteTones();
-            slices->advanceClock(long_time ? 7 + n % 3 : 1);
-        }
-        for (uint32_t c = 0; c < sound_channels; ++c) {
-            const bool written = (c == 0) == (writer == 0);
-            EXPECT_EQ(slices->channel(c).banks[0].count, written ? bank_capacity : 0) << "writer " << writer;
-        }
-        slices->setTone(500, 0);
-        slices->advanceClock(1000000);
-        for (int n = 0; n < 40; ++n) {
-            slices->renderSlice();
-            slices->advanceClock(slice);
-            const uint32_t fill = slices->channel(1).fill_bank;
-            for (uint32_t c = 2; c < sound_channels; ++c)
-                ASSERT_EQ(slices->channel(c).banks[fill].count, slices->channel(1).banks[fill].count)
-                    << "writer " << writer << " slice " << n;
-        }
-    }
-}
-
-TEST(sound_slices, short_and_empty_slices_are_stretched_or_silent) {
-    auto slices = silent_slices();
-    slices->beepOn(); // its entry of no time is the whole slice
-    EXPECT_EQ(render(*slices), std::vector<int>(slice_samples, 0));
-    slices->advanceClock(100);
-    slices->beepOff();
-    slices->advanceClock(100);
-    const std::vector<int> got = render(*slices);
-    EXPECT_EQ(std::vector<int>(got.begin(), got.begin() + 960), square(20, 20, 1000, 960));
-    EXPECT_TRUE(std::all_of(got.begin() + 960, got.end(), [](int v) { return v == 0; }));
-    slices->reset_cpu_clk(0);
-    slices->beepOn();
-    slices->advanceClock(slice);
-    EXPECT_EQ(render(*slices), std::vector<int>(slice_samples, 0));
-    slices->reset_cpu_clk(7987200);
-    EXPECT_EQ(slices->tick_delay(), 2 * slice);
-}
-
-TEST(sound_slices, clearing_forgets_old_time_and_silences_all) {
-    auto slices = silent_slices();
-    slices->beepOn();
-    slices->setTone(701, 2);
-    slices->advanceClock(3 * slice + 5);
-    slices->renderSlice();
-    slices->clearPCM();
-    for (uint32_t c = 0; c < sound_channels; ++c) EXPECT_EQ(slices->pending(c), 0u);
-    slices->setTone(700, 0);
-    slices->advanceClock(slice);
-    EXPECT_EQ(render(*slices), square(68, 69, 300)) << "beeper and old tone silent, the phase starts again";
 }
 
 // The sample counters start again every 104 seconds of beeper and 17 minutes of tones.
 TEST(sound_slices, phases_wrap_in_a_long_run) {
     auto slices = silent_slices();
+    timeline expected{{{0, 0, 1}, {0, 1, 700}}};
+    for (const port_write &w : expected.writes) apply(*slices, w);
+    for (; expected.samples_before + slice_samples < tone_phase_wrap;
+         expected.samples_before += slice_samples)
+        next_slice(*slices, slice);
+    EXPECT_EQ(next_slice(*slices, slice), expected.slice_at(0, 1000));
+}
+
+// A program can switch faster than banks hold, and nobody may have closed a slice for long.
+TEST(sound_slices, overrun_banks_drop_time_and_still_give_whole_slices) {
+    for (const uint32_t channel : {0, 1, 2, 4}) // 4: all tones muted
+        for (const uint64_t step : {1, 8}) {    // less than a slice in all, or more
+            auto slices = silent_slices();
+            for (uint32_t n = 0; n < 12000; ++n) {
+                channel == 4 ? slices->muteTones() : apply(*slices, {0, channel, n % 2 ? 0 : 1000u});
+                slices->advanceClock(step);
+            }
+            for (uint32_t c = 0; c < sound_channels; ++c)
+                EXPECT_EQ(slices->channel(c).banks[0].count, (c == 0) == (channel == 0) ? bank_capacity : 0);
+            for (int n = 0; n < 40; ++n) {
+                next_slice(*slices, n == 0 ? 1000000 : slice);
+                const sound_channel &base = slices->channel(1);
+                for (uint32_t c = 2; c < sound_channels; ++c)
+                    ASSERT_EQ(slices->channel(c).banks[base.fill_bank].count,
+                              base.banks[base.fill_bank].count);
+            }
+        }
+}
+
+TEST(sound_slices, short_and_empty_slices_are_stretched_or_silent) {
+    auto slices = silent_slices();
+    slices->beepOn(); // its entry of no time is the whole slice
+    EXPECT_EQ(runs(next_slice(*slices, 0)), "1920*0");
+    slices->advanceClock(100);
+    slices->beepOff();
+    const std::vector<int> stretched = next_slice(*slices, 100);
+    EXPECT_EQ(runs({stretched.begin() + 920, stretched.end()}), "20*1000 20*-1000 960*0");
+    slices->reset_cpu_clk(0);
     slices->beepOn();
-    slices->setTone(700, 0);
-    const uint32_t last = tone_phase_wrap / slice_samples;
-    for (uint32_t n = 0; n < last; ++n) {
-        slices->advanceClock(slice);
-        slices->renderSlice();
-    }
-    slices->advanceClock(slice);
-    const std::vector<int> got = render(*slices);
-    for (uint32_t i = 0; i < slice_samples; ++i) {
-        const uint32_t beeper = (last * slice_samples + i) % beeper_phase_wrap % 40;
-        const uint32_t tone = (last * slice_samples + i) % tone_phase_wrap % 137;
-        const int wanted = std::clamp((beeper < 20 ? 1000 : -1000) + (tone < 68 ? 300 : -300), -1000, 1000);
-        ASSERT_EQ(got[i], wanted) << "sample " << i;
-    }
+    EXPECT_EQ(runs(next_slice(*slices, slice)), "1920*0");
+    slices->reset_cpu_clk(7987200);
+    EXPECT_EQ(slices->tick_delay(), 2 * slice);
 }
 
 } // namespace
