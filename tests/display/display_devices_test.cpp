@@ -44,9 +44,9 @@ std::string dma_state() { // channels 2 and 3: address, terminal count; then the
                    machine.text_window_size);
 }
 
-std::string dma_mode_state() {
-    return text_of("status %d, enable %d, autoload %d, stall %u", machine.crtc_status.load(),
-                   machine.dma_ch2_enable, machine.dma_autoload, machine.dma_stall);
+std::string dma_debt() {
+    return text_of("status %d, enable %d, autoload %d, owed %u and %d", machine.crtc_status.load(),
+                   machine.dma_ch2_enable, machine.dma_autoload, machine.dma_stall, machine.dma_remaining);
 }
 
 std::string state_after_reset() {
@@ -102,9 +102,10 @@ TEST_F(display_devices, PortsMakeTheState) {
         {dma_state, {{0x64, 0x00, 0x10}}, "1000+0000, 0000+0000, 1000-FF80 is EF80"},
         {dma_state, {{0x64, 0xFF, 0xFF}}, "FFFF+0000, 0000+0000, FFFF-FF80 is 0"},
         {dma_state, {{0x64, 0, 0}, {0x65, 0, 0}}, "0000+0001, 0000+0000, 0000-0001 is 1"},
-        {dma_mode_state, {{0x68, 0x80}}, "status 6, enable 0, autoload 1, stall 0"},
-        {dma_mode_state, {{0x68, 0x80, 0x44}}, "status 2, enable 4, autoload 0, stall 0"},
-        {dma_mode_state, {{0x68, 0xFF}}, "status 2, enable 4, autoload 1, stall 99"},
+        {dma_debt, {{0x68, 0x80}}, "status 6, enable 0, autoload 1, owed 0 and 99"},
+        {dma_debt, {{0x68, 0x80, 0x44}}, "status 2, enable 4, autoload 0, owed 0 and 99"},
+        {dma_debt, {{0x68, 0xFF}, {0x51, 0x20}}, "status 0, enable 4, autoload 1, owed 99 and 99"},
+        {dma_debt, {{0x51, 0x00}}, "status 2, enable 0, autoload 0, owed 0 and 0"},
         {state_after_reset,
          {{0x53, 1}, {0x51, 0}, {0x50, 0x4E, 0xD3, 0x07, 0, 0x53}, {0x51, 0x21, 0x80}, {0x68, 0x44}},
          "raster 10, row 0, burst 0, status 2, cursor 1, blink 24/48 72/96, chosen 102"},
@@ -113,7 +114,7 @@ TEST_F(display_devices, PortsMakeTheState) {
         power_on();
         crtc(0x80, {10, 5});
         machine.cursor_phase = uint8_t{0};
-        machine.dma_stall = 99;
+        machine.dma_stall = machine.dma_remaining = 99;
         renderers = decoders = rasters = 0;
         machine.select_renderer = [](uint32_t mode) { renderers += mode == machine.screen_mode; };
         machine.select_attr_decoder = [](uint32_t mono) { decoders += mono == machine.crtc_mono; };
