@@ -113,14 +113,13 @@ platform::settings_dialog kiv_form::make_settings_dialog() const {
     d.caption = "Kiv機能設定";
     d.program_line = "Zun - PC-8801 Emulator";
     d.copyright_line = "Copyright (c) 2026 The Kiv authors";
+    // The values in effect; the settings file may have set ones outside of the sliders' ranges.
     d.sliders = {
         {"DMA load", "(T)", 0, 100, static_cast<int>(machine.dma_load)},
         {"DMA gain", "(T)", 1, 40, static_cast<int>(cpu.get_dma_gain())},
         {"Volume", "(dB)", -100, 0, hard_volume_readback()},
         {"Amplitude", "", 1, 18, directx.getSoftVolume()},
     };
-    // A slider cannot stand outside its range, whatever the settings file says.
-    for (platform::settings_slider &s : d.sliders) s.value = std::clamp(s.value, s.minimum, s.maximum);
     d.checks = {
         {"TEN-Keyless", tenkeyless != 0},
         {"NO Wait", cpu.get_no_wait() != 0},
@@ -138,6 +137,10 @@ void kiv_form::apply_settings_dialog(const platform::settings_dialog &d) {
     z80_thread &cpu = *program.cpu_thread;
     kiv_directx &directx = *program.directx;
     const auto checked = [&d](size_t i) { return static_cast<uint32_t>(d.checks.at(i).checked); };
+    const auto position = [&d](size_t i) { // a slider cannot stand outside of its range
+        const platform::settings_slider &s = d.sliders.at(i);
+        return std::clamp(s.value, s.minimum, s.maximum);
+    };
     machine.crt_standard = !checked(check_hires_crt);
     machine.boot_rom = static_cast<uint8_t>(!checked(check_nbasic));
     tenkeyless = d.checks.at(check_tenkeyless).checked;
@@ -148,8 +151,8 @@ void kiv_form::apply_settings_dialog(const platform::settings_dialog &d) {
     directx.set_txt_on_demand(checked(check_txt_on_demand));
     machine.interlace = checked(check_interlace);
     machine.select_scanline_colours(machine.interlace);
-    machine.dma_load = static_cast<uint32_t>(d.sliders.at(slider_dma_load).value);
-    cpu.set_dma_gain(static_cast<uint32_t>(d.sliders.at(slider_dma_gain).value));
-    directx.setHardVolume(d.sliders.at(slider_hard_volume).value);
-    directx.setSoftVolume(d.sliders.at(slider_soft_volume).value);
+    machine.dma_load = static_cast<uint32_t>(position(slider_dma_load));
+    cpu.set_dma_gain(static_cast<uint32_t>(position(slider_dma_gain)));
+    directx.setHardVolume(position(slider_hard_volume));
+    directx.setSoftVolume(position(slider_soft_volume));
 }

@@ -438,6 +438,7 @@ void desktop_window::insert_menu_item(int position, uint32_t id, const std::stri
         });
         frame->menuBar()->setVisible(!full_screen);
         if (!full_screen) frame->layout()->activate();
+        centre(); // the bar has made the window taller
     }
     auto *action = new QAction(QString::fromStdString(text), menu);
     // Posted, so that the menu has closed and given the keyboard back before the command runs.

@@ -12,9 +12,8 @@
 #include "platform/instance_lock.h"
 #include "platform/resources.h"
 #include "resources/resources.h"
-#include "tests/common/test_rom.h"
+#include "tests/common/whole_program.h"
 
-#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <functional>
@@ -49,18 +48,6 @@ bool heard_line(const std::string &part) {
     const std::vector<std::string> lines = heard();
     return std::any_of(lines.begin(), lines.end(),
                        [&](auto &l) { return l.find(part) != std::string::npos; });
-}
-
-// The first of `wanted` that is not found in the log after the ones before it; empty when all are.
-std::string first_missing(const std::vector<std::string> &wanted) {
-    const std::vector<std::string> lines = heard();
-    auto from = lines.begin();
-    for (const std::string &w : wanted) {
-        from = std::find(from, lines.end(), w);
-        if (from == lines.end()) return w;
-        ++from;
-    }
-    return {};
 }
 
 // ---- the person --------------------------------------------------------------------------------------
@@ -123,15 +110,8 @@ class whole_program : public testing::Test {
 
     platform::headless_window &window() { return *host.window(); }
 
-    // The characters of a row of the text screen, as the machine's RAM has them now.
     static std::string screen_row(uint16_t row) {
-        std::string text;
-        for (uint16_t i = 0; i < 80; ++i) {
-            const auto address = static_cast<uint16_t>(0xF3C8 + 120 * row + i);
-            text += static_cast<char>(__atomic_load_n(&machine.ram[address], __ATOMIC_RELAXED));
-        }
-        text.erase(text.find_last_not_of(' ') + 1);
-        return text;
+        return text_row([](uint16_t at) { return __atomic_load_n(&machine.ram[at], __ATOMIC_RELAXED); }, row);
     }
     void wait_for_row(uint16_t row, const std::string &text) {
         for (int i = 0; i < 4000 && screen_row(row) != text; ++i)
@@ -304,14 +284,7 @@ TEST_F(whole_program, OneDayWithEveryCommand) {
     ASSERT_EQ(dialogs.settings.size(), 1u);
     EXPECT_EQ(dialogs.settings[0].caption, "Kiv機能設定");
 
-    EXPECT_EQ(first_missing({"------------------ Kiv start ----------------", "ENTER message Loop", "IME禁止",
-                             "change_screen: try stop z80 thread", "change_screen: try stop direct sound",
-                             "change_screen: try reinit", "change_screen: restart", "WM_CLOSE",
-                             "exit: try stop z80 thread", "exit: terminating Kiv", "WM_DESTROY",
-                             "LEAVE message Loop", "------------------ Kiv end ------------------",
-                             "ENTER ~z80_thread", "ENTER ~Kiv_render_thread", "LEAVE ~Kiv_render_thread",
-                             "LEAVE ~z80_thread", "ENTER ~kiv_form", "LEAVE ~kiv_form"}),
-              "");
+    EXPECT_EQ(first_missing(heard(), log_of_a_day), "");
 }
 
 // ---- settings ----------------------------------------------------------------------------------------
@@ -383,25 +356,31 @@ TEST_F(whole_program, AnOkWithoutChangesLeavesEveryVolume) {
               0);
 }
 
-// Values far outside the dialog's ranges are kept, used without harm, and shown at the end of the range.
+// Values far outside the dialog's ranges are kept, shown, and used without harm; an OK brings the sliders'
+// ends.
 TEST_F(whole_program, StrangeSettingsDoNoHarm) {
     const std::string text =
-        "[Default]\nsoft_volume=33\nhard_volume=-2147483648\ndma_gain=-5\ndma_load=2147483647\n";
+        "[Default]\nsoft_volume=33\nhard_volume=-2147483648\ndma_gain=500\ndma_load=2147483647\n";
     put_file(folder / "KIV.INI", text);
     EXPECT_EQ(run([&] {
                   wait_for_row(0, "READY");
                   window().press_key('8'); // the beeper
                   EXPECT_TRUE(host.screen.wait_for_frame(host.screen.shown().number + 5, 5000));
                   strike(vk_f7); // cancelled
+                  EXPECT_EQ(get_file(folder / "KIV.INI"), text);
+                  platform::headless_script script;
+                  script.settings = [](auto &) { return true; };
+                  host.set_script(script);
+                  strike(vk_f7);
               }),
               0);
-    const platform::dialog_record dialogs = host.dialogs();
-    ASSERT_EQ(dialogs.settings.size(), 1u);
-    for (const platform::settings_slider &s : dialogs.settings[0].sliders) {
-        EXPECT_GE(s.value, s.minimum) << s.label;
-        EXPECT_LE(s.value, s.maximum) << s.label;
-    }
-    EXPECT_EQ(get_file(folder / "KIV.INI"), text);
+    const auto shown = host.dialogs().settings.at(0).sliders;
+    EXPECT_EQ(shown[0].value, 2147483647);
+    EXPECT_EQ(shown[1].value, 500);
+    const setting_values written = read_settings_file(folder / "KIV.INI");
+    EXPECT_EQ(written[setting_dma_load], 100);
+    EXPECT_EQ(written[setting_dma_gain], 40);
+    EXPECT_EQ(written[setting_hard_volume], -100);
 }
 
 // ---- dialogs and painting ----------------------------------------------------------------------------
@@ -575,9 +554,10 @@ TEST_F(whole_program, TheSessionMayEnd) {
                   EXPECT_FALSE(program.cpu_thread->is_running());
               }),
               0);
-    EXPECT_EQ(first_missing({"WM_QUERYENDSESSION", "exit: try stop z80 thread", "exit: terminating Kiv",
-                             "WM_CLOSE", "exit: try stop z80 thread", "WM_DESTROY"}),
-              "");
+    EXPECT_EQ(
+        first_missing(heard(), {"WM_QUERYENDSESSION", "exit: try stop z80 thread", "exit: terminating Kiv",
+                                "WM_CLOSE", "exit: try stop z80 thread", "WM_DESTROY"}),
+        "");
 }
 
 // ---- starts that fail --------------------------------------------------------------------------------
@@ -663,9 +643,10 @@ TEST_F(whole_program, AFailedStartSaysWhyAndLeavesTheHostAsItWas) {
         }
         for (const std::string &part : c.log) EXPECT_TRUE(heard_line(part)) << part;
         EXPECT_EQ(heard_line("LEAVE message Loop"), c.enters_loop);
-        EXPECT_EQ(first_missing({"------------------ Kiv end ------------------", "ENTER ~z80_thread",
-                                 "LEAVE ~z80_thread", "ENTER ~kiv_form", "LEAVE ~kiv_form"}),
-                  "");
+        EXPECT_EQ(
+            first_missing(heard(), {"------------------ Kiv end ------------------", "ENTER ~z80_thread",
+                                    "LEAVE ~z80_thread", "ENTER ~kiv_form", "LEAVE ~kiv_form"}),
+            "");
         platform::register_resource(platform::resource_type::font, font_resource_id, font);
         platform::register_resource(platform::resource_type::bitmap, pause_resource_id, picture);
         for (const auto f : {fault::display_open, fault::sound_stream, fault::begin, fault::register_class,

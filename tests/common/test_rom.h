@@ -42,7 +42,7 @@ constexpr uint8_t test_rom[] = {
     0xD3, 0x51,              // 0031        out (51h),a
     0x3E, 0x20,              // 0033        ld a,20h
     0xD3, 0x51,              // 0035        out (51h),a
-    // blank rows: 80 blanks, then attribute pairs of which the first makes the row white
+    // blank rows: 80 blanks, then attribute pairs that make the row white and plain, whatever the one above was
     0x21, 0xC8, 0xF3,        // 0037        ld hl,vram
     0x0E, 0x19,              // 003A        ld c,25
     0x06, 0x50,              // 003C row:   ld b,80
@@ -54,9 +54,9 @@ constexpr uint8_t test_rom[] = {
     0x36, 0xE8,              // 0046        ld (hl),0E8h
     0x23,                    // 0048        inc hl
     0x06, 0x13,              // 0049        ld b,19
-    0x36, 0x50,              // 004B pair:  ld (hl),80
+    0x36, 0x01,              // 004B pair:  ld (hl),1
     0x23,                    // 004D        inc hl
-    0x36, 0xE8,              // 004E        ld (hl),0E8h
+    0x36, 0x00,              // 004E        ld (hl),0
     0x23,                    // 0050        inc hl
     0x10, 0xF8,              // 0051        djnz pair
     0x0D,                    // 0053        dec c

@@ -2,6 +2,7 @@
 // which keys arrive and where the picture stands.
 //
 //   show_picture window|full|back SCREENSHOT    back: to full screen and back again; then it ends
+//   show_picture screen SCREENSHOT              saves only what the screen shows
 //   show_picture keys                           until it is closed
 #include "platform/desktop/desktop_host.h"
 #include "tests/desktop/known_picture.h"
@@ -79,13 +80,18 @@ class shower : public window_listener {
 int main(int argc, char **argv) {
     const std::string mode = argc > 1 ? argv[1] : "keys", screenshot = argc > 2 ? argv[2] : "";
     shower s;
+    const auto save_screen = [&] {
+        return QGuiApplication::primaryScreen()->grabWindow(0).save(QString::fromStdString(screenshot),
+                                                                    "PNG");
+    };
+    if (mode == "screen") return save_screen() ? 0 : 1;
     QObject context;
     s.show(false);
     if (mode != "keys") {
         QTimer::singleShot(200, &context, [&] { s.show(mode != "window"); });
         if (mode == "back") QTimer::singleShot(1000, &context, [&] { s.show(false); });
         QTimer::singleShot(mode == "back" ? 2000 : 1200, &context, [&] {
-            QGuiApplication::primaryScreen()->grabWindow(0).save(QString::fromStdString(screenshot), "PNG");
+            save_screen();
             const point at = s.window->client_origin();
             std::printf("client %d %d\n", at.x, at.y);
             s.window->post(wm_close, 0, 0);

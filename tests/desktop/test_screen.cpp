@@ -1,43 +1,13 @@
 // What a real screen shows, and keys as the X server sends them. Without Xvfb or xdotool these are skipped.
 #include "tests/desktop/known_picture.h"
+#include "tests/desktop/screen_fixture.h"
 
-#include <QtCore/QProcess>
-#include <QtCore/QStandardPaths>
-#include <QtCore/QTemporaryDir>
 #include <QtGui/QImage>
-#include <gtest/gtest.h>
 
 namespace {
 
-class DesktopScreen : public testing::Test {
+class PictureOnScreen : public DesktopScreen {
   protected:
-    void SetUp() override {
-        if (QStandardPaths::findExecutable("Xvfb").isEmpty())
-            GTEST_SKIP() << "Xvfb is not installed: the screen was not looked at";
-    }
-    void TearDown() override {
-        for (QProcess *p : {&program, &second, &window_manager, &server}) {
-            if (p->state() == QProcess::NotRunning) continue;
-            p->terminate();
-            if (!p->waitForFinished(3000)) p->kill();
-            p->waitForFinished(3000);
-        }
-    }
-    void start_server(const char *size) {
-        // The server says the display's number on descriptor 1 when it is ready.
-        server.setStandardErrorFile(QProcess::nullDevice());
-        server.start("Xvfb", {"-displayfd", "1", "-screen", "0", QString(size) + "x24", "-nolisten", "tcp"});
-        ASSERT_TRUE(server.waitForReadyRead(60000));
-        environment.insert("DISPLAY", ":" + QString::fromLatin1(server.readLine()).trimmed());
-        environment.insert("QT_QPA_PLATFORM", "xcb");
-        environment.insert("SDL_AUDIODRIVER", "dummy");
-    }
-    void start(QProcess &p, const char *what, QStringList arguments) {
-        p.setProcessEnvironment(environment);
-        p.setStandardErrorFile(QProcess::nullDevice());
-        p.start(what, arguments);
-        ASSERT_TRUE(p.waitForStarted(-1));
-    }
     // Runs show_picture to its end: the screen, and where the client area's corner stands.
     QImage show(const char *mode, int &x, int &y) {
         const QString file = folder.filePath("screen.png");
@@ -58,13 +28,9 @@ class DesktopScreen : public testing::Test {
                          known_colour(known_index(x / factor, y / factor));
         EXPECT_EQ(wrong, 0) << "pixels of " << 640 * 400 * factor * factor;
     }
-
-    QTemporaryDir folder;
-    QProcess server, window_manager, program, second;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
 };
 
-TEST_F(DesktopScreen, TheWindowStandsInTheMiddleAndShowsEveryPixel) {
+TEST_F(PictureOnScreen, TheWindowStandsInTheMiddleAndShowsEveryPixel) {
     ASSERT_NO_FATAL_FAILURE(start_server("1400x1000"));
     struct {
         const char *variable, *value; // displays of higher density
@@ -82,7 +48,7 @@ TEST_F(DesktopScreen, TheWindowStandsInTheMiddleAndShowsEveryPixel) {
     }
 }
 
-TEST_F(DesktopScreen, FullScreenIsCentredEnlargedAndLeftAgainWithAndWithoutAWindowManager) {
+TEST_F(PictureOnScreen, FullScreenIsCentredEnlargedAndLeftAgainWithAndWithoutAWindowManager) {
     ASSERT_NO_FATAL_FAILURE(start_server("1366x868"));
     for (const bool managed : {false, true}) {
         SCOPED_TRACE(managed);
@@ -112,26 +78,21 @@ TEST_F(DesktopScreen, KeysAsTheServerSendsThem) {
             said += program.readAllStandardOutput();
         return said.replace('\n', ',').toStdString();
     };
-    const auto keys = [&](QStringList what) {
-        QProcess p;
-        start(p, "xdotool", what);
-        EXPECT_TRUE(p.waitForFinished(-1));
-    };
     start(program, KIV_SHOW_PICTURE, {"keys"});
     hears("active 1");
-    keys({"key", "a", "bracketleft", "84" /* keypad 5 */, "grave", "Tab"});
+    xdotool({"key", "a", "bracketleft", "84" /* keypad 5 */, "grave", "Tab"});
     EXPECT_EQ(hears("up 09"), "down 41,up 41,down c0,up c0,down 65,up 65,down dc,up dc,down 09,up 09,");
-    keys({"keydown", "shift", "key", "F12", "keyup", "shift"});
+    xdotool({"keydown", "shift", "key", "F12", "keyup", "shift"});
     EXPECT_EQ(hears("up 10"), "down 10 shift,down 7b shift,up 7b shift,up 10,");
-    keys({"key", "F10", "Escape", "b"}); // through the menu
+    xdotool({"key", "F10", "Escape", "b"}); // through the menu
     EXPECT_EQ(hears("up 42"), "down 42,up 42,");
     // Another program takes the keyboard away from two keys that are held.
-    keys({"keydown", "z", "keydown", "End"});
+    xdotool({"keydown", "z", "keydown", "End"});
     hears("down 23");
     start(second, KIV_SHOW_PICTURE, {"keys"});
     EXPECT_EQ(hears("active 0"), "up 5a,active 0,");
-    keys({"keyup", "z", "keyup", "End"});
-    keys({"key", "alt+F4"}); // the second ends, and the keyboard may stay with nobody
+    xdotool({"keyup", "z", "keyup", "End"});
+    xdotool({"key", "alt+F4"}); // the second ends, and the keyboard may stay with nobody
     EXPECT_TRUE(second.waitForFinished(60000));
     EXPECT_EQ(program.state(), QProcess::Running) << "letting go of End elsewhere closes nothing";
 }
