@@ -5,7 +5,7 @@ build_packages="g++ cmake ninja-build libpng-dev pasmo"
 # For the window and the sound.
 desktop_packages="qt6-base-dev libsdl2-dev fonts-vlgothic"
 # For the tests and the benchmarks.
-test_packages="libgtest-dev libbenchmark-dev xvfb xdotool"
+test_packages="libgtest-dev libbenchmark-dev xvfb xdotool openbox"
 
 # install_missing PACKAGE...: installs what is not there. Without apt, or without the right to use it, the
 # build goes on with what the system has.
