@@ -45,7 +45,8 @@ std::string runs(const std::vector<int> &samples) {
     auto from = samples.begin();
     for (int n = 0; n < 3 && from != samples.end(); ++n) {
         const auto to = std::find_if(from, samples.end(), [&](int v) { return v != *from; });
-        text += (n ? " " : "") + std::to_string(to - from) + "*" + std::to_string(*from);
+        if (n > 0) text += ' ';
+        text += std::to_string(to - from) + "*" + std::to_string(*from);
         from = to;
     }
     return text;
