@@ -1,5 +1,6 @@
 #include "app/kiv_assay.h"
 #include "machine/kiv_machine.h"
+#include "machine/read_exactly.h"
 #include "support/kel_fstream.h"
 #include "support/tape_writer.h"
 
@@ -61,7 +62,7 @@ uint8_t cassette_next_byte() {
 // and the byte follows on the first step after the read.
 void cassette_step(z80_cpu &cpu) {
     if ((machine.portE6 & mask_usart) == 0 || (machine.interrupt_pending & 1) != 0) return;
-    if ((machine.cassette_flags & 0x0F) != 0) return;
+    if (machine.cassette_flags != 0) return;
     if (machine.cassette_countdown > INT32_MIN / 2)
         machine.cassette_countdown -= static_cast<int32_t>(cpu.step_cycles);
     if (machine.cassette_countdown > 0 || machine.usart_byte_ready != 0) return;
@@ -115,14 +116,6 @@ void cassette_fast_load(uint8_t value) {
     for (int runs = std::max<int>(value, 1); runs > 0; --runs) load_record();
 }
 
-bool read_whole(kel_fstream &file, uint8_t *bytes, uint32_t size) {
-    try {
-        return file.read(bytes, 1, size) == size;
-    } catch (const kel_exception &) {
-        return false;
-    }
-}
-
 } // namespace
 
 void cassette_init() {
@@ -166,8 +159,8 @@ bool cassette_load_tape(const std::string &path) {
         trace("tape: no memory for the %u bytes of %s", size, path.c_str());
         return false;
     }
-    if (!read_whole(file, image.get(), size)) {
-        trace("tape: %s cannot be read: %s", path.c_str(), platform::last_file_error().c_str());
+    if (!read_exactly(file, image.get(), size)) {
+        trace("tape: the %u bytes of %s cannot be read", size, path.c_str());
         cassette_eject(machine);
         return false;
     }

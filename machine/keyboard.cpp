@@ -4,10 +4,12 @@
 
 namespace {
 
+constexpr uint8_t no_key = 0xFF;
+
 constexpr uint8_t key(int row, int bit) { return static_cast<uint8_t>(row * 8 + bit); }
 
-// Keys of row 11 from bit 2 on stand in the tables but press nothing.
-constexpr int effective_keys = 90;
+// The matrix ends within row 11: what lies behind is no key, no_key included.
+constexpr uint8_t matrix_keys = key(11, 2);
 
 constexpr std::array<uint8_t, 256> standard_keys() {
     std::array<uint8_t, 256> index{};
@@ -46,18 +48,23 @@ constexpr std::array<uint8_t, 256> standard_keys() {
     return index;
 }
 
-} // namespace
-
+// Virtual-key code to key index, or no_key. Four entries follow map_cursor_keys.
 std::array<uint8_t, 256> virtual_keys = standard_keys();
 
+uint8_t key_of(uint32_t virtual_key) {
+    return virtual_key < virtual_keys.size() ? virtual_keys[virtual_key] : no_key;
+}
+
+} // namespace
+
 void key_press(uint32_t virtual_key) {
-    const uint8_t index = virtual_key < virtual_keys.size() ? virtual_keys[virtual_key] : no_key;
-    if (index < effective_keys) machine.key_matrix[index / 8] &= static_cast<uint8_t>(~(1u << index % 8));
+    const uint8_t index = key_of(virtual_key);
+    if (index < matrix_keys) machine.key_matrix[index / 8] &= static_cast<uint8_t>(~(1u << index % 8));
 }
 
 void key_release(uint32_t virtual_key) {
-    const uint8_t index = virtual_key < virtual_keys.size() ? virtual_keys[virtual_key] : no_key;
-    if (index < effective_keys) machine.key_matrix[index / 8] |= static_cast<uint8_t>(1u << index % 8);
+    const uint8_t index = key_of(virtual_key);
+    if (index < matrix_keys) machine.key_matrix[index / 8] |= static_cast<uint8_t>(1u << index % 8);
 }
 
 void map_cursor_keys(bool tenkeyless) {

@@ -1,22 +1,17 @@
 // The keyboard: a matrix of 12 rows of 8 keys, read through ports 0x00-0x0B; a 0 bit is a key held down.
 //
-// Host keys arrive as virtual-key codes (0-255) and are mapped by `virtual_keys` to a key index,
-// row * 8 + bit. The window thread alone writes the matrix while the machine runs.
+// Host keys arrive as virtual-key codes (0-255), each of which stands for one key of the matrix or for none.
+// The window thread alone writes the matrix while the machine runs.
 #pragma once
 
 #include "support/shared.h"
-#include <array>
 #include <cstdint>
 
 constexpr int key_rows = 12;
-constexpr uint8_t no_key = 0xFF;
 
 struct key_matrix_block {
     shared<uint8_t> key_matrix[key_rows]; // ports 0x00-0x0B
 };
-
-// Virtual-key code to key index, or no_key. Four entries follow the setting `tenkeyless`.
-extern std::array<uint8_t, 256> virtual_keys;
 
 // Presses or releases the matrix key of a virtual-key code; codes above 255 and unmapped keys do nothing.
 void key_press(uint32_t virtual_key);
@@ -25,4 +20,5 @@ void key_release(uint32_t virtual_key);
 // Maps the host's four arrow keys to the ten-key 4, 8, 6, 2 (true) or to the machine's cursor keys.
 void map_cursor_keys(bool tenkeyless);
 
+// Releases every key.
 void reset_keyboard(struct kiv_machine &m);

@@ -17,6 +17,7 @@ constexpr uint32_t clock_interrupt_cycles = default_clock_hz / 600; // 6656
 uint32_t clock_counter;
 
 void machine_step(kiv_machine &m, z80_cpu &cpu) {
+    // The two tests spare nearly every pass the calls, which would find nothing to do.
     if (m.interrupt_pending != 0) m.interrupt_service(cpu);
     if ((m.portE6 & mask_usart) != 0) m.cassette_step(cpu);
     clock_counter += cpu.step_cycles;

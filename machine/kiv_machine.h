@@ -36,7 +36,10 @@ struct settings_block {
 };
 
 struct machine_slots {
+    // After every pass: interrupts, cassette and 1/600 s clock move on by the T-states in cpu.step_cycles.
     void (*machine_step)(kiv_machine &m, z80_cpu &cpu);
+    // The reset key: RAM and devices as at power-on. ROMs, graphic planes, glyphs, PCG-8100, settings and
+    // tape stay; the palette becomes 0-7.
     void (*machine_reset)(kiv_machine &m);
     void (*reset_system_ports)(kiv_machine &m);
     void (*init_ram)(kiv_machine &m);

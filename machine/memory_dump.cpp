@@ -2,6 +2,7 @@
 
 #include "app/kiv_assay.h"
 #include "machine/kiv_machine.h"
+#include "machine/read_exactly.h"
 #include "support/kel_fstream.h"
 
 #include <algorithm>
@@ -74,10 +75,8 @@ bool memory_dump_load(const std::string &path, z80_cpu &cpu) {
         return false;
     }
     std::vector<uint8_t> dump(std::min(size, dump_maximum));
-    try {
-        if (file.read(dump.data(), 1, static_cast<uint32_t>(dump.size())) != dump.size()) return false;
-    } catch (const kel_exception &) {
-        trace("dump: %s cannot be read: %s", path.c_str(), platform::last_file_error().c_str());
+    if (!read_exactly(file, dump.data(), static_cast<uint32_t>(dump.size()))) {
+        trace("dump: the %u bytes of %s cannot be read", size, path.c_str());
         return false;
     }
     for (uint32_t i = 0; i < dump.size(); ++i) {

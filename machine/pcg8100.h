@@ -13,14 +13,14 @@ struct pcg_counter {
     uint16_t frequency; // Hz
     uint8_t high, low;  // divisor bytes
     uint8_t access;     // 0 none, 1 low, 2 high, 3 low then high
-    uint8_t toggle;
-    uint8_t gate;
+    uint8_t toggle;     // access 3: 2 before the low byte, 1 before the high one
+    uint8_t gate;       // 1: sounds
 };
 
 struct pcg8100_block {
-    uint8_t pcg_data;
-    uint8_t pcg_address_low;
-    uint8_t pcg_address_high; // 0-3
+    uint8_t pcg_data;         // as last written to port 0x00
+    uint8_t pcg_address_low;  // as last written to port 0x01
+    uint8_t pcg_address_high; // 0-3, from port 0x02
     pcg_counter pcg_counters[3];
     void (*pcg_port)(uint8_t port, uint8_t value);
 };
@@ -29,4 +29,5 @@ struct pcg_switch_block {
     shared<uint8_t> pcg_glyphs_on; // 1: glyphs come from font_work
 };
 
+// A write to ports 0x00-0x0F; the low four bits of the port count.
 void pcg_port(uint8_t port, uint8_t value);

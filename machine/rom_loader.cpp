@@ -1,6 +1,7 @@
 #include "machine/rom_loader.h"
 
 #include "machine/kiv_machine.h"
+#include "machine/read_exactly.h"
 #include "support/kel_fstream.h"
 
 #include <algorithm>
@@ -17,14 +18,8 @@ std::string load_rom_image(const std::string &path, uint8_t *area, uint32_t area
         return path + ": " + std::to_string(size) + " bytes, more than the " + std::to_string(rom_size) +
                " of a ROM";
     std::vector<uint8_t> image(size);
-    try {
-        const uint32_t bytes = file.read(image.data(), 1, size);
-        if (bytes != size)
-            return path + ": only " + std::to_string(bytes) + " of " + std::to_string(size) +
-                   " bytes could be read";
-    } catch (const kel_exception &) {
-        return path + ": " + platform::last_file_error();
-    }
+    if (!read_exactly(file, image.data(), size))
+        return path + ": the " + std::to_string(size) + " bytes cannot be read";
     std::copy_n(image.data(), std::min(size, area_size), area);
     return {};
 }

@@ -35,4 +35,5 @@ enum sys_status_bit : uint8_t {
 uint8_t io_in(uint16_t port);
 void io_out(uint16_t port, uint8_t value);
 
+// The latches as after power-on: ROM mode, no expansion ROM, RAM at 0xC000. The palette stays.
 void reset_system_ports(struct kiv_machine &m);

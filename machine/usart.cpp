@@ -63,6 +63,6 @@ void usart_init() {
     machine.usart_status_read = usart_status_read;
     machine.usart_receive = usart_receive;
     machine.usart_data_read = usart_data_read;
-    machine.usart_data_write = [](uint8_t byte) { cassette_output(byte); };
+    machine.usart_data_write = cassette_output;
     usart_reset();
 }

@@ -13,10 +13,10 @@ struct z80_cpu;
 struct usart_block {
     uint8_t usart_expect_mode;  // 1: the next command byte is the mode instruction
     uint8_t usart_discard_next; // 1: the next polled data read returns 0xFF
-    uint8_t usart_receiver_on;
-    uint8_t usart_received; // the byte received last
-    uint8_t usart_byte_ready;
-    uint8_t usart_overrun;
+    uint8_t usart_receiver_on;  // command bit 2: 0 or 1
+    uint8_t usart_received;     // the byte received last
+    uint8_t usart_byte_ready;   // 1: not read yet
+    uint8_t usart_overrun;      // 1: a byte was lost; until error reset
     void (*usart_init)();
     void (*usart_reset)();
     void (*usart_command_write)(); // reads the port 0x21 latch
