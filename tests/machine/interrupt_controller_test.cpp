@@ -25,16 +25,11 @@ TEST_F(Interrupts, RequestsAndServiceFollowMaskAndThreshold) {
         const int level = operation != service ? operation : pending & 1 ? 0 : pending & 2 ? 1 : 2;
         const bool was = (pending >> level & 1) != 0, enabled = (mask & mask_bits[level]) != 0;
         const bool passes = enabled && (threshold >= 8 || level < threshold);
-        bool asked, stays;
-        if (operation == service) {
-            asked = was && passes;
-            stays = was && (asked ? answer != 0 : enabled || level == 0);
-        } else {
-            // Retrace and clock are asked once at a time and wait only for a refusing CPU; the USART waits
-            // until its byte is taken.
-            asked = passes && (level == 0 || !was);
-            stays = was || (asked ? answer != 0 : level == 0);
-        }
+        // Retrace and clock are asked once at a time and wait only for a refusing CPU; the USART waits until
+        // its byte is taken.
+        const bool asked = passes && (operation == service ? was : level == 0 || !was);
+        const bool stays = operation == service ? was && (asked ? answer != 0 : enabled || level == 0)
+                                                : was || (asked ? answer != 0 : level == 0);
         const auto where = testing::Message()
                            << "operation " << operation << " mask " << mask << " threshold " << threshold
                            << " pending " << pending << " answer " << answer;

@@ -1,6 +1,8 @@
 // The port map: every port with every value does what its line says and nothing else.
 #include "machine_fixture.h"
 
+#include <algorithm>
+
 namespace {
 
 std::string calls; // device operations reached by the last access, in order
@@ -32,7 +34,7 @@ struct SystemPorts : Machine {
         machine.dma_address = [](uint8_t channel, uint8_t value) { call("dma address", channel, value); };
         machine.dma_count = [](uint8_t channel, uint8_t value) { call("dma count", channel, value); };
         machine.dma_mode = [](uint8_t value) { call("dma mode", value); };
-        machine.sys_status_read = [] { call("status"), machine.sys_status = 0xA5; };
+        machine.sys_status_read = [] { call("status"), machine.sys_status = 0xA7; };
         calls.clear();
     }
 };
@@ -65,40 +67,32 @@ void expect_write(kiv_machine &m, int port, uint8_t value) {
 
 TEST_F(SystemPorts, EveryWriteDoesWhatTheMapSays) {
     const auto expected = snapshot();
-    // Only glyphs and fast loads reach past the device blocks, and their devices are not there.
-    const auto offset = sizeof(memory_areas);
+    const auto devices = [](const kiv_machine &m) {
+        return std::string_view(reinterpret_cast<const char *>(&m) + sizeof(memory_areas),
+                                sizeof m - sizeof(memory_areas));
+    };
     for (int i = 0; i < 0x10000; ++i) {
         expect_write(*expected, i / 0x100, static_cast<uint8_t>(i));
         const std::string expected_calls = std::exchange(calls, {});
         out(i * 0x100 + i / 0x100, i); // the upper address byte counts for nothing
         ASSERT_EQ(std::exchange(calls, {}), expected_calls) << "OUT 0x" << std::hex << i;
-        ASSERT_EQ(std::memcmp(reinterpret_cast<char *>(&machine) + offset,
-                              reinterpret_cast<char *>(expected.get()) + offset, sizeof machine - offset),
-                  0)
-            << "OUT 0x" << std::hex << i << " changes another field";
+        ASSERT_TRUE(devices(machine) == devices(*expected)) << "OUT 0x" << std::hex << i;
     }
-    EXPECT_EQ(std::memcmp(&machine, expected.get(), offset), 0);
+    EXPECT_EQ(std::memcmp(&machine, expected.get(), sizeof machine), 0) << "glyphs or a fast load";
 }
 
 TEST_F(SystemPorts, EveryReadReturnsWhatTheMapSays) {
     out({{0x5D, 0}, {0x70, 0x77}, {0x71, 0x78}, {0xE4, 0x79}, {0xE6, 0x7A}});
-    bytes expected(0x100, 0xFF);
-    for (const auto &[port, value] : writes{{0x20, 0x12},
-                                            {0x21, 0x34},
-                                            {0x30, 0xD3},
-                                            {0x31, 0xEB},
-                                            {0x40, 0xA4},
-                                            {0x5C, 0xFA},
-                                            {0x70, 0x77},
-                                            {0x71, 0x78},
-                                            {0xE4, 0x79},
-                                            {0xE6, 0x7A}})
-        expected[static_cast<size_t>(port)] = static_cast<uint8_t>(value);
+    const writes values = {{0x20, 0x12}, {0x21, 0x34}, {0x30, 0xD3}, {0x31, 0xEB}, {0x40, 0xA6},
+                           {0x5C, 0xFA}, {0x70, 0x77}, {0x71, 0x78}, {0xE4, 0x79}, {0xE6, 0x7A}};
+    int expected[0x100];
+    std::fill(std::begin(expected), std::end(expected), 0xFF);
+    for (const auto &[port, value] : values) expected[port] = value;
     for (uint8_t row = 0; row < key_rows; ++row) expected[row] = machine.key_matrix[row] = 0xA0 + row;
     const auto before = snapshot();
-    before->sys_status = 0xA5;
+    before->sys_status = 0xA7;
     for (int port = 0; port < 0x100; ++port)
-        EXPECT_EQ(in(0xC300 + port), expected[static_cast<size_t>(port)]) << "IN 0x" << std::hex << port;
+        EXPECT_EQ(in(0xC300 + port), expected[port]) << "IN 0x" << std::hex << port;
     EXPECT_EQ(calls, "usart data; usart status; status; ");
     EXPECT_EQ(std::memcmp(&machine, before.get(), sizeof machine), 0) << "a read changed the machine";
 
