@@ -22,7 +22,8 @@ struct WholeMachine : Machine {
             pass(static_cast<uint32_t>(number() % 40));
             machine.timing_tick(main_cpu.step_cycles);
         }
-        out({{0x51, 0x80}, {0x51, 0x20}, {0x31, 0x39}}); // cursor off, display started, ROM mode
+        // Cursor off, display started, ROM mode, receiver on.
+        out({{0x51, 0x80}, {0x51, 0x20}, {0x31, 0x39}, {0x21, 0x4E}, {0x21, 0x04}, {0x21, 0x04}});
         machine.timing_tick(5);
         machine.interrupt_pending = 7;
         machine.interlace = machine.usart_discard_next = 1;
