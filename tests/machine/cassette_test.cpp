@@ -90,16 +90,12 @@ TEST_F(Cassette, FastLoadFollowsTheRecordFormatAndTheMemoryMap) {
     } cases[] = {
         {"one record", {':', 0xC0, 0, 9, ':', 2, 1, 2, 9, 7}, 1, 9, {{0xC000, 1}, {0xC001, 2}}},
         {"bytes before the mark", {7, 0, ':', 0xC0, 1, 9, ':', 1, 5, 9}, 0, 10, {{0xC001, 5}}},
-        {"another address",
-         {':', ':', 1, 9, 7, 0xC0, 2, 9, 7, 0xC1, 3, 9, ':', 1, 5, 9},
-         1,
-         16,
-         {{0xC103, 5}}},
-        {"two runs",
-         {':', 0xC0, 0, 9, ':', 1, 1, 9, ':', 0xC0, 5, 9, ':', 1, 2, 9},
+        {"another address", {':', ':', 1, 9, 7, 0xC1, 3, 9, ':', 1, 5, 9}, 1, 12, {{0xC103, 5}}},
+        {"two",
+         {':', 0xC0, 0, 9, ':', 1, 1, 9, ':', 64, 5, 9, ':', 1, 2, 9},
          2,
          16,
-         {{0xC000, 1}, {0xC005, 2}}},
+         {{0xC000, 1}, {0x4005, 2}}},
         {"an empty block ends the run", {':', 0xC0, 0, 9, ':', 0, ':', 0xC0, 9, 9}, 1, 6, {}},
         {"cut before the check byte", {':', 0xFF, 0xFF, 9, ':', 2, 3, 4}, 1, 8, {{0xFFFF, 3}, {0x0000, 4}}},
         {"cut within the block", {':', 0xC0, 0, 9, ':', 255, 6}, 1, 7, {{0xC000, 6}}},
@@ -108,18 +104,17 @@ TEST_F(Cassette, FastLoadFollowsTheRecordFormatAndTheMemoryMap) {
         {"nothing", {}, 1, 0, {}},
     };
     out(0xF0, 1); // no tape
-    for (const auto &c : cases)
-        for (const bool plane : {false, true}) {
-            insert_tape(c.tape);
-            out(plane ? 0x5D : 0x5F, 0);
-            const auto expected = snapshot();
-            for (const auto &[address, byte] : c.stored)
-                (plane && address >= 0xC000 ? expected->gvram[1][address - 0xC000] : expected->ram[address]) =
-                    static_cast<uint8_t>(byte);
-            expected->tape_position = c.position;
-            out(0xF0, c.value);
-            EXPECT_EQ(std::memcmp(&machine, expected.get(), sizeof machine), 0) << c.what << ' ' << plane;
-        }
+    out(0x5D, 0); // plane 1 lies over 0xC000
+    for (const auto &c : cases) {
+        insert_tape(c.tape);
+        const auto expected = snapshot();
+        for (const auto &[address, byte] : c.stored)
+            (address >= 0xC000 ? expected->gvram[1][address - 0xC000] : expected->ram[address]) =
+                static_cast<uint8_t>(byte);
+        expected->tape_position = c.position;
+        out(0xF0, c.value);
+        EXPECT_EQ(std::memcmp(&machine, expected.get(), sizeof machine), 0) << c.what;
+    }
     // 64 MiB that hold no record, asked for again and again: with every search made anew this takes minutes.
     bytes tape(64 << 20, 0x00);
     tape[100] = ':'; // the chain from here never meets a second mark
