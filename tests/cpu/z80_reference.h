@@ -136,16 +136,13 @@ class z80_reference {
     }
     // ADD ADC SUB SBC AND XOR OR CP
     void alu(int kind, int n) {
-        const int a = r[7];
-        int result;
-        if (kind < 4 || kind == 7) {
-            result = sum(a, n, kind == 1 || kind == 3 ? f & C : 0, 8, kind >= 2);
-        } else {
-            result = kind == 4 ? a & n : kind == 5 ? a ^ n : a | n;
-            f = parity(result) | (kind == 4 ? H : 0);
-        }
-        if (kind != 7) r[7] = result;
-        f |= (result & S) | (result == 0 ? Z : 0) | ((kind == 7 ? n : result) & F53);
+        const int a = r[7], logic[] = {a & n, a ^ n, a | n};
+        const bool logical = kind >= 4 && kind < 7, compares = kind == 7;
+        const int carry = kind == 1 || kind == 3 ? f & C : 0;
+        const int result = logical ? logic[kind - 4] : sum(a, n, carry, 8, kind >= 2);
+        if (logical) f = parity(result) | (kind == 4 ? H : 0);
+        if (!compares) r[7] = result;
+        f |= (sz53(result) & ~F53) | ((compares ? n : result) & F53);
     }
     int stepped(int v, bool down) {
         const int carry = f & C;
