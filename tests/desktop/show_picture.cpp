@@ -1,9 +1,11 @@
-// A program for the tests that look at a real screen: shows a known picture as the emulator would, and says
-// which keys arrive and where the picture stands.
+// A program for the tests that look at a real screen.
 //
-//   show_picture window|full|back SCREENSHOT    back: to full screen and back again; then it ends
-//   show_picture screen SCREENSHOT              saves only what the screen shows
-//   show_picture keys                           until it is closed
+//   show_picture keys            says which keys arrive, until it is closed
+//   show_picture screen FILE     saves what the screen shows
+//   show_picture modes FOLDER    shows a known picture as the emulator would, in a window, in full screen and
+//   in
+//                                a window again, each time saves the screen in FOLDER as 0.png to 2.png and
+//                                says where the client area stands
 #include "platform/desktop/desktop_host.h"
 #include "tests/desktop/known_picture.h"
 
@@ -12,7 +14,6 @@
 #include <QtGui/QPixmap>
 #include <QtGui/QScreen>
 #include <cstdio>
-#include <string>
 
 using namespace platform;
 
@@ -26,8 +27,8 @@ class shower : public window_listener {
         case wm_destroy: host.post_quit(0); break;
         case wm_key_down:
         case wm_key_up:
-            std::printf("%s %02x%s%s\n", m.id == wm_key_down ? "down" : "up", static_cast<unsigned>(m.wparam),
-                        m.lparam != 0 ? " repeat" : "", w.shift_down() ? " shift" : "");
+            std::printf("%s %02x%s\n", m.id == wm_key_down ? "down" : "up", static_cast<unsigned>(m.wparam),
+                        w.shift_down() ? " shift" : "");
             break;
         case wm_activate_app: std::printf("active %u\n", static_cast<unsigned>(m.wparam)); break;
         default: handled = false;
@@ -37,8 +38,6 @@ class shower : public window_listener {
     }
 
     void show(bool full_screen) {
-        primary.reset();
-        drawn.reset();
         display &d = host.get_display();
         d.restore_mode();
         window->set_framed(!full_screen);
@@ -50,12 +49,11 @@ class shower : public window_listener {
         }
         d.set_cooperative_level(*window, full_screen);
         if (full_screen) d.set_mode(640, 400, 8);
-        primary = d.create_primary(full_screen);
-        drawn = d.create_offscreen(640, 400, surface_memory::video);
+        const auto primary = d.create_primary(full_screen);
+        const auto drawn = d.create_offscreen(640, 400, surface_memory::video);
         uint32_t palette[256];
         for (uint32_t i = 0; i < 256; ++i) palette[i] = known_colour(i);
         primary->set_palette(palette);
-        window->set_focus();
         void *pixels;
         int pitch;
         if (drawn->lock(pixels, pitch) != display_result::ok) return;
@@ -68,34 +66,34 @@ class shower : public window_listener {
         }
         drawn->unlock();
         primary->copy_from(*drawn, {0, 0, 640, 400}, {0, 0, 640, 400}, full_screen);
+        window->set_focus();
     }
 
     desktop_host host;
     host_window *window = host.create_window({"Kiv [2.0.9]", 0, 0, 640, 480}, *this);
-    std::unique_ptr<surface> primary, drawn;
 };
 
 } // namespace
 
 int main(int argc, char **argv) {
-    const std::string mode = argc > 1 ? argv[1] : "keys", screenshot = argc > 2 ? argv[2] : "";
+    const QString what = argc > 1 ? argv[1] : "keys", where = argc > 2 ? argv[2] : "";
     shower s;
-    const auto save_screen = [&] {
-        return QGuiApplication::primaryScreen()->grabWindow(0).save(QString::fromStdString(screenshot),
-                                                                    "PNG");
+    const auto save_screen = [](const QString &file) {
+        return QGuiApplication::primaryScreen()->grabWindow(0).save(file, "PNG");
     };
-    if (mode == "screen") return save_screen() ? 0 : 1;
-    QObject context;
+    if (what == "screen") return save_screen(where) ? 0 : 1;
     s.show(false);
-    if (mode != "keys") {
-        QTimer::singleShot(200, &context, [&] { s.show(mode != "window"); });
-        if (mode == "back") QTimer::singleShot(1000, &context, [&] { s.show(false); });
-        QTimer::singleShot(mode == "back" ? 2000 : 1200, &context, [&] {
-            save_screen();
-            const point at = s.window->client_origin();
-            std::printf("client %d %d\n", at.x, at.y);
+    QTimer timer;
+    int stage = 0;
+    QObject::connect(&timer, &QTimer::timeout, [&] {
+        save_screen(where + QString("/%1.png").arg(stage++));
+        const point at = s.window->client_origin();
+        std::printf("client %d %d\n", at.x, at.y);
+        if (stage == 3)
             s.window->post(wm_close, 0, 0);
-        });
-    }
+        else
+            s.show(stage == 1);
+    });
+    if (what == "modes") timer.start(1000);
     return s.host.run_message_loop();
 }

@@ -59,114 +59,84 @@ class DesktopDialogs : public DesktopHost {
         EXPECT_NE(found, nullptr) << name;
         return found;
     }
-    // Nothing of the dialog's texts may be cut off.
-    static void expect_readable(const QWidget &dialog) {
-        for (const QWidget *w : dialog.findChildren<QWidget *>()) {
-            if (!w->isVisible() || (!w->inherits("QLabel") && !w->inherits("QAbstractButton"))) continue;
-            EXPECT_TRUE(w->width() >= w->minimumSizeHint().width() &&
-                        w->height() >= w->minimumSizeHint().height() &&
-                        dialog.rect().contains(QRect(w->mapTo(&dialog, QPoint(0, 0)), w->size())))
-                << w->objectName().toStdString();
-        }
-    }
-
     QTimer poller;
     std::deque<step> pending;
 };
 
 TEST_F(DesktopDialogs, ErrorBoxWithAndWithoutAnOwner) {
+    const std::string text = "$1234 にて HALT命令を検出につき終了。<b>";
     for (host_window *owner : {window, static_cast<host_window *>(nullptr)}) {
-        drive({[](QWidget &w) {
-            auto *box = qobject_cast<QMessageBox *>(&w);
-            EXPECT_EQ(box->icon(), QMessageBox::Critical);
-            EXPECT_EQ(box->text().toStdString(), "$1234 にて HALT命令を検出につき終了。<b>");
-            EXPECT_EQ(box->textFormat(), Qt::PlainText);
-            EXPECT_EQ(box->windowTitle().toStdString(), "Kivex");
-            EXPECT_EQ(box->buttons().size(), 1);
-            expect_readable(*box);
+        drive({[&](QWidget &w) {
+            const auto &box = dynamic_cast<QMessageBox &>(w);
+            EXPECT_TRUE(box.icon() == QMessageBox::Critical && box.textFormat() == Qt::PlainText);
+            EXPECT_EQ(box.text().toStdString(), text);
+            EXPECT_EQ(box.windowTitle().toStdString(), "Kivex");
+            EXPECT_EQ(box.buttons().size(), 1);
             press(w, Qt::Key_Return);
             return true;
         }});
-        host->error_box(owner, "$1234 にて HALT命令を検出につき終了。<b>", "Kivex");
+        host->error_box(owner, text, "Kivex");
     }
 }
 
 TEST_F(DesktopDialogs, SettingsMirrorTheirSlidersAndTakeOkOnly) {
-    const settings_dialog before{
+    settings_dialog dialog{
         "Kiv機能設定",
         "Zun - PC-8801 Emulator",
         "Copyright (C)",
         {{"DMA load", "(T)", 0, 100, 100}, {"DMA gain", "(T)", 1, 40, 500}, {"Volume", "(dB)", -100, 0, -4}},
         {{"TEN-Keyless", true}, {"NO Wait", false}, {"HiRes CRT", true}}};
-    settings_dialog dialog = before;
-    const auto change = [](QWidget &w) {
-        EXPECT_EQ(w.windowTitle().toStdString(), "Kiv機能設定");
-        expect_readable(w);
-        auto *load = child<QSlider>(w, "DMA load");
-        auto *load_box = child<QLineEdit>(w, "DMA load value"),
-             *gain_box = child<QLineEdit>(w, "DMA gain value");
-        EXPECT_EQ(load_box->text(), "100");
-        EXPECT_EQ(gain_box->text(), "500") << "the value in effect, although the slider ends at 40";
-        EXPECT_TRUE(load_box->isReadOnly() && load_box->alignment() & Qt::AlignRight);
-        EXPECT_EQ(w.focusWidget(), load) << "the first control";
-        press(w, Qt::Key_Left);
-        EXPECT_EQ(load_box->text(), "99");
-        press(w, Qt::Key_PageDown);
-        EXPECT_EQ(load_box->text(), "89");
-        load->setSliderDown(true); // dragging
-        load->setSliderPosition(33);
-        EXPECT_EQ(load_box->text(), "33");
-        load->setSliderDown(false);
-        child<QSlider>(w, "Volume")->setValue(-100);
-        // Tab visits the sliders, then the check boxes; never the number boxes.
-        QString order;
-        for (int i = 0; i < 5; ++i) {
-            press(w, Qt::Key_Tab);
-            order += w.focusWidget()->objectName() + "|";
-        }
-        EXPECT_EQ(order.toStdString(), "DMA gain|Volume|TEN-Keyless|NO Wait|HiRes CRT|");
-        child<QCheckBox>(w, "NO Wait")->click();
-        child<QCheckBox>(w, "HiRes CRT")->click();
-    };
-    drive({[&](QWidget &w) {
-        change(w);
-        EXPECT_EQ(w.findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Cancel)->text().toStdString(),
-                  "キャンセル");
-        press(w, Qt::Key_Escape);
-        return true;
-    }});
-    EXPECT_FALSE(host->settings(*window, dialog));
-    EXPECT_TRUE(dialog.sliders[0].value == 100 && dialog.sliders[1].value == 500 &&
-                !dialog.checks[1].checked);
-    drive({[&](QWidget &w) {
-        change(w);
-        w.findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Ok)->click();
-        return true;
-    }});
-    EXPECT_TRUE(host->settings(*window, dialog));
-    EXPECT_EQ(dialog.sliders[0].value, 33);
-    EXPECT_EQ(dialog.sliders[1].value, 40);
-    EXPECT_EQ(dialog.sliders[2].value, -100);
-    EXPECT_TRUE(dialog.checks[0].checked && dialog.checks[1].checked && !dialog.checks[2].checked);
+    for (const auto with : {QDialogButtonBox::Cancel, QDialogButtonBox::Ok}) {
+        drive({[&](QWidget &w) {
+            EXPECT_EQ(w.windowTitle().toStdString(), dialog.caption);
+            const auto shown = [&] { return child<QLineEdit>(w, "DMA load value")->text().toInt(); };
+            EXPECT_EQ(child<QLineEdit>(w, "DMA gain value")->text(), "500")
+                << "the value in effect, although the slider ends at 40";
+            EXPECT_EQ(shown(), 100);
+            press(w, Qt::Key_Left); // the first control has the keyboard
+            EXPECT_EQ(shown(), 99);
+            press(w, Qt::Key_PageDown);
+            EXPECT_EQ(shown(), 89);
+            child<QSlider>(w, "DMA load")->setSliderDown(true); // dragging
+            child<QSlider>(w, "DMA load")->setSliderPosition(33);
+            EXPECT_EQ(shown(), 33);
+            child<QSlider>(w, "DMA load")->setSliderDown(false);
+            child<QSlider>(w, "Volume")->setValue(-100);
+            // Tab visits the sliders, then the check boxes; never the number boxes.
+            QString order;
+            for (int i = 0; i < 5; ++i) {
+                press(w, Qt::Key_Tab);
+                order += w.focusWidget()->objectName() + "|";
+            }
+            EXPECT_EQ(order.toStdString(), "DMA gain|Volume|TEN-Keyless|NO Wait|HiRes CRT|");
+            child<QCheckBox>(w, "NO Wait")->click();
+            child<QCheckBox>(w, "HiRes CRT")->click();
+            w.findChild<QDialogButtonBox *>()->button(with)->click();
+            return true;
+        }});
+        const bool ok = with == QDialogButtonBox::Ok;
+        EXPECT_EQ(host->settings(*window, dialog), ok);
+        EXPECT_EQ(dialog.sliders[0].value, ok ? 33 : 100);
+        EXPECT_EQ(dialog.sliders[1].value, ok ? 40 : 500);
+        EXPECT_EQ(dialog.sliders[2].value, ok ? -100 : -4);
+        EXPECT_TRUE(dialog.checks[0].checked && dialog.checks[1].checked == ok &&
+                    dialog.checks[2].checked != ok);
+    }
 }
 
 TEST_F(DesktopDialogs, HelpIsReadAndScrolledButNotWritten) {
     std::string text;
-    for (int i = 1; i <= 33; ++i)
-        text += "[F" + std::to_string(i) + "] ................ Kiv形式ﾒﾓﾘﾀﾞﾝﾌﾟﾌｧｲﾙ出力\r\n";
+    for (int i = 1; i <= 33; ++i) text += "[F6] ................ Kiv形式ﾒﾓﾘﾀﾞﾝﾌﾟﾌｧｲﾙ出力\r\n";
     for (const int closing : {int{Qt::Key_Escape}, int{Qt::Key_Return}}) {
         drive({[closing](QWidget &w) {
             EXPECT_EQ(w.windowTitle().toStdString(), "Kivについて");
-            expect_readable(w);
             auto *help = w.findChild<QPlainTextEdit *>();
             EXPECT_FALSE(help->textCursor().hasSelection()) << "opens without a selection";
             press(w, Qt::Key_X);
             EXPECT_EQ(help->document()->blockCount(), 34);
             EXPECT_FALSE(help->document()->isModified());
             EXPECT_GT(help->verticalScrollBar()->maximum(), 0);
-            help->selectAll();
-            EXPECT_TRUE(help->textCursor().selectedText().contains(QString::fromUtf8("ﾒﾓﾘﾀﾞﾝﾌﾟ")));
-            EXPECT_TRUE(help->textInteractionFlags() & Qt::TextSelectableByKeyboard); // and so copied
+            EXPECT_TRUE(help->textInteractionFlags() & Qt::TextSelectableByKeyboard); // to be copied
             press(w, closing);
             return true;
         }});

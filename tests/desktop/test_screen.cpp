@@ -8,16 +8,6 @@ namespace {
 
 class PictureOnScreen : public DesktopScreen {
   protected:
-    // Runs show_picture to its end: the screen, and where the client area's corner stands.
-    QImage show(const char *mode, int &x, int &y) {
-        const QString file = folder.filePath("screen.png");
-        start(program, KIV_SHOW_PICTURE, {mode, file});
-        EXPECT_TRUE(program.waitForFinished(60000));
-        EXPECT_EQ(program.exitCode(), 0);
-        const QByteArray said = program.readAllStandardOutput();
-        EXPECT_EQ(std::sscanf(said.mid(said.indexOf("client")), "client %d %d", &x, &y), 2);
-        return QImage(file).convertToFormat(QImage::Format_RGB32);
-    }
     // Every device pixel of the picture, enlarged by `factor`, its corner at (left, top).
     static void expect_picture(const QImage &screen, int left, int top, int factor) {
         ASSERT_TRUE(screen.rect().contains(QRect(left, top, 640 * factor, 400 * factor)));
@@ -30,40 +20,45 @@ class PictureOnScreen : public DesktopScreen {
     }
 };
 
-TEST_F(PictureOnScreen, TheWindowStandsInTheMiddleAndShowsEveryPixel) {
+TEST_F(PictureOnScreen, EveryPixelIsShownInTheWindowInFullScreenAndBack) {
     ASSERT_NO_FATAL_FAILURE(start_server("1400x1000"));
     struct {
-        const char *variable, *value; // displays of higher density
-        int factor;
-    } const cases[] = {{"QT_FONT_DPI", "96", 1}, {"QT_FONT_DPI", "154", 2}, {"QT_SCALE_FACTOR", "2", 2}};
+        const char *label, *variable, *value;
+        int factor; // of the display's density
+        const char *manager;
+    } const cases[] = {
+        {"no window manager", "QT_FONT_DPI", "96", 1, nullptr},
+        {"denser", "QT_FONT_DPI", "154", 2, nullptr},
+        {"a window manager", "QT_SCALE_FACTOR", "1", 1, "openbox"},
+        {"denser, with a window manager", "QT_SCALE_FACTOR", "2", 2, "openbox"},
+    };
     for (const auto &c : cases) {
-        SCOPED_TRACE(testing::Message() << c.variable << " " << c.value);
+        SCOPED_TRACE(c.label);
+        if (c.manager != nullptr && window_manager.state() == QProcess::NotRunning) {
+            if (QStandardPaths::findExecutable(c.manager).isEmpty())
+                GTEST_SKIP() << c.manager << " is not installed: seen without a window manager only";
+            start(window_manager, c.manager, {});
+        }
         environment.insert(c.variable, c.value);
-        int x = -1, y = -1;
-        const QImage screen = show("window", x, y);
+        start(program, KIV_SHOW_PICTURE, {"modes", folder.path()});
         environment.remove(c.variable);
-        EXPECT_NEAR(x * c.factor, (1400 - 640 * c.factor) / 2, 2);
-        EXPECT_NEAR(y * c.factor, (1000 - 400 * c.factor) / 2, 30 * c.factor) << "with the menu bar above";
-        expect_picture(screen, x * c.factor, y * c.factor, c.factor);
-    }
-}
-
-TEST_F(PictureOnScreen, FullScreenIsCentredEnlargedAndLeftAgainWithAndWithoutAWindowManager) {
-    ASSERT_NO_FATAL_FAILURE(start_server("1366x868"));
-    for (const bool managed : {false, true}) {
-        SCOPED_TRACE(managed);
-        if (managed && QStandardPaths::findExecutable("openbox").isEmpty())
-            GTEST_SKIP() << "openbox is not installed: seen without a window manager only";
-        if (managed) start(window_manager, "openbox", {"--sm-disable"});
-        int x = 0, y = 0;
-        QImage screen = show("full", x, y);
-        ASSERT_EQ(screen.size(), QSize(1366, 868));
-        expect_picture(screen, 43, 34, 2);
-        for (const QPoint at : {QPoint(0, 0), QPoint(1365, 867), QPoint(42, 400), QPoint(700, 33)})
-            EXPECT_EQ(screen.pixel(at) & 0xFFFFFF, 0u) << at.x() << ", " << at.y() << " is outside";
-        screen = show("back", x, y);
-        EXPECT_NEAR(x, 363, 2);
-        expect_picture(screen, x, y, 1);
+        ASSERT_TRUE(program.waitForFinished(60000));
+        int x[3], y[3], said = 0;
+        for (const QByteArray &line : program.readAllStandardOutput().split('\n'))
+            if (line.startsWith("client")) said += std::sscanf(line, "client %d %d", &x[said], &y[said]) == 2;
+        ASSERT_EQ(said, 3);
+        QImage screens[3];
+        for (int i = 0; i < 3; ++i)
+            screens[i] =
+                QImage(folder.filePath(QString("%1.png").arg(i))).convertToFormat(QImage::Format_RGB32);
+        for (const int i : {0, 2}) {
+            EXPECT_NEAR(x[i] * c.factor, (1400 - 640 * c.factor) / 2, 2 * c.factor);
+            EXPECT_NEAR(y[i] * c.factor, (1000 - 400 * c.factor) / 2, 30 * c.factor) << "below the menu bar";
+            expect_picture(screens[i], x[i] * c.factor, y[i] * c.factor, c.factor);
+        }
+        expect_picture(screens[1], 60, 100, 2);
+        for (const QPoint at : {QPoint(0, 0), QPoint(1399, 999), QPoint(59, 400), QPoint(700, 99)})
+            EXPECT_EQ(screens[1].pixel(at) & 0xFFFFFF, 0u) << at.x() << ", " << at.y() << " is outside";
     }
 }
 

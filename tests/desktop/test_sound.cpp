@@ -95,9 +95,6 @@ TEST_F(DesktopSound, LocksWrapAndAVolumeReadAndSetAgainStaysWhatItWas) {
     void *p1, *p2;
     ASSERT_TRUE(stream->lock(7000, 3840, p1, n1, p2, n2));
     EXPECT_TRUE(n1 == 680 && n2 == 3160 && static_cast<char *>(p1) == static_cast<char *>(p2) + 7000);
-    stream->unlock(p1, n1, p2, n2);
-    ASSERT_TRUE(stream->lock(0, 7680, p1, n1, p2, n2));
-    EXPECT_TRUE(n1 == 7680 && n2 == 0 && p2 == nullptr);
     EXPECT_FALSE(stream->lock(7680, 2, p1, n1, p2, n2));
     EXPECT_FALSE(stream->lock(0, 7682, p1, n1, p2, n2));
     EXPECT_EQ(sound.create_stream(7681, format), nullptr);
@@ -106,10 +103,7 @@ TEST_F(DesktopSound, LocksWrapAndAVolumeReadAndSetAgainStaysWhatItWas) {
         primary->set_volume(db * 100);
         EXPECT_EQ(primary->get_volume() / 100 - 1, db);
     }
-    for (const int32_t odd : {INT32_MIN, -50000, 500, INT32_MAX}) {
-        primary->set_volume(odd);
-        (void)primary->get_volume();
-    }
+    for (const int32_t odd : {INT32_MIN, INT32_MAX}) primary->set_volume(odd), primary->get_volume();
 }
 
 } // namespace

@@ -1,5 +1,5 @@
-// The host that the program's tests run on: what those tests take for granted. Its faults on demand and its
-// dialogs are tested by the tests that use them.
+// The host that the program's tests run on: what those tests take for granted. Its keys, dialogs, lost
+// surfaces and faults on demand are tested by those tests.
 #include "platform/headless/headless_host.h"
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -13,9 +13,8 @@ namespace {
 class listener : public window_listener {
   public:
     explicit listener(headless_host &on) : host(on) {}
-    int64_t window_proc(host_window &window, const message &m, bool &handled) override {
+    int64_t window_proc(host_window &, const message &m, bool &handled) override {
         heard.push_back(m);
-        if (m.id == wm_key_up) shifts.push_back(window.shift_down());
         if (m.id == wm_destroy) host.post_quit(7);
         if (m.id == wm_query_end_session) return 1;
         handled = m.id != wm_close;
@@ -29,27 +28,15 @@ class listener : public window_listener {
     }
     headless_host &host;
     std::vector<message> heard;
-    std::vector<bool> shifts;
 };
 
 class HeadlessHost : public testing::Test {
   protected:
     HeadlessHost()
         : window(*static_cast<headless_window *>(host.create_window({"Kiv", 0, 0, 640, 400}, hears))) {}
-    // An off-screen surface and the screen, in the mode given.
-    void make_surfaces(bool full_screen, int width, int height) {
-        display &d = host.get_display();
-        EXPECT_TRUE(d.open());
-        EXPECT_TRUE(d.set_cooperative_level(window, full_screen));
-        EXPECT_EQ(d.set_mode(width, height, 8), full_screen);
-        primary = d.create_primary(full_screen);
-        offscreen = d.create_offscreen(width, height, surface_memory::video);
-        ASSERT_TRUE(primary && offscreen);
-    }
     headless_host host;
     listener hears{host};
     headless_window &window;
-    std::unique_ptr<surface> primary, offscreen;
 };
 
 } // namespace
@@ -80,91 +67,6 @@ TEST_F(HeadlessHost, MessagesOfAllThreadsArriveInOrderUntilTheWindowIsGone) {
     EXPECT_EQ(window.end_session_answer, 1);
     EXPECT_TRUE(window.state().gone);
     EXPECT_FALSE(host.run_on_window_thread([] {}, 1)) << "no loop runs any more";
-}
-
-TEST_F(HeadlessHost, KeysCarryTheirShiftAndRepeatAndAreReleasedWithTheActivation) {
-    window.press_key(0x10);
-    window.strike_key(0x75);
-    window.release_key(0x10);
-    window.press_key(0x41);
-    window.press_key(0x41);
-    window.activate(false);
-    host.pump();
-    EXPECT_EQ(hears.wparams(wm_key_down), (std::vector<uint64_t>{0x10, 0x75, 0x41, 0x41}));
-    EXPECT_EQ(hears.wparams(wm_key_up), (std::vector<uint64_t>{0x75, 0x10, 0x41}));
-    EXPECT_EQ(hears.shifts, (std::vector<bool>{true, false, false}));
-    EXPECT_EQ(hears.wparams(wm_activate_app), std::vector<uint64_t>{0});
-    EXPECT_EQ(hears.heard[5].lparam, uint64_t{1} << 30) << "the second press of a key that is down";
-}
-
-TEST_F(HeadlessHost, SurfacesShowTheirPixelsInEveryModeAndDepth) {
-    struct {
-        const char *label;
-        bool full_screen;
-        int desktop_depth, width, height;
-        bool indexed;
-    } const cases[] = {
-        {"window on a 32-bit desktop", false, 32, 640, 400, false},
-        {"window on an 8-bit desktop", false, 8, 640, 400, true},
-        {"full screen", true, 32, 720, 480, true},
-    };
-    for (const auto &c : cases) {
-        SCOPED_TRACE(c.label);
-        host.screen.set_desktop(1024, 768, c.desktop_depth);
-        ASSERT_NO_FATAL_FAILURE(make_surfaces(c.full_screen, c.width, c.height));
-        std::vector<uint32_t> palette(256);
-        palette[9] = 0x123456;
-        EXPECT_EQ(primary->set_palette(palette.data()), c.indexed);
-        void *pixels, *again;
-        int pitch;
-        ASSERT_EQ(offscreen->lock(pixels, pitch), display_result::ok);
-        EXPECT_EQ(offscreen->lock(again, pitch), display_result::still_busy);
-        ASSERT_EQ(pitch, c.width * (c.indexed ? 1 : 4));
-        static_cast<uint8_t *>(pixels)[pitch * c.height - 1] = 9;
-        if (!c.indexed) static_cast<uint32_t *>(pixels)[c.width * c.height - 1] = 0xFF123456;
-        std::thread([&] { offscreen->unlock(); }).join(); // not its own: does nothing
-        EXPECT_EQ(offscreen->lock(again, pitch), display_result::still_busy);
-        offscreen->unlock();
-        const uint64_t number = host.screen.shown().number;
-        EXPECT_EQ(primary->copy_from(*offscreen, {0, 0, c.width, c.height}, {4, 24, 0, 0}, c.full_screen),
-                  display_result::ok);
-        const shown_frame frame = host.screen.shown();
-        primary->fill({0, 0, 1, 1}, 0);
-        EXPECT_EQ(host.screen.shown().number, number + 1) << "a fill is no frame";
-        EXPECT_EQ(frame.full_screen, c.full_screen);
-        EXPECT_EQ(frame.picture.at(c.width - 1, c.height - 1), 0x123456u);
-        size2 size{};
-        window.client_size(size);
-        EXPECT_EQ(size.width, c.full_screen ? 720 : 640);
-        host.get_display().close();
-        window.client_size(size);
-        EXPECT_EQ(size.width, 640);
-    }
-}
-
-TEST_F(HeadlessHost, LostSurfacesStayLostUntilTheyAreRestored) {
-    make_surfaces(false, 640, 400);
-    const auto lock = [&] {
-        void *pixels;
-        int pitch;
-        const display_result r = offscreen->lock(pixels, pitch);
-        if (r == display_result::ok) offscreen->unlock();
-        return r;
-    };
-    const auto copy = [&] { return primary->copy_from(*offscreen, {0, 0, 640, 400}, {}, false); };
-    host.screen.lose_surfaces();
-    EXPECT_EQ(lock(), display_result::lost);
-    EXPECT_TRUE(offscreen->restore());
-    EXPECT_EQ(lock(), display_result::ok);
-    EXPECT_EQ(copy(), display_result::lost) << "the primary surface still is";
-    host.faults.set(fault::restore, 1);
-    EXPECT_FALSE(primary->restore());
-    EXPECT_TRUE(primary->restore());
-    EXPECT_EQ(copy(), display_result::ok);
-    host.faults.set(fault::lock_lost, 1);
-    EXPECT_EQ(lock(), display_result::lost);
-    EXPECT_EQ(lock(), display_result::lost) << "the fault is over, the surface is not back";
-    EXPECT_EQ(copy(), display_result::lost);
 }
 
 TEST_F(HeadlessHost, SoundCursorsMoveWithTheClockAndWhatTheyPassIsHeard) {

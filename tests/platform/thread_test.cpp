@@ -61,31 +61,6 @@ TEST(Thread, SuspensionsAddUpBeforeTheStartAndWhileItRuns) {
     EXPECT_TRUE(wait_thread(t, 0)) << "an ended thread counts as ended every time";
 }
 
-TEST(Thread, MessagesArriveInOrderCanBePickedByIdAndWaitForTheirThread) {
-    constexpr uint32_t frame = 0x402, quit = 0x401, ready = 0x500;
-    std::vector<uint64_t> frames;
-    int left = 0;
-    const std::function<void()> body = [&] {
-        for (message m; (m = get_message()).id != quit;) {
-            if (m.id == frame) frames.push_back(m.wparam);
-            while (peek_message(frame, m)) frames.push_back(m.wparam);
-        }
-        for (message m; peek_message(ready, m);) left++;
-    };
-    const thread_handle t = start(body, true);
-    for (uint64_t i = 0; i < 1000; i++) post_thread_message(thread_id(t), {frame, i, 0});
-    post_thread_message(thread_id(t), {quit, 0, 0});
-    for (uint64_t i = 0; i < 9; i++) post_thread_message(thread_id(t), {ready, i, 0});
-    message own{};
-    EXPECT_FALSE(peek_message(frame, own)) << "every thread has a queue of its own";
-    resume_thread(t);
-    ASSERT_TRUE(wait_thread(t, wait_forever));
-    ASSERT_EQ(frames.size(), 1000u);
-    for (uint64_t i = 0; i < 1000; i++) EXPECT_EQ(frames[i], i);
-    EXPECT_EQ(left, 9) << "picking frames passes over the others";
-    post_thread_message(thread_id(t), {frame, 0, 0}); // gone: nothing happens
-}
-
 TEST(Thread, ForcedEndLeavesNothingBrokenForTheOthers) {
     event e = event::create("");
     std::atomic<int> begun{0};

@@ -6,16 +6,21 @@
 
 namespace {
 
-constexpr uint32_t quit = 0x401;
+constexpr uint32_t quit = 0x401, frame = 0x402, other = 0x500;
 
-// Runs until it is told to quit; counts what else it is sent.
+// Runs until it is told to quit; notes the frames that it is sent, taking all that wait at once.
 class worker : public kel_thread {
   public:
     ~worker() override { stop(); }
     void run() override {
-        for (platform::message m; (m = platform::get_message()).id != quit;) sum += m.wparam;
+        for (platform::message m; (m = platform::get_message()).id != quit;) {
+            if (m.id == frame) frames.push_back(m.wparam);
+            while (platform::peek_message(frame, m)) frames.push_back(m.wparam);
+        }
+        for (platform::message m; platform::peek_message(other, m);) others++;
     }
-    uint64_t sum = 0;
+    std::vector<uint64_t> frames;
+    int others = 0;
 };
 
 class brief_worker : public kel_thread {
@@ -39,7 +44,7 @@ void expect_no_thread(kel_thread &t) {
 
 } // namespace
 
-TEST(ThreadBase, ASuspendedStartRunsNothingUntilItIsResumed) {
+TEST(ThreadBase, ASuspendedStartRunsNothingAndItsMessagesWaitInOrder) {
     worker w;
     w.stop();
     w.post_message(1, 2, 3);
@@ -54,11 +59,14 @@ TEST(ThreadBase, ASuspendedStartRunsNothingUntilItIsResumed) {
     EXPECT_EQ(w.is_running(), 0u);
     EXPECT_TRUE(w.has_thread());
     EXPECT_NE(w.id(), 0u);
-    EXPECT_EQ(w.resume_thread(), 1u);
-    for (uint64_t i = 1; i <= 100; i++) w.post_message(5, i, 0);
+    for (uint64_t i = 0; i < 1000; i++) w.post_message(frame, i, 0);
     w.post_message(quit, 0, 0);
+    for (int i = 0; i < 9; i++) w.post_message(other, 0, 0);
+    EXPECT_EQ(w.resume_thread(), 1u);
     w.stop();
-    EXPECT_EQ(w.sum, 5050u);
+    ASSERT_EQ(w.frames.size(), 1000u);
+    for (uint64_t i = 0; i < 1000; i++) EXPECT_EQ(w.frames[i], i);
+    EXPECT_EQ(w.others, 9) << "taking the frames passes over the others";
     expect_no_thread(w);
 }
 

@@ -72,37 +72,6 @@ class DesktopDisplay : public testing::Test {
     desktop_display display{link};
 };
 
-TEST_F(DesktopDisplay, WindowModeCopiesThirtyTwoBitPixels) {
-    int repaints = 0;
-    link->set_repaint([&] { ++repaints; });
-    EXPECT_FALSE(display.set_mode(640, 400, 32)) << "only in full screen";
-    EXPECT_EQ(display.create_primary(true), nullptr);
-    EXPECT_EQ(display.create_offscreen(640, 0, surface_memory::video), nullptr);
-    const auto primary = display.create_primary(false);
-    const auto drawn = display.create_offscreen(640, 400, surface_memory::video);
-    ASSERT_TRUE(primary && drawn);
-    void *pixels = nullptr, *again;
-    int pitch = 0;
-    ASSERT_EQ(drawn->lock(pixels, pitch), display_result::ok);
-    EXPECT_EQ(pitch, 2560);
-    EXPECT_EQ(drawn->lock(again, pitch), display_result::still_busy);
-    static_cast<uint32_t *>(pixels)[639 + 399 * 640] = 0x123456;
-    drawn->unlock();
-    drawn->fill({-5, -5, 10, 3}, 0xABCDEF);
-    const auto copy = [&] { return primary->copy_from(*drawn, {0, 0, 640, 400}, {}, false); };
-    EXPECT_EQ(copy(), display_result::ok);
-    EXPECT_EQ(repaints, 1);
-    const boxed_frame *frame = link->frames.take_newest();
-    ASSERT_NE(frame, nullptr);
-    ASSERT_EQ(frame->pixels.size(), 256000u);
-    EXPECT_EQ(frame->pixels[255999], 0xFF123456);
-    EXPECT_EQ(frame->pixels[9 + 2 * 640], 0xFFABCDEF);
-    EXPECT_EQ(frame->pixels[10 + 2 * 640], 0xFF000000);
-    EXPECT_EQ(frame->pixels[9 + 3 * 640], 0xFF000000);
-    link->set_repaint(nullptr);
-    EXPECT_EQ(copy(), display_result::failed) << "without a window";
-}
-
 // Surfaces are released on the window thread while the render thread may be drawing.
 TEST_F(DesktopDisplay, AReleaseWaitsForTheFrameThatIsBeingDrawn) {
     for (int round = 0; round < 20; ++round) {

@@ -1,10 +1,8 @@
-// Keys by their place, what is held, and what is let go when the keyboard goes elsewhere.
+// Keys by their place. What is held and let go is tested with the window.
 #include "platform/desktop/key_map.h"
 
-#include <algorithm>
 #include <gtest/gtest.h>
 #include <set>
-#include <string>
 
 using namespace platform;
 
@@ -42,32 +40,6 @@ TEST(KeyMap, RowsOfAJapaneseKeyboardAndEveryKeyOfTheMachine) {
     for (uint32_t code = 0; code < 256; ++code)
         if (!japanese_only.contains(code)) machine.erase(virtual_key_of_evdev(code));
     EXPECT_TRUE(machine.empty()) << std::hex << "no key for virtual key 0x" << *machine.begin();
-}
-
-TEST(KeyTracker, OneReleaseAKeyAndTheSameOneAndNoCommandWhenTheKeyboardGoes) {
-    key_tracker t;
-    EXPECT_TRUE(t.press(1, 'A'));
-    EXPECT_FALSE(t.press(1, 'A')) << "a repeat";
-    EXPECT_EQ(t.release(1), uint32_t{'A'});
-    EXPECT_EQ(t.release(1), 0u) << "never pressed here";
-    // Both Shift keys: up when the last one is.
-    t.press(2, vk_shift);
-    t.press(3, vk_shift);
-    EXPECT_EQ(t.release(2), 0u);
-    EXPECT_TRUE(t.is_held(vk_shift));
-    EXPECT_EQ(t.release(3), vk_shift);
-
-    uint32_t id = 0;
-    for (const uint32_t key : {0x41u, vk_shift, vk_shift, vk_pause, vk_end, vk_f6, vk_f12, 0x70u})
-        t.press(++id, key);
-    EXPECT_EQ(t.release_all(), (std::vector<uint32_t>{'A', vk_shift, 0x70}));
-    for (; id != 0; --id) EXPECT_EQ(t.release(id), 0u) << "the release that comes later, of key " << id;
-    // Keys without a scan code: "@", let go as "2" after Shift.
-    t.press(5, 'Q');
-    t.press(0x10010, vk_shift);
-    t.press(0x100C0, 0xC0);
-    EXPECT_EQ(t.release_from(0x10000), std::vector<uint32_t>{0xC0});
-    EXPECT_TRUE(t.is_held('Q') && t.is_held(vk_shift));
 }
 
 } // namespace
