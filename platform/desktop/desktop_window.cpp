@@ -182,7 +182,7 @@ desktop_window::desktop_window(const window_options &options, window_listener &h
 desktop_window::~desktop_window() {
     link->set_repaint(nullptr);
     gone = true;
-    frame.reset(); // a frame that goes while it has the keyboard says so to the rest of this object
+    frame.reset(); // before the members that its widgets' events use
     const std::lock_guard lock(receiver_mutex);
     inbox.reset();
 }
