@@ -120,7 +120,7 @@ class profile_text {
         for (size_t at = body.begin; at < body.end; at++) {
             const std::string_view line = trimmed_line(at);
             const size_t equals = line.find('=');
-            if (equals == std::string_view::npos || line.starts_with(';')) continue;
+            if (equals == std::string_view::npos) continue;
             if (same_name(trimmed(line.substr(0, equals)), key)) return at;
         }
         return lines.size();
