@@ -205,7 +205,6 @@ void set_frame_geometry(int32_t width, int32_t height, uint32_t pitch) {
                left = static_cast<uint32_t>(geometry.frame_left);
     for (uint32_t k = 0; k < 20; ++k) geometry.row_offset20[k] = (top + 20 * k) * pitch + left;
     for (uint32_t k = 0; k < 25; ++k) geometry.row_offset25[k] = (top + 16 * k) * pitch + left;
-    for (uint32_t k = 0; k < 20; ++k) geometry.line_offset[k] = k * pitch;
 }
 
 uint32_t compose_frame(uint32_t format) {

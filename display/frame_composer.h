@@ -86,7 +86,6 @@ struct frame_geometry {
     int32_t frame_top, frame_left; // where the 640 x 400 picture sits in the surface
     uint32_t row_offset20[20];
     uint32_t row_offset25[25];
-    uint32_t line_offset[20];
 };
 
 extern frame_geometry geometry;

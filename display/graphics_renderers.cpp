@@ -165,10 +165,9 @@ void draw_graphics8(uint32_t) { draw_planes<uint8_t>(machine.even_index, machine
 void draw_graphics32(uint32_t) { draw_planes<uint32_t>(machine.even_rgb, machine.odd_rgb); }
 
 template <class Pixel> void clear(uint32_t) {
-    auto *const pixels = static_cast<Pixel *>(geometry.frame_pixels);
-    for (const uint32_t row : geometry.row_offset20)
-        for (const uint32_t line : geometry.line_offset)
-            std::memset(pixels + row + line, 0, frame_width * sizeof(Pixel));
+    Pixel *line = first_pixel<Pixel>();
+    for (int y = 0; y < frame_height; ++y, line += geometry.frame_pitch)
+        std::memset(line, 0, frame_width * sizeof(Pixel));
 }
 
 } // namespace
