@@ -79,9 +79,9 @@ TEST_F(kiv_run, FixedDateAndSeedGiveTheSameBytes) {
     ASSERT_EQ(a.code, 0) << a.err;
     EXPECT_EQ(a.out, b.out);
     for (const char *kind : {".png", ".wav", ".kiv"}) {
-        const std::string bytes = get_file(folder / ("a" + std::string(kind)));
+        const std::string bytes = get_file(folder / std::string("a").append(kind));
         EXPECT_FALSE(bytes.empty()) << kind;
-        EXPECT_EQ(bytes, get_file(folder / ("b" + std::string(kind)))) << kind;
+        EXPECT_EQ(bytes, get_file(folder / std::string("b").append(kind))) << kind;
     }
     EXPECT_EQ(get_file(folder / "a.kiv").size(), 32612u);
 }
