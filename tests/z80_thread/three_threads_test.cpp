@@ -2,14 +2,9 @@
 // thread pauses, resets, rebuilds the display and changes what it may change at any time. For ThreadSanitizer
 // as much as for the assertions. KIV_STRESS sets the number of actions (default 300).
 #include "cpu/z80_thread.h"
-#include "display/kiv_directx.h"
-#include "machine/kiv_machine.h"
 #include "platform/clock.h"
-#include "platform/headless/headless_host.h"
-#include "support/main_window.h"
-#include <algorithm>
+#include "tests/presentation/presentation_fixture.h"
 #include <cstdlib>
-#include <gtest/gtest.h>
 #include <random>
 
 namespace {
@@ -27,26 +22,6 @@ constexpr uint8_t program[] = {
 };
 constexpr uint8_t interrupt_entries[] = {0x00, 0x02, 0x00, 0x02, 0x00, 0x02};
 constexpr uint8_t interrupt_routine[] = {0xFB, 0xC9}; // EI; RET
-
-struct silent_window : platform::window_listener {
-    int64_t window_proc(platform::host_window &, const platform::message &, bool &handled) override {
-        handled = false;
-        return 0;
-    }
-};
-
-struct program_window : main_window {
-    platform::host_window *window = nullptr;
-    std::atomic<int> aborts{0};
-    void post(uint32_t, uint64_t, uint64_t) override { ++aborts; }
-    void set_full_screen_style(int, int) override { window->set_framed(false); }
-    void set_window_style(int width, int height) override {
-        window->set_framed(true);
-        window->resize_client(width, height);
-        window->centre();
-        window->show();
-    }
-};
 
 struct quick_thread : z80_thread {
     quick_thread() { start_delay_ms = 0; }
@@ -72,28 +47,26 @@ void text_screen_on() {
     machine.dma_mode(0xE4);
 }
 
-TEST(three_threads, survive_everything_that_a_person_can_do) {
+class three_threads : public presentation_test {
+  protected:
+    void post(uint32_t, uint64_t, uint64_t) override { ++aborts; }
+    std::atomic<int> aborts{0};
+};
+
+TEST_F(three_threads, survive_everything_that_a_person_can_do) {
     const char *set = std::getenv("KIV_STRESS");
     const int actions = set == nullptr ? 300 : std::max(1, std::atoi(set));
     platform::set_current_thread_affinity(1);
-    platform::headless_host host;
-    silent_window listener;
-    program_window form;
-    form.window = host.create_window({"", 0, 0, 640, 400}, listener);
-    ASSERT_NE(form.window, nullptr);
-    the_main_window = &form;
     host.sound.set_record_limit(1000);
-
-    auto directx = std::make_unique<kiv_directx>(host);
-    auto cpu = std::make_unique<quick_thread>();
     host_callbacks_listen(directx_host_callbacks());
     z80_install(main_cpu, mem_read, mem_write, io_in, io_out);
     machine_init(
         machine, [] { video_section.enter(); }, [] { video_section.leave(); });
     load_program();
+    auto cpu = std::make_unique<quick_thread>();
     const auto sync = platform::event::create("SYNC"), ack = platform::event::create("ACK");
     ASSERT_EQ(cpu->init(), 1);
-    ASSERT_EQ(directx->init(*form.window, 1), 1);
+    ASSERT_EQ(init(), 1);
     directx->setSoftVolume(1);
     directx->restore_surfaces();
     text_screen_on();
@@ -148,7 +121,7 @@ TEST(three_threads, survive_everything_that_a_person_can_do) {
     }
     EXPECT_TRUE(host.screen.wait_for_frame(host.screen.shown().number + 2, 5000)) << "frames go on";
     EXPECT_GT(host.sound.unlocks(), 1u);
-    EXPECT_EQ(form.aborts, 0) << "at " << std::hex << main_cpu.trace_pc;
+    EXPECT_EQ(aborts, 0) << "at " << std::hex << main_cpu.trace_pc;
     EXPECT_LT(longest_pause, 2500u); // a lost wake-up takes 5000
     std::printf("%d actions, %u screen changes, %llu frames shown, longest pause %u ms\n", actions, screens,
                 static_cast<unsigned long long>(host.screen.shown().number), longest_pause);
@@ -161,9 +134,6 @@ TEST(three_threads, survive_everything_that_a_person_can_do) {
     cpu->stop();
     EXPECT_EQ(cpu->is_running(), 0u);
     directx->release();
-    directx.reset();
-    cpu.reset();
-    the_main_window = nullptr;
 }
 
 } // namespace
