@@ -34,8 +34,6 @@ constexpr uint16_t index_defined[16] = {0x0200, 0x0200, 0x7E7E, 0x0270, 0x7070, 
 class z80_reference {
   public:
     z80_reference() {
-        for (int i = 0; i < 3; ++i) put_pair(i, *words[i]);
-        put_af(s.AF);
         s.step_cycles = s.m1_count = s.wait_count = s.wait_count2 = 0;
         s.trace_pc = s.PC;
         s.r_counter = static_cast<uint8_t>(s.r_counter + 1);
@@ -46,7 +44,6 @@ class z80_reference {
         case 0xFD: group_index(s.IY); break;
         default: unprefixed(op); break;
         }
-        for (int i = 0; i < 3; ++i) *words[i] = word(pair(i));
         s.AF = af();
         s.total_cycles += s.step_cycles;
     }
@@ -61,10 +58,9 @@ class z80_reference {
     };
 
     z80_cpu &s = z80_bench::cpu;
-    uint16_t *const words[3] = {&s.BC, &s.DE, &s.HL};
-    int r[8]; // B C D E H L - A
-    int f;
-    int place = -1; // address of the operand that the opcode calls (HL), where it is not HL
+    int a = s.AF >> 8, f = s.AF & 0xFF;
+    uint16_t *hl = &s.HL; // what the opcode calls HL
+    int place = -1;       // address of the operand that it calls (HL), where that is not HL
 
     static uint16_t word(int v) { return static_cast<uint16_t>(v); }
 
@@ -103,32 +99,34 @@ class z80_reference {
         return read_word(s.SP - 2);
     }
 
-    // Registers.
-    int pair(int i) const { return i == 3 ? s.SP : r[2 * i] << 8 | r[2 * i + 1]; }
-    void put_pair(int i, int v) {
-        if (i == 3)
-            s.SP = word(v);
-        else
-            r[2 * i] = v >> 8 & 0xFF, r[2 * i + 1] = v & 0xFF;
+    // Registers: BC DE HL SP, and B C D E H L (HL) A.
+    uint16_t &pair(int i) { return i == 0 ? s.BC : i == 1 ? s.DE : i == 2 ? *hl : s.SP; }
+    uint16_t af() const { return word(a << 8 | f); }
+    void put_af(int v) { a = v >> 8, f = v & 0xFF; }
+    int operand_place() const { return place < 0 ? *hl : place; }
+    int get(int i) {
+        if (i >= 6) return i == 6 ? read(operand_place()) : a;
+        return i % 2 == 0 ? pair(i / 2) >> 8 : pair(i / 2) & 0xFF;
     }
-    uint16_t af() const { return word(r[7] << 8 | f); }
-    void put_af(int v) { r[7] = v >> 8, f = v & 0xFF; }
-    int operand_place() const { return place < 0 ? pair(2) : place; }
-    int get(int i) { return i == 6 ? read(operand_place()) : r[i]; }
-    void put(int i, int v) { i == 6 ? write(operand_place(), v) : void(r[i] = v & 0xFF); }
+    void put(int i, int v) {
+        if (i == 6) return write(operand_place(), v);
+        if (i == 7) return void(a = v);
+        uint16_t &whole = pair(i / 2);
+        whole = word(i % 2 == 0 ? (v & 0xFF) << 8 | (whole & 0xFF) : (whole & 0xFF00) | (v & 0xFF));
+    }
 
     // Flags, each by its definition.
     static int sz53(int v) { return (v & (S | F53)) | (v == 0 ? Z : 0); }
     static int parity(int v) { return std::popcount(static_cast<unsigned>(v)) % 2 == 0 ? PV : 0; }
     static int sign(int v, int bits) { return v >= 1 << (bits - 1) ? v - (1 << bits) : v; }
 
-    // a + n + c or a - n - c in `bits` bits; of the flags it sets H, P/V, N and C and clears the others.
-    int sum(int a, int n, int c, int bits, bool subtract) {
+    // m + n + c or m - n - c in `bits` bits; of the flags it sets H, P/V, N and C and clears the others.
+    int sum(int m, int n, int c, int bits, bool subtract) {
         const int d = subtract ? -1 : 1;
         const int low = (1 << (bits - 4)) - 1;
-        const int whole = a + d * (n + c);
-        const int half = (a & low) + d * ((n & low) + c);
-        const int value = sign(a, bits) + d * (sign(n, bits) + c);
+        const int whole = m + d * (n + c);
+        const int half = (m & low) + d * ((n & low) + c);
+        const int value = sign(m, bits) + d * (sign(n, bits) + c);
         f = (half < 0 || half > low ? H : 0) | (subtract ? N : 0);
         if (value < -(1 << (bits - 1)) || value >= 1 << (bits - 1)) f |= PV;
         if (whole < 0 || whole >= 1 << bits) f |= C;
@@ -136,12 +134,12 @@ class z80_reference {
     }
     // ADD ADC SUB SBC AND XOR OR CP
     void alu(int kind, int n) {
-        const int a = r[7], logic[] = {a & n, a ^ n, a | n};
+        const int logic[] = {a & n, a ^ n, a | n};
         const bool logical = kind >= 4 && kind < 7, compares = kind == 7;
         const int carry = kind == 1 || kind == 3 ? f & C : 0;
         const int result = logical ? logic[kind - 4] : sum(a, n, carry, 8, kind >= 2);
         if (logical) f = parity(result) | (kind == 4 ? H : 0);
-        if (!compares) r[7] = result;
+        if (!compares) a = result;
         f |= (sz53(result) & ~F53) | ((compares ? n : result) & F53);
     }
     int stepped(int v, bool down) {
@@ -161,7 +159,6 @@ class z80_reference {
         return results[kind];
     }
     void daa() {
-        int &a = r[7];
         const int high = a / 16, low = a % 16;
         int correction = 0;
         if ((f & H) || low > 9) correction += 0x06;
@@ -177,19 +174,19 @@ class z80_reference {
         if (y == 4) return daa();
         int kept = f & (S | Z | PV);
         if (y < 4) {
-            r[7] = shift(y, r[7]);
+            a = shift(y, a);
             kept |= f & C;
         } else if (y == 5) {
-            r[7] = 255 - r[7];
+            a = 255 - a;
             kept |= (f & C) | H | N;
         } else {
             kept |= y == 6 || (f & C) == 0 ? C : H;
         }
-        f = kept | (r[7] & F53);
+        f = kept | (a & F53);
     }
-    int add_word(int a, int n) {
+    int add_word(int m, int n) {
         const int kept = f & (S | Z | PV);
-        const int result = sum(a, n, 0, 16, false);
+        const int result = sum(m, n, 0, 16, false);
         f = kept | (result >> 8 & F53) | (f & (H | C));
         return result;
     }
@@ -222,19 +219,19 @@ class z80_reference {
         switch (z) {
         case 0:
             if (y == 1) put_af(std::exchange(s.AF_alt, af()));
-            if (y == 2) r[0] = (r[0] + 255) % 256;
-            if (y >= 2) relative(y == 2 ? r[0] != 0 : y == 3 || condition(y - 4), y == 2 ? 8 : 7);
+            if (y == 2) put(0, get(0) - 1);
+            if (y >= 2) relative(y == 2 ? get(0) != 0 : y == 3 || condition(y - 4), y == 2 ? 8 : 7);
             return;
-        case 1: q == 0 ? put_pair(p, operand()) : put_pair(2, add_word(pair(2), pair(p))); return;
+        case 1: q == 0 ? void(pair(p) = word(operand())) : void(*hl = word(add_word(*hl, pair(p)))); return;
         case 2: {
             const int address = p < 2 ? pair(p) : operand();
             if (p == 2)
-                q == 0 ? write_word(address, pair(2)) : put_pair(2, read_word(address));
+                q == 0 ? write_word(address, *hl) : void(*hl = word(read_word(address)));
             else
-                q == 0 ? write(address, r[7]) : void(r[7] = read(address));
+                q == 0 ? write(address, a) : void(a = read(address));
             return;
         }
-        case 3: put_pair(p, pair(p) + (q == 0 ? 1 : -1)); return;
+        case 3: pair(p) = word(pair(p) + (q == 0 ? 1 : -1)); return;
         case 6: put(y, byte()); return;
         case 7: accumulator(y); return;
         default: put(y, stepped(get(y), z == 5)); return;
@@ -249,11 +246,11 @@ class z80_reference {
         case 0: condition(y) ? jump(pop()) : void(s.step_cycles = 5); return;
         case 1:
             if (q == 0)
-                p == 3 ? put_af(pop()) : put_pair(p, pop());
+                p == 3 ? put_af(pop()) : void(pair(p) = word(pop()));
             else if (p == 1)
-                exchange_sets();
+                std::swap(s.BC, s.BC_alt), std::swap(s.DE, s.DE_alt), std::swap(s.HL, s.HL_alt);
             else
-                p == 0 ? jump(pop()) : p == 2 ? jump(pair(2)) : put_pair(3, pair(2));
+                p == 0 ? jump(pop()) : p == 2 ? jump(*hl) : void(s.SP = *hl);
             return;
         case 2: {
             const int target = operand();
@@ -271,26 +268,22 @@ class z80_reference {
     }
     // JP - OUT IN EX(SP) EX(DE) DI EI
     void one_of_a_kind(int y) {
-        const int de = pair(1), hl = pair(2);
+        const uint16_t pushed = *hl;
         switch (y) {
         case 0: jump(operand()); return;
-        case 2: s.io_out(word(r[7] << 8 | byte()), static_cast<uint8_t>(r[7])); return;
-        case 3: r[7] = s.io_in(word(r[7] << 8 | byte())); return;
+        case 2: s.io_out(word(a << 8 | byte()), static_cast<uint8_t>(a)); return;
+        case 3: a = s.io_in(word(a << 8 | byte())); return;
         case 4:
-            put_pair(2, read_word(s.SP));
-            write_word(s.SP, hl);
+            *hl = word(read_word(s.SP));
+            write_word(s.SP, pushed);
             return;
-        case 5: put_pair(1, hl), put_pair(2, de); return;
+        case 5: std::swap(s.DE, s.HL); return;
         default: s.IFF1 = s.IFF2 = y == 7; return;
         }
     }
     void call(int target) {
         push(s.PC);
         jump(target);
-    }
-    void exchange_sets() {
-        uint16_t *const others[] = {&s.BC_alt, &s.DE_alt, &s.HL_alt};
-        for (int i = 0; i < 3; ++i) put_pair(i, std::exchange(*others[i], word(pair(i))));
     }
 
     // What the operation byte of the CB groups makes of v. BIT leaves it alone.
@@ -312,7 +305,7 @@ class z80_reference {
         s.step_cycles = op.x == 1 ? 20 : 23;
         const int result = bits(op, v);
         if (op.x != 1) write(place, result);
-        if (op.x == 0 && op.z != 6) r[op.z] = result;
+        if (op.x == 0 && op.z != 6) put(op.z, result); // not (HL): the real H and L
     }
     void group_index(uint16_t &index) {
         const int op = opcode();
@@ -326,12 +319,9 @@ class z80_reference {
             s.step_cycles += op == 0x36 ? 9 : 12;
             return;
         }
-        const int hl = pair(2);
-        put_pair(2, index);
+        hl = &index;
         unprefixed(op);
         s.step_cycles += 4;
-        index = word(pair(2));
-        put_pair(2, hl);
     }
 
     void group_ed() {
@@ -343,15 +333,19 @@ class z80_reference {
         static const uint8_t cycles[] = {12, 12, 15, 20, 8, 14, 8, 9};
         s.step_cycles = z == 7 && y >= 4 ? 18 : cycles[z];
         switch (z) {
-        case 0: r[y] = s.io_in(word(pair(0))), f = sz53(r[y]) | parity(r[y]) | (f & C); return;
-        case 1: s.io_out(word(pair(0)), static_cast<uint8_t>(r[y])); return;
-        case 2: {
-            const int result = sum(pair(2), pair(p), f & C, 16, q == 0);
-            f |= (result >> 8 & (S | F53)) | (result == 0 ? Z : 0);
-            return put_pair(2, result);
+        case 0: {
+            const int v = s.io_in(s.BC);
+            f = sz53(v) | parity(v) | (f & C);
+            return put(y, v);
         }
-        case 3: q == 0 ? write_word(operand(), pair(p)) : put_pair(p, read_word(operand())); return;
-        case 4: r[7] = sum(0, r[7], 0, 8, true), f |= sz53(r[7]); return;
+        case 1: s.io_out(s.BC, static_cast<uint8_t>(get(y))); return;
+        case 2: {
+            const int result = sum(s.HL, pair(p), f & C, 16, q == 0);
+            f |= (result >> 8 & (S | F53)) | (result == 0 ? Z : 0);
+            return void(s.HL = word(result));
+        }
+        case 3: q == 0 ? write_word(operand(), pair(p)) : void(pair(p) = word(read_word(operand()))); return;
+        case 4: a = sum(0, a, 0, 8, true), f |= sz53(a); return;
         case 5:
             jump(pop());
             if (y == 0) s.IFF1 = s.IFF2;
@@ -359,34 +353,34 @@ class z80_reference {
         case 6: s.IM = static_cast<uint8_t>(y == 0 ? 0 : y - 1); return;
         default: break;
         }
-        if (y == 0) s.I = static_cast<uint8_t>(r[7]);
+        if (y == 0) s.I = static_cast<uint8_t>(a);
         if (y == 2 || y == 3) {
-            r[7] = y == 2 ? s.I : s.r_table[s.r_counter];
-            f = sz53(r[7]) | (s.IFF2 ? PV : 0) | (f & C);
+            a = y == 2 ? s.I : s.r_table[s.r_counter];
+            f = sz53(a) | (s.IFF2 ? PV : 0) | (f & C);
         }
         if (y >= 4) {
-            const int all = (r[7] & 15) * 256 + read(pair(2)); // three nibbles in a ring
+            const int all = (a & 15) * 256 + read(s.HL); // three nibbles in a ring
             const int turned = y == 4 ? all % 16 * 256 + all / 16 : all * 16 % 4096 + all / 256;
-            r[7] = (r[7] & 0xF0) + turned / 256;
-            write(pair(2), turned % 256);
-            f = sz53(r[7]) | parity(r[7]) | (f & C);
+            a = (a & 0xF0) + turned / 256;
+            write(s.HL, turned % 256);
+            f = sz53(a) | parity(a) | (f & C);
         }
     }
     void block(bool compare, int step, bool repeats) {
-        const int v = read(pair(2)), before = f;
-        put_pair(0, pair(0) - 1);
-        put_pair(2, pair(2) + step);
-        const int left = pair(0) != 0 ? PV : 0;
+        const int v = read(s.HL), before = f;
+        s.BC = word(s.BC - 1);
+        s.HL = word(s.HL + step);
+        const int left = s.BC != 0 ? PV : 0;
         bool again = left != 0;
         if (compare) {
-            const int result = sum(r[7], v, 0, 8, true);
+            const int result = sum(a, v, 0, 8, true);
             const int shown = result - ((f & H) ? 1 : 0);
             f = (sz53(result) & ~F53) | (f & H) | (shown & F53) | left | N | (before & C);
             again = again && result != 0;
         } else {
-            write(pair(1), v);
-            put_pair(1, pair(1) + step);
-            f = (before & (S | Z | C)) | ((r[7] + v) & F53) | left;
+            write(s.DE, v);
+            s.DE = word(s.DE + step);
+            f = (before & (S | Z | C)) | ((a + v) & F53) | left;
         }
         again = again && repeats;
         s.step_cycles = again ? 21 : 16;
