@@ -97,8 +97,6 @@ void frame_composer::randomise_memory() {
 void frame_composer::randomise_ports() {
     out(0x30, {random.byte()});
     out(0x31, {random.byte()});
-    crtc(0x00, {0xCE, random() % 2 ? 0x18 : 0x13});
-    crtc(0x20 | static_cast<int>(random() % 2));
     crtc(0x80 | static_cast<int>(random() % 4 != 0),
          {static_cast<int>(random() % 128), static_cast<int>(random() % 27)});
     for (uint8_t port = 0x54; port <= 0x5B; ++port) out(port, {random.byte()});

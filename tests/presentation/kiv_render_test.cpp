@@ -69,18 +69,16 @@ TEST_F(kiv_render_test, frames_that_pile_up_are_drawn_once) {
 
 TEST_F(kiv_render_test, figures_come_once_a_second) {
     ASSERT_EQ(render.create_thread(0), 1);
-    stat_fps = -1;
-    const auto before = steady_clock::now();
-    while (stat_fps == -1) {
-        draw_frame();
-        std::this_thread::sleep_for(milliseconds(10));
+    auto posted = steady_clock::now();
+    for (int period = 0; period < 2; ++period) {
+        const auto begin = posted;
+        for (stat_fps = -1; stat_fps == -1; std::this_thread::sleep_for(milliseconds(10))) {
+            posted = steady_clock::now();
+            draw_frame();
+        }
+        EXPECT_GE(steady_clock::now() - begin, milliseconds(990));
+        EXPECT_TRUE(stat_sys_mhz > 0 && stat_sys_mhz <= 3.994 && stat_fps <= 101 && stat_lpf >= 12);
     }
-    EXPECT_GE(steady_clock::now() - before, milliseconds(950));
-    EXPECT_TRUE(stat_sys_mhz > 0 && stat_sys_mhz <= 3.994 && stat_fps <= 101 && stat_lpf >= 24);
-    stat_fps = -1; // the next period has only begun
-    draw_frame();
-    draw_frame();
-    EXPECT_EQ(stat_fps, -1);
 }
 
 // The picture's object goes first; frames that are asked for afterwards are not drawn.
