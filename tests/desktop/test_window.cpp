@@ -70,22 +70,6 @@ class DesktopWindow : public DesktopHost {
     }
 };
 
-TEST_F(DesktopWindow, TheMenuStandsOutsideOfTheClientArea) {
-    for (const char *again : {"Kivの設定", "once more"}) // toggling the screen does it again
-        window->insert_menu_item(0, 1, again);
-    window->insert_menu_item(0, 2, "Kivについて");
-    run_for(20);
-    EXPECT_EQ(view()->size(), QSize(640, 400));
-    EXPECT_EQ(frame()->minimumSize(), frame()->maximumSize()) << "of fixed size";
-    EXPECT_EQ(frame()->menuBar()->height() + 400, frame()->height());
-    const QList<QAction *> items = frame()->menuBar()->actions().at(0)->menu()->actions();
-    ASSERT_EQ(items.size(), 2);
-    EXPECT_EQ(items[0]->text().toStdString(), "Kivについて");
-    items[1]->trigger();
-    run_for(10);
-    EXPECT_EQ(listener.take(), "112 1 0");
-}
-
 TEST_F(DesktopWindow, PostedMessagesArriveInOrderAndAfterTheDialog) {
     std::thread([&] {
         for (uint64_t i = 0; i < 100; ++i) window->post(wm_private + 2, i, 7);
@@ -213,7 +197,8 @@ TEST_F(DesktopWindow, AnInvalidWindowIsPaintedOverTheFrames) {
 }
 
 TEST_F(DesktopWindow, FullScreenAndBack) {
-    window->insert_menu_item(0, 2, "Kivについて");
+    for (int i = 0; i < 2; ++i) window->insert_menu_item(0, 2, "Kivについて"); // every window mode does
+    EXPECT_EQ(frame()->menuBar()->actions().at(0)->menu()->actions().size(), 1);
     start_display(false);
     show_frame(0x112233);
     const QPoint before = frame()->pos();
@@ -238,7 +223,9 @@ TEST_F(DesktopWindow, FullScreenAndBack) {
     run_for(400);
     EXPECT_FALSE(frame()->isFullScreen());
     EXPECT_TRUE(view()->size() == QSize(640, 400) && frame()->pos() == before);
-    EXPECT_TRUE(frame()->menuBar()->isVisible());
+    EXPECT_EQ(frame()->menuBar()->height() + 400, frame()->height())
+        << "the menu stands outside of the picture";
+    EXPECT_EQ(frame()->minimumSize(), frame()->maximumSize());
     // A mode that ends without a window mode after it does not leave a black screen.
     start_display(true);
     host->get_display().restore_mode();
