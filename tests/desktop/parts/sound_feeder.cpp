@@ -166,6 +166,11 @@ TEST(SoundFeeder, GainStopAndPlayBringNoClickAndNoOldSamples) {
     s.run(2.5);
     EXPECT_LE(s.greatest, 100);
     EXPECT_EQ(s.last, -10000);
+    s.feeder.stop(); // and at once
+    s.feeder.start();
+    s.run(3);
+    EXPECT_EQ(s.last, -10000);
+    EXPECT_EQ(s.feeder.get_figures().underruns, 0u);
     EXPECT_LT(s.worst_step, 400) << "a cut is bridged";
     // A device that stops asking holds nobody up, and coming back as another it hears nothing old.
     for (int i = 0; i < 1000; ++i) s.push_slice();
