@@ -12,6 +12,7 @@
 #include <QtWidgets/QDialogButtonBox>
 #include <QtWidgets/QFileDialog>
 #include <QtWidgets/QGridLayout>
+#include <QtWidgets/QHeaderView>
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QLineEdit>
 #include <QtWidgets/QMessageBox>
@@ -19,6 +20,7 @@
 #include <QtWidgets/QPushButton>
 #include <QtWidgets/QScrollBar>
 #include <QtWidgets/QSlider>
+#include <QtWidgets/QTreeView>
 #include <algorithm>
 #include <set>
 
@@ -27,7 +29,7 @@ namespace platform {
 namespace {
 
 constexpr int icon_size = 32;
-constexpr int help_lines_shown = 26;
+constexpr int help_lines_shown = 30;
 constexpr int most_ticks = 20; // a tick at every position up to this many
 
 QString text_of(const std::string &text) { return QString::fromStdString(text); }
@@ -71,7 +73,11 @@ class file_chooser : public QFileDialog {
             name->selectAll();
             name->setFocus();
         }
-        resize(680, 440);
+        if (auto *list = findChild<QTreeView *>(QStringLiteral("treeView"))) { // dates and sizes whole
+            list->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+            list->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+        }
+        resize(720, 440);
     }
 
     void accept() override {
@@ -277,10 +283,13 @@ void run_help_dialog(QWidget *owner, const help_dialog &dialog) {
     all->addLayout(bottom);
     help->setFocus(Qt::OtherFocusReason); // for the scrolling keys; takes no selection along
 
+    // Whole lines, the widest one included.
+    const QMargins margins = all->contentsMargins();
+    const int height = metrics.lineSpacing() * help_lines_shown + edge -
+                       static_cast<int>(help->document()->documentMargin()); // none below a cut text
     box.resize(widest + edge + help->verticalScrollBar()->sizeHint().width() +
-                   metrics.averageCharWidth() * 2 + all->contentsMargins().left() +
-                   all->contentsMargins().right(),
-               metrics.lineSpacing() * help_lines_shown + 120);
+                   metrics.averageCharWidth() * 2 + margins.left() + margins.right(),
+               box.sizeHint().height() - help->sizeHint().height() + height);
     box.exec();
 }
 
