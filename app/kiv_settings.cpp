@@ -47,11 +47,12 @@ int kiv_form::load_settings_file() {
         read_settings(settings_section);
         return 1;
     }
-    const std::string reason = platform::last_file_error();
+    const std::string not_opened = platform::last_file_error();
     if (!file.create_new(ini_path.c_str(), 0)) {
-        // The file that is there cannot be written: what kept it from opening says more than that it exists.
+        const std::string not_made = platform::last_file_error();
+        // Of a file that is there, what kept it from opening says more than that it exists.
         trace("load_settings_file: %s: %s", ini_path.c_str(),
-              platform::file_exists(ini_path) ? reason.c_str() : platform::last_file_error().c_str());
+              platform::file_exists(ini_path) ? not_opened.c_str() : not_made.c_str());
         return 0;
     }
     file.close();

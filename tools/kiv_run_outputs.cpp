@@ -6,9 +6,12 @@
 #include "tools/kiv_run_options.h"
 
 #include <array>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <png.h>
+#include <unistd.h>
 #include <vector>
 
 // ---- pictures ----------------------------------------------------------------------------------------
@@ -144,6 +147,9 @@ void file_aside::open(const std::string &path) {
     const fs::file_status status = fs::status(path, error); // of what a link leads to
     if (fs::is_directory(status)) throw run_failure(path + ": Is a directory");
     if (fs::exists(status) && !fs::is_regular_file(status)) throw run_failure(path + ": not a regular file");
+    // The rename asks only the folder; a file that was made read-only stays as it is all the same.
+    if (fs::exists(status) && access(path.c_str(), W_OK) != 0)
+        throw run_failure(path + ": " + std::strerror(errno));
     const fs::path real = fs::is_symlink(path, error) ? fs::canonical(path, error) : fs::path(path);
     target = real.empty() ? path : real.string();
     aside = target + ".part";
