@@ -2,7 +2,6 @@
 #include "platform/resources.h"
 #include "support/kel_dib.h"
 #include "tests/fuzz/fuzz_targets.h"
-#include "tests/fuzz/scratch_file.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -35,24 +34,21 @@ uint32_t look_at_all(kel_dib &bitmap) {
 } // namespace
 
 int fuzz_settings(const uint8_t *data, size_t size) {
-    static scratch_file file(".ini");
-    file.fill(data, size);
+    const std::string file = put_input("KIV.INI", data, size);
     for (const char *key : {"z80_no_wait", "dma_gain", "hard_volume", "soft_volume", "boot_rom", ""})
-        platform::profile_int(file.path(), "Default", key, -4);
-    if (!platform::write_profile(file.path(), "Default", {{"dma_gain", "17"}, {"hard_volume", "-9"}}))
-        std::abort();
+        platform::profile_int(file, "Default", key, -4);
+    if (!platform::write_profile(file, "Default", {{"dma_gain", "17"}, {"hard_volume", "-9"}})) std::abort();
     // Whatever stood in the file, what was written is what is read.
-    if (platform::profile_int(file.path(), "default", "DMA_GAIN", 0) != 17) std::abort();
-    if (platform::profile_int(file.path(), "Default", "hard_volume", 0) != -9) std::abort();
+    if (platform::profile_int(file, "default", "DMA_GAIN", 0) != 17) std::abort();
+    if (platform::profile_int(file, "Default", "hard_volume", 0) != -9) std::abort();
     return 0;
 }
 
 int fuzz_bitmap(const uint8_t *data, size_t size) {
-    static scratch_file file(".bmp");
     static volatile uint32_t seen; // so that nothing of the looking is left out
-    file.fill(data, size);
+    const std::string file = put_input("picture.bmp", data, size);
     kel_dib bitmap;
-    if (bitmap.load_file(file.path())) seen = seen + look_at_all(bitmap);
+    if (bitmap.load_file(file)) seen = seen + look_at_all(bitmap);
     bitmap.unload();
     // The same bytes without the file's header, in a block of just that size, where a read past the end
     // shows.

@@ -5,8 +5,16 @@
 // of its own mutations through the same functions in every build.
 #pragma once
 
+#include "tests/temporary_folder.h"
 #include <cstddef>
 #include <cstdint>
+
+// The input as a file, in a folder that goes with the process; its path.
+inline std::string put_input(const char *name, const uint8_t *data, size_t size) {
+    static const temporary_folder folder;
+    put_file(folder / name, {reinterpret_cast<const char *>(data), size});
+    return folder / name;
+}
 
 int fuzz_tape(const uint8_t *data, size_t size);     // a tape image, read by every way a program can
 int fuzz_dump(const uint8_t *data, size_t size);     // a memory dump, then ten frames of it running

@@ -1,7 +1,6 @@
 #include "machine/machine_pass.h"
 #include "machine/memory_dump.h"
 #include "tests/fuzz/fuzz_targets.h"
-#include "tests/fuzz/scratch_file.h"
 
 #include <algorithm>
 #include <cstring>
@@ -37,10 +36,9 @@ void run_frames(int frames, uint32_t passes) {
 } // namespace
 
 int fuzz_tape(const uint8_t *data, size_t size) {
-    static scratch_file file(".cmt");
-    file.fill(data, size);
+    const std::string file = put_input("tape.cmt", data, size);
     power_on();
-    if (!cassette_load_tape(file.path())) return 0;
+    if (!cassette_load_tape(file)) return 0;
     // The whole tape and a little more, polled; then records straight into memory; then fed by the deck.
     for (size_t i = 0; i < std::min<size_t>(size, 4096) + 3; ++i) io_in(0x20);
     machine.tape_position = 0;
@@ -61,13 +59,12 @@ int fuzz_tape(const uint8_t *data, size_t size) {
 }
 
 int fuzz_dump(const uint8_t *data, size_t size) {
-    static scratch_file file(".kiv");
-    file.fill(data, size);
+    const std::string file = put_input("dump.kiv", data, size);
     power_on();
     io_out(0x31, 0x33);
-    if (!memory_dump_load(file.path(), main_cpu)) return 0;
+    if (!memory_dump_load(file, main_cpu)) return 0;
     run_frames(10, 200'000);
-    memory_dump_save(file.path(), main_cpu);
+    memory_dump_save(file, main_cpu);
     return 0;
 }
 

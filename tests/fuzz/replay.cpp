@@ -4,10 +4,7 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <random>
 #include <vector>
 
@@ -34,8 +31,8 @@ std::vector<bytes> corpus_of(const char *name) {
     std::sort(files.begin(), files.end());
     std::vector<bytes> corpus;
     for (const fs::path &file : files) {
-        std::ifstream in(file, std::ios::binary);
-        corpus.emplace_back(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+        const std::string text = get_file(file);
+        corpus.emplace_back(text.begin(), text.end());
     }
     return corpus;
 }
