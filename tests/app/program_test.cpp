@@ -1,7 +1,6 @@
 // The whole program on the host in memory, used as a person uses it: keys, dialogs, files, the log.
 #include "app/program.h"
 
-#include "app/kiv_assay.h"
 #include "app/kiv_form.h"
 #include "app/kiv_help.h"
 #include "app/settings_file.h"
@@ -11,7 +10,6 @@
 #include "platform/headless/headless_host.h"
 #include "platform/instance_lock.h"
 #include "platform/resources.h"
-#include "resources/resources.h"
 #include "tests/common/whole_program.h"
 
 #include <chrono>
@@ -29,46 +27,14 @@ using platform::fault;
 constexpr uint32_t vk_shift = 0x10, vk_end = 0x23, vk_left = 0x25;
 constexpr uint32_t vk_f6 = 0x75, vk_f7 = 0x76, vk_f8 = 0x77, vk_f9 = 0x78, vk_f11 = 0x7A, vk_f12 = 0x7B;
 
-// ---- the log -----------------------------------------------------------------------------------------
-
-std::mutex log_mutex;
-std::vector<std::string> log_lines;
-
-std::vector<std::string> heard() {
-    const std::lock_guard lock(log_mutex);
-    return log_lines;
-}
-
-bool heard_line(const std::string &part) {
-    for (const std::string &line : heard())
-        if (line.find(part) != std::string::npos) return true;
-    return false;
-}
-
 // ---- the person --------------------------------------------------------------------------------------
 
 struct gave_up {};
 
 class whole_program : public testing::Test {
   protected:
-    whole_program() : came_from(fs::current_path()) {
-        write_test_roms(folder.path);
-        fs::permissions(folder.path, fs::perms::all); // for a start as somebody else
-        fs::create_directory(folder / "run");
-        fs::permissions(folder / "run", fs::perms::owner_all);
-        setenv("XDG_RUNTIME_DIR", (folder / "run").c_str(), 1); // the instance lock of this test alone
-        fs::current_path(folder.path);
-        register_program_resources();
-        log_lines.clear();
-        set_trace_listener([](const char *line) {
-            const std::lock_guard lock(log_mutex);
-            log_lines.emplace_back(line);
-        });
+    whole_program() {
         std::fill(std::begin(machine.ram), std::end(machine.ram), uint8_t{0}); // another test's screen
-    }
-    ~whole_program() override {
-        set_trace_listener(nullptr);
-        fs::current_path(came_from);
     }
 
     // Runs the program on this thread to a normal end; another one does what the person does once the machine
@@ -164,8 +130,7 @@ class whole_program : public testing::Test {
 
     platform::headless_script script;
     platform::headless_host host;
-    temporary_folder folder;
-    fs::path came_from;
+    program_folder folder;
 };
 
 // ---- from start to end -------------------------------------------------------------------------------
@@ -279,7 +244,7 @@ TEST_F(whole_program, OneDayWithEveryCommand) {
     ASSERT_EQ(dialogs.helps.size(), 1u);
     EXPECT_EQ(dialogs.helps[0].text, help_text);
     EXPECT_EQ(dialogs.settings.size(), 1u);
-    EXPECT_EQ(first_missing(heard(), log_of_a_day), "");
+    EXPECT_EQ(first_missing(folder.heard(), log_of_a_day), "");
 }
 
 // ---- settings ----------------------------------------------------------------------------------------
@@ -412,8 +377,8 @@ TEST_F(whole_program, PathsThatCannotBeTakenLoseNothing) {
         EXPECT_EQ(host.dialogs().error_boxes.size(), 3u) << "these failures are in the log only";
     });
     EXPECT_EQ(host.dialogs().error_boxes[0].text, "パス名が長すぎます");
-    EXPECT_TRUE(heard_line("dir.KIV/none/new.KIV"));
-    EXPECT_TRUE(heard_line("fewer than 32576"));
+    EXPECT_TRUE(folder.heard_line("dir.KIV/none/new.KIV"));
+    EXPECT_TRUE(folder.heard_line("fewer than 32576"));
 }
 
 // ---- activation, stops -------------------------------------------------------------------------------
@@ -443,7 +408,7 @@ TEST_F(whole_program, FullScreenPausesWhileInactiveAWindowDoesNot) {
         EXPECT_LT(window().state().cursor_count, 0);
         type('C', "ac");
     });
-    EXPECT_TRUE(heard_line("OnAppActivate: Activate without Surface"));
+    EXPECT_TRUE(folder.heard_line("OnAppActivate: Activate without Surface"));
 }
 
 TEST_F(whole_program, AStoppedProcessorEndsTheProgramWithItsMessage) {
@@ -458,7 +423,7 @@ TEST_F(whole_program, AStoppedProcessorEndsTheProgramWithItsMessage) {
         EXPECT_EQ(box.text, texts[key - '0']);
         EXPECT_EQ(box.caption, "Kivex");
         EXPECT_TRUE(box.has_owner);
-        EXPECT_TRUE(heard_line(texts[key - '0']));
+        EXPECT_TRUE(folder.heard_line(texts[key - '0']));
     }
 }
 
@@ -473,7 +438,7 @@ TEST_F(whole_program, AScreenChangeThatFailsEndsTheEmulationAndKeepsTheWindow) {
     });
     const platform::dialog_record dialogs = host.dialogs();
     EXPECT_TRUE(dialogs.save_files.empty() && dialogs.open_files.empty() && dialogs.settings.empty());
-    EXPECT_TRUE(heard_line("change_screen: exit by failed"));
+    EXPECT_TRUE(folder.heard_line("change_screen: exit by failed"));
 }
 
 TEST_F(whole_program, TheSessionMayEnd) {
@@ -483,10 +448,10 @@ TEST_F(whole_program, TheSessionMayEnd) {
         EXPECT_EQ(window().end_session_answer, 1);
         EXPECT_FALSE(program.cpu_thread->is_running());
     });
-    EXPECT_EQ(
-        first_missing(heard(), {"WM_QUERYENDSESSION", "exit: try stop z80 thread", "exit: terminating Kiv",
-                                "WM_CLOSE", "exit: try stop z80 thread", "WM_DESTROY"}),
-        "");
+    EXPECT_EQ(first_missing(folder.heard(),
+                            {"WM_QUERYENDSESSION", "exit: try stop z80 thread", "exit: terminating Kiv",
+                             "WM_CLOSE", "exit: try stop z80 thread", "WM_DESTROY"}),
+              "");
 }
 
 // ---- starts that fail --------------------------------------------------------------------------------
@@ -495,7 +460,7 @@ TEST_F(whole_program, ASecondCopyEndsAtOnce) {
     platform::instance_lock first;
     ASSERT_EQ(first.acquire("ZunMultiBootChecker"), platform::instance_lock::result::acquired);
     EXPECT_EQ(run_program(host), 1);
-    EXPECT_EQ(heard(), std::vector<std::string>{"Zun 多重起動検知"});
+    EXPECT_EQ(folder.heard(), std::vector<std::string>{"Zun 多重起動検知"});
     EXPECT_EQ(host.window(), nullptr);
 }
 
@@ -568,7 +533,7 @@ TEST_F(whole_program, AFailedStartSaysWhyAndLeavesTheHostAsItWas) {
     const auto picture = platform::find_resource(platform::resource_type::bitmap, pause_resource_id);
     for (const auto &c : cases) {
         SCOPED_TRACE(c.what);
-        log_lines.clear();
+        folder.forget();
         const size_t boxes_before = host.dialogs().error_boxes.size();
         c.before();
         {
@@ -583,13 +548,13 @@ TEST_F(whole_program, AFailedStartSaysWhyAndLeavesTheHostAsItWas) {
             EXPECT_EQ(boxes.back().caption, "Zun - Velmora");
             EXPECT_FALSE(boxes.back().has_owner);
         }
-        EXPECT_TRUE(heard_line(c.log)) << c.log;
-        EXPECT_EQ(heard_line("DirectX初期化失敗"), c.box.empty());
-        EXPECT_EQ(heard_line("LEAVE message Loop"), c.enters_loop);
-        EXPECT_EQ(
-            first_missing(heard(), {"------------------ Kiv end ------------------", "ENTER ~z80_thread",
-                                    "LEAVE ~z80_thread", "ENTER ~kiv_form", "LEAVE ~kiv_form"}),
-            "");
+        EXPECT_TRUE(folder.heard_line(c.log)) << c.log;
+        EXPECT_EQ(folder.heard_line("DirectX初期化失敗"), c.box.empty());
+        EXPECT_EQ(folder.heard_line("LEAVE message Loop"), c.enters_loop);
+        EXPECT_EQ(first_missing(folder.heard(),
+                                {"------------------ Kiv end ------------------", "ENTER ~z80_thread",
+                                 "LEAVE ~z80_thread", "ENTER ~kiv_form", "LEAVE ~kiv_form"}),
+                  "");
         platform::register_resource(platform::resource_type::font, font_resource_id, font);
         platform::register_resource(platform::resource_type::bitmap, pause_resource_id, picture);
         for (const auto f : {fault::display_open, fault::sound_stream, fault::begin, fault::register_class,

@@ -2,10 +2,56 @@
 // machine.
 #pragma once
 
+#include "app/kiv_assay.h"
+#include "resources/resources.h"
 #include "tests/common/test_rom.h"
 
 #include <algorithm>
+#include <mutex>
 #include <vector>
+
+// A folder for one test of the program: current, with the ROM images and the instance lock in it. While it
+// exists, what the program logs is heard.
+class program_folder : public temporary_folder {
+  public:
+    program_folder() {
+        namespace fs = std::filesystem;
+        fs::permissions(path, fs::perms::all); // for starts as somebody else
+        write_test_roms(path);
+        fs::create_directory(*this / "run");
+        fs::permissions(*this / "run", fs::perms::owner_all);
+        setenv("XDG_RUNTIME_DIR", (*this / "run").c_str(), 1);
+        fs::current_path(path);
+        register_program_resources();
+        forget();
+        set_trace_listener([](const char *line) {
+            const std::lock_guard lock(log_mutex);
+            lines.emplace_back(line);
+        });
+    }
+    ~program_folder() {
+        set_trace_listener(nullptr);
+        std::filesystem::current_path(came_from);
+    }
+    static std::vector<std::string> heard() {
+        const std::lock_guard lock(log_mutex);
+        return lines;
+    }
+    static bool heard_line(const std::string &part) {
+        const auto all = heard();
+        return std::any_of(all.begin(), all.end(),
+                           [&](auto &l) { return l.find(part) != std::string::npos; });
+    }
+    static void forget() {
+        const std::lock_guard lock(log_mutex);
+        lines.clear();
+    }
+
+  private:
+    const std::filesystem::path came_from = std::filesystem::current_path();
+    inline static std::mutex log_mutex;
+    inline static std::vector<std::string> lines;
+};
 
 // The log of a day with a change to full screen, from the start to a close by the End key; other lines stand
 // in between.

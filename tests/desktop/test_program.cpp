@@ -1,11 +1,9 @@
 // The real program on the desktop, used as a person uses it: inside this process, where the machine can be
 // looked at while its own dialogs run, and as a process of its own on a real screen.
-#include "app/kiv_assay.h"
 #include "app/program.h"
 #include "cpu/z80_thread.h"
 #include "display/kiv_directx.h"
 #include "machine/kiv_machine.h"
-#include "resources/resources.h"
 #include "tests/common/whole_program.h"
 #include "tests/desktop/host_fixture.h"
 #include "tests/desktop/screen_fixture.h"
@@ -13,14 +11,11 @@
 #include <QtCore/QThread>
 #include <QtWidgets/QMessageBox>
 #include <future>
-#include <mutex>
 #include <sstream>
 #include <thread>
 #include <utility>
 
 namespace {
-
-namespace fs = std::filesystem;
 
 // The kernel's codes of the keys.
 constexpr uint32_t kb_9 = 10, kb_0 = 11, kb_e = 18, kb_a = 30, kb_d = 32, kb_c = 46, kb_b = 48, kb_shift = 42,
@@ -31,33 +26,11 @@ constexpr char open_title[] = "Kiv ﾌｧｲﾙの選択", save_title[] = "Kiv �
                tape_title[] = "CMT ﾌｧｲﾙの保存先選択", settings_title[] = "Kiv機能設定",
                help_title[] = "Kivについて", main_title[] = "Zun - Velmora [2.0.9]";
 
-std::mutex log_mutex;
-std::vector<std::string> log_lines;
-
 struct gave_up {};
 
 class DesktopProgram : public platform::DesktopHost {
   protected:
-    void SetUp() override {
-        set_environment();
-        write_test_roms(folder.path);
-        fs::create_directory(folder / "run");
-        fs::permissions(folder / "run", fs::perms::owner_all);
-        setenv("XDG_RUNTIME_DIR", (folder / "run").c_str(), 1); // the instance lock of this test alone
-        came_from = fs::current_path();
-        fs::current_path(folder.path);
-        register_program_resources();
-        log_lines.clear();
-        set_trace_listener([](const char *line) {
-            const std::lock_guard lock(log_mutex);
-            log_lines.emplace_back(line);
-        });
-    }
-    void TearDown() override {
-        set_trace_listener(nullptr);
-        fs::current_path(came_from);
-        DesktopHost::TearDown();
-    }
+    void SetUp() override { set_environment(); }
 
     // Runs the program on this thread while another does what the person does; the exit code.
     int run(const std::function<void()> &person) {
@@ -117,7 +90,6 @@ class DesktopProgram : public platform::DesktopHost {
         if (key == kb_shift) shift = type == QEvent::KeyPress ? Qt::ShiftModifier : Qt::NoModifier;
         ask([=, this] {
             QCoreApplication::postEvent(view(), new QKeyEvent(type, Qt::Key_unknown, shift, key + 8, 0, 0));
-            return 0;
         });
     }
     void strike(uint32_t key) {
@@ -148,11 +120,10 @@ class DesktopProgram : public platform::DesktopHost {
         ask([=] {
             QWidget *to = QApplication::activePopupWidget();
             if (to == nullptr) to = QApplication::activeModalWidget();
-            if (to == nullptr) return 0;
+            if (to == nullptr) return;
             if (to->focusWidget() != nullptr) to = to->focusWidget();
             for (const auto type : {QEvent::KeyPress, QEvent::KeyRelease})
                 QCoreApplication::postEvent(to, new QKeyEvent(type, key, Qt::NoModifier, text));
-            return 0;
         });
     }
     static void answer(const char *title, const char *text, int key) {
@@ -170,8 +141,7 @@ class DesktopProgram : public platform::DesktopHost {
         return n;
     }
 
-    temporary_folder folder;
-    fs::path came_from;
+    program_folder folder;
     Qt::KeyboardModifiers shift;
 };
 
@@ -254,7 +224,7 @@ TEST_F(DesktopProgram, OneDayWithEveryCommand) {
         strike(kb_end);
     });
     EXPECT_EQ(code, 0);
-    EXPECT_EQ(first_missing(log_lines, log_of_a_day), "");
+    EXPECT_EQ(first_missing(folder.heard(), log_of_a_day), "");
 }
 
 TEST_F(DesktopProgram, ErrorsAreShownUntilTheyAreRead) {
@@ -272,7 +242,7 @@ TEST_F(DesktopProgram, ErrorsAreShownUntilTheyAreRead) {
               }),
               0);
     host.reset();
-    fs::remove(folder / "8801-4th.rom");
+    std::filesystem::remove(folder / "8801-4th.rom");
     EXPECT_EQ(run([&] { read_box("Zun - Velmora", "ROMイメージファイル読み込み失敗"); }), 1);
 }
 
