@@ -37,7 +37,8 @@ TEST_F(PictureOnScreen, EveryPixelIsShownInTheWindowInFullScreenAndBack) {
         if (c.manager != nullptr && window_manager.state() == QProcess::NotRunning) {
             if (QStandardPaths::findExecutable(c.manager).isEmpty())
                 GTEST_SKIP() << c.manager << " is not installed: seen without a window manager only";
-            start(window_manager, c.manager, {});
+            start(window_manager, c.manager, {"--startup", "echo ready"});
+            ASSERT_TRUE(window_manager.waitForReadyRead(60000));
         }
         environment.insert(c.variable, c.value);
         start(program, KIV_SHOW_PICTURE, {"modes", folder.path()});
