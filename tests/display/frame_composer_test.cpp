@@ -125,6 +125,20 @@ TEST_F(frame_composer, EveryModeShowsWhatTheOracleShows) {
         }
 }
 
+// The text window may begin anywhere in RAM and wraps at its end.
+TEST_F(frame_composer, RowsAreFetchedFromEveryAddress) {
+    std::vector<uint8_t> twice(0x20000);
+    for (uint32_t i = 0; i < 0x10000; ++i) machine.ram[i] = twice[i] = twice[i + 0x10000] = random.byte();
+    for (uint32_t start = 0; start < 0x10000; ++start) {
+        machine.text_start = start;
+        for (uint32_t row = 0; row < 25; ++row) {
+            machine.text_row_fetch(row);
+            const uint8_t *const source = &twice[(start + 120 * row) % 0x10000];
+            ASSERT_TRUE(std::equal(source, source + 80, machine.row_chars)) << start << ", row " << row;
+        }
+    }
+}
+
 // What a program may do to the display between two frames, and a running display after it.
 void write_random_ports(random_numbers &random) {
     constexpr uint8_t ports[] = {0x00, 0x01, 0x02, 0x03, 0x30, 0x31, 0x50, 0x50, 0x50, 0x51, 0x53, 0x54,
