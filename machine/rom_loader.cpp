@@ -36,7 +36,7 @@ std::string load_rom_images(const std::string &folder) {
                 {ext_rom_name, machine.ext_rom, ext_rom_size}};
     for (const auto &rom : roms) {
         const std::string path = folder.empty() ? rom.name : folder + "/" + rom.name;
-        const std::string error = load_rom_image(path, rom.area, rom.size);
+        std::string error = load_rom_image(path, rom.area, rom.size);
         if (!error.empty()) return error;
     }
     return {};

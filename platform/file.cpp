@@ -68,7 +68,7 @@ bool follow_links(std::string &path) {
         if (length < 0) return failed(errno);
         if (static_cast<size_t>(length) == target.size()) return failed(ENAMETOOLONG);
         target.resize(static_cast<size_t>(length));
-        path = target.starts_with('/') ? target : folder_of(path) + target;
+        path = target.starts_with('/') ? target : folder_of(path).append(target);
     }
     return failed(ELOOP);
 }
