@@ -169,12 +169,13 @@ void sound_feeder::pull(int16_t *out, size_t count) {
         sample *= current_gain;
         if (cut) {
             cut = false;
-            bridge = last - sample;
+            bridge_from = last;
             bridge_length = std::max(1, static_cast<int>(bridge_ms * device_rate / 1000));
             bridge_left = bridge_length;
         }
         if (bridge_left > 0) {
-            sample += bridge * static_cast<float>(bridge_left) / static_cast<float>(bridge_length);
+            sample +=
+                (bridge_from - sample) * static_cast<float>(bridge_left) / static_cast<float>(bridge_length);
             --bridge_left;
         }
         last = sample;

@@ -67,8 +67,8 @@ class sound_feeder {
     bool sounding = false; // past the wait for the first samples
     float current_gain = 1.0f;
     float last = 0;                         // last sample handed over
-    float bridge = 0;                       // what the last cut left to fade out, and
-    int bridge_left = 0, bridge_length = 1; // device samples until it has faded
+    float bridge_from = 0;                  // where the last cut left the signal, and
+    int bridge_left = 0, bridge_length = 1; // device samples until it has come over to what goes on
     double average_ms = 0;                  // of the fill
     double ratio = 1;
     double margin_ms = 0; // for slices that come late
