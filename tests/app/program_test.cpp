@@ -441,6 +441,11 @@ TEST_F(whole_program, AScreenChangeThatFailsEndsTheEmulationAndKeepsTheWindow) {
     EXPECT_TRUE(folder.heard_line("change_screen: exit by failed"));
 }
 
+TEST_F(whole_program, ALogLineIsCutToItsBuffer) {
+    trace("%s.", std::string(2000, 'x').c_str());
+    EXPECT_EQ(folder.heard(), std::vector{std::string(1023, 'x')});
+}
+
 TEST_F(whole_program, TheSessionMayEnd) {
     run([&] {
         window().end_session();
