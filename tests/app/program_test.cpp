@@ -33,13 +33,10 @@ struct gave_up {};
 
 class whole_program : public testing::Test {
   protected:
-    whole_program() {
-        std::fill(std::begin(machine.ram), std::end(machine.ram), uint8_t{0}); // another test's screen
-    }
-
     // Runs the program on this thread to a normal end; another one does what the person does once the machine
     // has booted, and closes it at last.
     void run(const std::function<void()> &person) {
+        std::fill(std::begin(machine.ram), std::end(machine.ram), uint8_t{0}); // READY of an earlier run
         std::thread other([&] {
             try {
                 wait_until("the window", [&] { return host.window() != nullptr; });
