@@ -3,17 +3,18 @@
 //   show_picture keys            says which keys arrive, until it is closed
 //   show_picture screen FILE     saves what the screen shows
 //   show_picture modes FOLDER    shows a known picture as the emulator would, in a window, in full screen and
-//   in
-//                                a window again, each time saves the screen in FOLDER as 0.png to 2.png and
-//                                says where the client area stands
+//                                in a window again, each time saves the screen in FOLDER as 0.png to 2.png
+//                                and says where the client area stands
 #include "platform/desktop/desktop_host.h"
 #include "tests/desktop/known_picture.h"
 
 #include <QtCore/QTimer>
 #include <QtGui/QGuiApplication>
+#include <QtGui/QImage>
 #include <QtGui/QPixmap>
 #include <QtGui/QScreen>
 #include <cstdio>
+#include <utility>
 
 using namespace platform;
 
@@ -78,15 +79,20 @@ class shower : public window_listener {
 int main(int argc, char **argv) {
     const QString what = argc > 1 ? argv[1] : "keys", where = argc > 2 ? argv[2] : "";
     shower s;
-    const auto save_screen = [](const QString &file) {
-        return QGuiApplication::primaryScreen()->grabWindow(0).save(file, "PNG");
-    };
-    if (what == "screen") return save_screen(where) ? 0 : 1;
+    const auto screen = [] { return QGuiApplication::primaryScreen()->grabWindow(0).toImage(); };
+    if (what == "screen") return screen().save(where, "PNG") ? 0 : 1;
+    // A stage is there when the screen differs from the one before and stands still for a second.
+    QImage of_stage_before = screen(), seen;
     s.show(false);
     QTimer timer;
-    int stage = 0;
+    int stage = 0, unchanged = 0;
     QObject::connect(&timer, &QTimer::timeout, [&] {
-        save_screen(where + QString("/%1.png").arg(stage++));
+        const QImage now = screen();
+        unchanged = now == std::exchange(seen, now) ? unchanged + 1 : 0;
+        if (unchanged < 4 || now == of_stage_before) return;
+        of_stage_before = now;
+        unchanged = 0;
+        now.save(where + QString("/%1.png").arg(stage++), "PNG");
         const point at = s.window->client_origin();
         std::printf("client %d %d\n", at.x, at.y);
         if (stage == 3)
@@ -94,6 +100,6 @@ int main(int argc, char **argv) {
         else
             s.show(stage == 1);
     });
-    if (what == "modes") timer.start(1000);
+    if (what == "modes") timer.start(250);
     return s.host.run_message_loop();
 }

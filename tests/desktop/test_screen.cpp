@@ -43,7 +43,7 @@ TEST_F(PictureOnScreen, EveryPixelIsShownInTheWindowInFullScreenAndBack) {
         environment.insert(c.variable, c.value);
         start(program, KIV_SHOW_PICTURE, {"modes", folder.path()});
         environment.remove(c.variable);
-        ASSERT_TRUE(program.waitForFinished(60000));
+        ASSERT_TRUE(program.waitForFinished(300000));
         int x[3], y[3], said = 0;
         for (const QByteArray &line : program.readAllStandardOutput().split('\n'))
             if (line.startsWith("client")) said += std::sscanf(line, "client %d %d", &x[said], &y[said]) == 2;
