@@ -37,10 +37,11 @@ class whole_program : public testing::Test {
     // has booted, and closes it at last.
     void run(const std::function<void()> &person) {
         std::fill(std::begin(machine.ram), std::end(machine.ram), uint8_t{0}); // READY of an earlier run
+        const uint64_t frames_before = host.screen.shown().number;
         std::thread other([&] {
             try {
                 wait_until("the window", [&] { return host.window() != nullptr; });
-                wait_until("the first frame", [&] { return host.screen.shown().number != 0; });
+                wait_until("the first frame", [&] { return host.screen.shown().number != frames_before; });
                 wait_for_row(0, "READY");
                 person();
                 window().strike_key(vk_end);
