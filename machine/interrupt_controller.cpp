@@ -58,8 +58,8 @@ void interrupt_reset() { machine.interrupt_pending = 0; }
 void interrupt_init() {
     machine.interrupt_reset = interrupt_reset;
     machine.interrupt_service = interrupt_service;
-    machine.interrupt_request0 = request_usart;
-    machine.interrupt_request1 = request_vrtc;
-    machine.interrupt_request2 = request_clock;
+    machine.interrupt_request_usart = request_usart;
+    machine.interrupt_request_vrtc = request_vrtc;
+    machine.interrupt_request_clock = request_clock;
     interrupt_reset();
 }

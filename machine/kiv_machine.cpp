@@ -23,7 +23,7 @@ void machine_step(kiv_machine &m, z80_cpu &cpu) {
     clock_counter += cpu.step_cycles;
     if (clock_counter > clock_interrupt_cycles) {
         clock_counter = 0; // the excess is dropped, as the machine's divider is restarted
-        m.interrupt_request2(cpu);
+        m.interrupt_request_clock(cpu);
     }
 }
 

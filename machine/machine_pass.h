@@ -30,7 +30,7 @@ inline pass_outcome machine_pass(uint32_t iteration, bool charge_waits) {
     main_cpu.step_cycles = charged;
     machine.machine_step(machine, main_cpu);
     const uint32_t event = machine.timing_tick(charged);
-    if (event == timing_vblank_begins) machine.interrupt_request1(main_cpu);
+    if (event == timing_vblank_begins) machine.interrupt_request_vrtc(main_cpu);
     machine.advance_sound(charged);
     return event == timing_vblank_ends ? pass_outcome::frame : pass_outcome::nothing;
 }

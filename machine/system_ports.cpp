@@ -8,6 +8,10 @@ constexpr uint8_t dip2 = 0xEB;       // port 0x31
 constexpr uint8_t no_ext_rom = 0xFF; // port 0x71
 constexpr uint8_t port40_beep = 0x20;
 
+bool within(uint8_t port, uint8_t first, int count) { return port >= first && port < first + count; }
+
+template <class Latch> void write_latch(Latch &latch, int value) { latch = static_cast<uint8_t>(value); }
+
 uint8_t read_status() {
     machine.sys_status_read();
     return machine.sys_status & 0xFE;
@@ -43,7 +47,7 @@ void write_usart(uint8_t port, uint8_t value) {
     }
 }
 
-void write_port53(uint8_t value) {
+void write_layers(uint8_t value) {
     machine.crtc_status =
         static_cast<uint8_t>((machine.crtc_status & ~crtc_text_off) | (value & crtc_text_off));
 }
@@ -58,90 +62,51 @@ void write_dma(uint8_t port, uint8_t value) {
 
 } // namespace
 
-uint8_t io_in(uint16_t port) {
-    switch (port & 0xFF) {
-    case 0x00:
-    case 0x01:
-    case 0x02:
-    case 0x03:
-    case 0x04:
-    case 0x05:
-    case 0x06:
-    case 0x07:
-    case 0x08:
-    case 0x09:
-    case 0x0A:
-    case 0x0B: return machine.key_matrix[port & 0x0F];
-    case 0x20: return machine.usart_data_read();
-    case 0x21: return machine.usart_status_read();
-    case 0x30: return machine.boot_rom == 1 ? dip1_zun_basic : dip1_n_basic;
-    case 0x31: return dip2;
-    case 0x40: return read_status();
-    case 0x5C: return machine.gvram_select;
-    case 0x70: return machine.port70;
-    case 0x71: return read_port71();
-    case 0xE4: return machine.portE4;
-    case 0xE6: return machine.portE6;
+uint8_t io_in(uint16_t address) {
+    const auto port = static_cast<uint8_t>(address);
+    if (within(port, ports::key_row, key_rows)) return machine.key_matrix[port];
+    switch (port) {
+    case ports::usart_data: return machine.usart_data_read();
+    case ports::usart_control: return machine.usart_status_read();
+    case ports::dip_1: return machine.boot_rom == 1 ? dip1_zun_basic : dip1_n_basic;
+    case ports::dip_2: return dip2;
+    case ports::status: return read_status();
+    case ports::select_blue: return machine.gvram_select;
+    case ports::window_page: return machine.port70;
+    case ports::expansion: return read_port71();
+    case ports::interrupt_level: return machine.portE4;
+    case ports::interrupt_mask: return machine.portE6;
     default: return 0xFF;
     }
 }
 
-void io_out(uint16_t port, uint8_t value) {
-    const auto low = static_cast<uint8_t>(port);
-    switch (low >> 4) {
-    case 0x0: machine.pcg_port(low & 0x0F, value); return;
-    case 0x1: machine.port10 = value; return;
-    case 0x2: write_usart(low, value); return;
-    default: break;
-    }
-    switch (low) {
-    case 0x30: write_port30(value); break;
-    case 0x31:
-    case 0x32:
-    case 0x33:
-    case 0x34:
-    case 0x35:
-    case 0x36:
-    case 0x37:
-    case 0x38:
-    case 0x39:
-    case 0x3A:
-    case 0x3B:
-    case 0x3C:
-    case 0x3D:
-    case 0x3E:
-    case 0x3F: machine.port31 = value; break;
-    case 0x40: write_port40(value); break;
-    case 0x50: machine.crtc_parameter(value); break;
-    case 0x51: machine.crtc_command(value); break;
-    case 0x53: write_port53(value); break;
-    case 0x54:
-    case 0x55:
-    case 0x56:
-    case 0x57:
-    case 0x58:
-    case 0x59:
-    case 0x5A:
-    case 0x5B: machine.palette[low - 0x54] = static_cast<uint8_t>(value & 7); break;
-    case 0x5C: machine.gvram_select = uint8_t{0xF9}; break;
-    case 0x5D: machine.gvram_select = uint8_t{0xFA}; break;
-    case 0x5E: machine.gvram_select = uint8_t{0xFC}; break;
-    case 0x5F: machine.gvram_select = uint8_t{0xF8}; break;
-    case 0x60:
-    case 0x61:
-    case 0x62:
-    case 0x63:
-    case 0x64:
-    case 0x65:
-    case 0x66:
-    case 0x67: write_dma(low, value); break;
-    case 0x68: machine.dma_mode(value); break;
-    case 0x70: machine.port70 = value; break;
-    case 0x71: machine.port71 = value; break;
-    case 0x78: ++machine.port70; break;
-    case 0xE4: machine.portE4 = value; break;
-    case 0xE6: machine.portE6 = value; break;
-    case 0xF0: machine.cassette_fast_load(value); break;
+void io_out(uint16_t address, uint8_t value) {
+    const auto port = static_cast<uint8_t>(address);
+    // Boards and chips that answer to a range of ports, then the single ones.
+    if (within(port, ports::pcg_data, 16)) return machine.pcg_port(port, value);
+    if (within(port, ports::calendar, 16)) return write_latch(machine.port10, value);
+    if (within(port, ports::usart_data, 16)) return write_usart(port, value);
+    if (within(port, ports::mode_31, 15)) return write_latch(machine.port31, value);
+    if (within(port, ports::palette, 8))
+        return write_latch(machine.palette[port - ports::palette], value & 7);
+    if (within(port, ports::dma_address, 8)) return write_dma(port, value);
+    switch (port) {
+    case ports::mode_30: write_port30(value); break;
+    case ports::system: write_port40(value); break;
+    case ports::crtc_parameter: machine.crtc_parameter(value); break;
+    case ports::crtc_command: machine.crtc_command(value); break;
+    case ports::layers: write_layers(value); break;
+    case ports::select_blue: machine.gvram_select = plane_0; break;
+    case ports::select_red: machine.gvram_select = plane_1; break;
+    case ports::select_green: machine.gvram_select = plane_2; break;
+    case ports::select_ram: machine.gvram_select = plane_none; break;
+    case ports::dma_mode: machine.dma_mode(value); break;
+    case ports::window_page: machine.port70 = value; break;
+    case ports::expansion: machine.port71 = value; break;
+    case ports::window_next: ++machine.port70; break;
+    case ports::interrupt_level: machine.portE4 = value; break;
+    case ports::interrupt_mask: machine.portE6 = value; break;
+    case ports::tape_load: machine.cassette_fast_load(value); break;
     default: break;
     }
 }

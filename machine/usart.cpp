@@ -52,7 +52,7 @@ void usart_receive(z80_cpu &cpu, uint8_t byte) {
     machine.usart_received = byte;
     if (machine.usart_byte_ready) machine.usart_overrun = 1;
     machine.usart_byte_ready = 1;
-    machine.interrupt_request0(cpu);
+    machine.interrupt_request_usart(cpu);
 }
 
 } // namespace

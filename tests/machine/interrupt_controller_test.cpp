@@ -10,8 +10,8 @@ TEST_F(Interrupts, RequestsAndServiceFollowMaskAndThreshold) {
     static std::vector<int> offered;
     z80_cpu cpu{};
     cpu.z80_interrupt = [](z80_cpu &, uint8_t level) { return offered.push_back(level), answer; };
-    void (*const operations[4])(z80_cpu &) = {machine.interrupt_request0, machine.interrupt_request1,
-                                              machine.interrupt_request2, machine.interrupt_service};
+    void (*const operations[4])(z80_cpu &) = {machine.interrupt_request_usart, machine.interrupt_request_vrtc,
+                                              machine.interrupt_request_clock, machine.interrupt_service};
     constexpr int service = 3, mask_bits[3] = {0x04, 0x02, 0x01};
     for (int i = 0; i < 4 * 8 * 16 * 8 * 2; ++i) {
         const int operation = i % 4, pending = i / 4 % 8, threshold = i / 32 % 16, mask = i / 512 % 8;

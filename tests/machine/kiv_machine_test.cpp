@@ -77,7 +77,7 @@ TEST_F(WholeMachine, ClockInterruptComesAfter6656TStatesAndDropsTheRest) {
     static int requests;
     requests = 0;
     const auto after = [](uint32_t cycles) {
-        machine.interrupt_request2 = [](z80_cpu &) { ++requests; };
+        machine.interrupt_request_clock = [](z80_cpu &) { ++requests; };
         pass(cycles);
         return requests;
     };
