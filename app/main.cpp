@@ -2,6 +2,7 @@
 // directory.
 #include "app/program.h"
 #include "platform/desktop/desktop_host.h"
+#include "platform/file.h"
 #include "platform/resources.h"
 #include "resources/resources.h"
 
@@ -45,6 +46,7 @@ int main(int argc, char **argv) {
         std::fprintf(stderr, "kiv: %s\n", missing.c_str());
         return 1;
     }
+    platform::let_writes_fail();
     register_program_resources();
     platform::desktop_host host;
     const auto icon = platform::find_resource(platform::resource_type::icon, icon_resource_id);

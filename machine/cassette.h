@@ -5,6 +5,7 @@
 // polled reads take bytes on demand. A tape image is a plain byte sequence; at its end it starts over.
 #pragma once
 
+#include "support/tape_writer.h"
 #include <cstdint>
 #include <string>
 
@@ -48,12 +49,17 @@ bool cassette_load_tape(const std::string &path);
 // not fit. Only while the CPU is parked.
 bool cassette_set_output(const std::string &path);
 
+// Hands written bytes to a function instead, in blocks; `name` is what a log line calls it.
+void cassette_set_output(tape_writer::sink sink, const std::string &name);
+
 // Gives the tape image back; the deck is then without a tape.
 void cassette_eject(struct kiv_machine &m);
 
 // Appends one byte to the output file; dropped while no file is chosen.
 void cassette_output(uint8_t byte);
 
-// Hands buffered output bytes to the file: called at every slice end and at every pause. A failing write
-// is reported once by a log line.
+// Hands buffered output bytes on: called at every slice end and at every pause. After a write that failed
+// nothing more is written until an output is chosen again; the log and the listener are told once.
 void cassette_flush_output();
+const std::string &cassette_output_failure(); // its reason; empty while all is well
+void cassette_on_output_failure(tape_writer::failure_listener listener); // called on the thread that flushes

@@ -1,9 +1,11 @@
 #include "platform/file.h"
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <fcntl.h>
 #include <filesystem>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
@@ -73,17 +75,6 @@ bool follow_links(std::string &path) {
     return failed(ELOOP);
 }
 
-bool write_all(file_handle handle, const void *bytes, size_t size) {
-    const char *from = static_cast<const char *>(bytes);
-    while (size != 0) {
-        const int64_t written = write_file(handle, from, size);
-        if (written <= 0) return written < 0 ? false : failed(EIO);
-        from += written;
-        size -= static_cast<size_t>(written);
-    }
-    return true;
-}
-
 // Without this the rename may be lost with the power, though never half done. The file is in place by now,
 // so a folder that cannot be synced is no failure.
 void sync_folder(const std::string &folder) {
@@ -110,9 +101,7 @@ file_handle append_file(const std::string &path) {
     return open_regular(path, O_WRONLY | O_CREAT | O_APPEND | O_NOFOLLOW);
 }
 
-void close_file(file_handle handle) {
-    if (handle != invalid_file && close(handle) != 0) failed(errno);
-}
+bool close_file(file_handle handle) { return handle == invalid_file || close(handle) == 0 || failed(errno); }
 
 bool delete_file(const std::string &path) {
     return usable(path) && (unlink(path.c_str()) == 0 || failed(errno));
@@ -138,6 +127,17 @@ int64_t write_file(file_handle handle, const void *buffer, size_t bytes) {
     return done;
 }
 
+bool write_whole(file_handle handle, const void *bytes, size_t size) {
+    const char *from = static_cast<const char *>(bytes);
+    while (size != 0) {
+        const int64_t written = write_file(handle, from, size);
+        if (written <= 0) return written < 0 ? false : failed(EIO);
+        from += written;
+        size -= static_cast<size_t>(written);
+    }
+    return true;
+}
+
 int64_t seek_file(file_handle handle, int origin, int64_t offset) {
     constexpr int origins[] = {SEEK_SET, SEEK_CUR, SEEK_END};
     if (origin < 0 || origin > 2) return failed(EINVAL), -1;
@@ -158,42 +158,91 @@ std::string last_file_error() {
     return std::generic_category().message(last_error);
 }
 
-bool atomic_write(const std::string &path, const void *bytes, size_t size) {
-    std::string target = path;
-    if (!usable(path) || !follow_links(target)) return false;
-    const std::string folder = folder_of(target);
+// Makes a file beside the target that nobody else writes. Its fixed name lets a save that was killed leave at
+// most one stray file, which the next save removes; the lock tells a stray from one that is being written.
+// Until it is locked, somebody else may take it for a stray, or rename it: hence the look at the name.
+bool file_aside::take_name() {
     const std::string name = target.substr(folder.size());
-    if (name.empty()) return failed(path.empty() ? ENOENT : EISDIR);
-
-    struct stat old;
-    const bool exists = lstat(target.c_str(), &old) == 0;
-    if (exists && !is_regular(old)) return false;
-    // The rename asks only the folder; a file that was made read-only keeps its contents all the same.
-    if (exists && faccessat(AT_FDCWD, target.c_str(), W_OK, AT_EACCESS) != 0) return failed(errno);
-
-    // One fixed name, so that a save that was killed leaves at most one stray file, which the next removes.
-    const std::string temporary = folder + '.' + name.substr(0, 240) + ".kiv-save";
-    if (unlink(temporary.c_str()) != 0 && errno != ENOENT) return failed(errno);
-    const int handle = open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
-    if (handle < 0) return failed(errno);
-
-    bool good = write_all(handle, bytes, size);
-    if (good && exists) {
-        // The owner is kept where the host lets us (a settings file saved by root); changing it clears mode
-        // bits, so the mode comes second.
-        if (fchown(handle, old.st_uid, old.st_gid) != 0) errno = 0;
-        good = fchmod(handle, old.st_mode & 07777) == 0 || failed(errno);
+    for (int n = 1; n < 100; n++) {
+        aside = folder + '.' + name.substr(0, 240) + ".kiv-save" + (n == 1 ? "" : std::to_string(n));
+        handle = ::open(aside.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        const bool made = handle >= 0;
+        if (!made && errno != EEXIST) return failed(errno);
+        if (!made) handle = ::open(aside.c_str(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+        struct stat held, named;
+        const bool ours = handle >= 0 && (flock(handle, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK) &&
+                          fstat(handle, &held) == 0 && lstat(aside.c_str(), &named) == 0 &&
+                          S_ISREG(held.st_mode) && held.st_ino == named.st_ino && held.st_dev == named.st_dev;
+        if (made && ours) return true;
+        if (ours && unlink(aside.c_str()) == 0) n--;
+        if (handle >= 0) close(handle);
+        handle = invalid_file;
     }
-    if (good) good = fsync(handle) == 0 || failed(errno);
-    if (close(handle) != 0 && good) good = failed(errno);
-    if (good) good = rename(temporary.c_str(), target.c_str()) == 0 || failed(errno);
+    return failed(EBUSY);
+}
+
+// The owner is kept where the host lets us (a settings file saved by root); changing it clears mode bits, so
+// the mode comes second.
+bool file_aside::take_mode() {
+    struct stat old;
+    if (lstat(target.c_str(), &old) != 0) return true;
+    if (fchown(handle, old.st_uid, old.st_gid) != 0) errno = 0;
+    return fchmod(handle, old.st_mode & 07777) == 0 || failed(errno);
+}
+
+bool file_aside::open(const std::string &path) {
+    discard();
+    target = path;
+    if (!usable(path) || !follow_links(target)) return false;
+    folder = folder_of(target);
+    if (folder.size() == target.size()) return failed(path.empty() ? ENOENT : EISDIR);
+    struct stat old;
+    if (lstat(target.c_str(), &old) == 0) {
+        if (!is_regular(old)) return false;
+        // The rename asks only the folder; a file that was made read-only keeps its contents all the same.
+        if (faccessat(AT_FDCWD, target.c_str(), W_OK, AT_EACCESS) != 0) return failed(errno);
+    }
+    if (take_name()) return true;
+    discard();
+    return false;
+}
+
+bool file_aside::write(const void *bytes, size_t size) { return write_whole(handle, bytes, size); }
+
+bool file_aside::rewrite_start(const void *bytes, size_t size) {
+    return seek_file(handle, 0, 0) == 0 && write(bytes, size);
+}
+
+bool file_aside::finish() {
+    // The lock is kept until the name is taken, by a second handle: the close, which can fail, comes before.
+    const int written = fcntl(handle, F_DUPFD_CLOEXEC, 0);
+    bool good = written >= 0 || failed(errno);
+    good = good && take_mode() && (fsync(handle) == 0 || failed(errno));
+    if (written >= 0 && close(written) != 0 && good) good = failed(errno);
+    good = good && (rename(aside.c_str(), target.c_str()) == 0 || failed(errno));
     if (!good) {
-        unlink(temporary.c_str());
+        discard();
         return false;
     }
+    close(handle);
+    handle = invalid_file;
     sync_folder(folder);
     return true;
 }
+
+void file_aside::discard() {
+    if (handle == invalid_file) return;
+    unlink(aside.c_str());
+    close(handle);
+    handle = invalid_file;
+}
+
+bool atomic_write(const std::string &path, const void *bytes, size_t size) {
+    file_aside file;
+    return file.open(path) && file.write(bytes, size) && file.finish();
+}
+
+void let_writes_fail() { std::signal(SIGXFSZ, SIG_IGN); }
 
 std::string current_directory() {
     std::error_code error;

@@ -53,6 +53,9 @@ void check_readable(const std::string &path) {
 class machine_run {
   public:
     explicit machine_run(const run_options &run) : options(run) {}
+    ~machine_run() { cassette_set_output(""); }
+    machine_run(const machine_run &) = delete;
+    machine_run &operator=(const machine_run &) = delete;
 
     // Powers the machine on and puts everything in that the options name. Throws run_failure.
     void prepare();
@@ -68,6 +71,7 @@ class machine_run {
     void frame_shown();
     void compose();
     void slice_ended();
+    void flush_tape();
     bool ended() const { return options.seconds ? cycles >= cycle_limit : frames >= frame_limit; }
     void show_progress();
     double machine_seconds() const { return static_cast<double>(cycles) / machine.clock_hz; }
@@ -75,7 +79,7 @@ class machine_run {
     const run_options &options;
     typist keys;
     wav_file wav;
-    file_aside tape_out;
+    output_file tape_out;
     bool dump_loaded = false;
     bool charge_waits = true;
     uint64_t frame_limit = 0, cycle_limit = 0;
@@ -137,10 +141,10 @@ void machine_run::prepare() {
         machine.cassette_set_stopped(1);
     }
     if (!options.tape_out.empty()) {
-        // The deck appends; here each run starts a new tape, beside its place until the run has ended.
+        // The deck in the window appends; here each run starts a new tape.
         tape_out.open(options.tape_out);
-        if (!cassette_set_output(tape_out.aside_name()))
-            throw run_failure(options.tape_out + ": a name of fewer than 512 bytes is wanted");
+        cassette_set_output([this](const uint8_t *tape, size_t count) { return tape_out.take(tape, count); },
+                            options.tape_out);
     }
     if (!options.wav.empty()) wav.open(options.wav);
 
@@ -176,7 +180,13 @@ void machine_run::slice_ended() {
     slice_cycles = 0;
     const int16_t *samples = sound().renderSlice();
     if (wav.is_open()) wav.add(samples, slice_samples);
+    flush_tape();
+}
+
+void machine_run::flush_tape() {
     cassette_flush_output();
+    if (const std::string &reason = cassette_output_failure(); !reason.empty())
+        throw run_failure(options.tape_out + ": " + reason);
 }
 
 bool machine_run::go() {
@@ -203,7 +213,7 @@ bool machine_run::go() {
 }
 
 void machine_run::write_outputs() {
-    cassette_flush_output();
+    flush_tape();
     if (!options.png.empty()) write_png(options.png, pixels);
     if (!options.save_dump.empty() && !memory_dump_save(options.save_dump, main_cpu))
         throw run_failure(options.save_dump + ": " + platform::last_file_error());
@@ -269,6 +279,7 @@ int main(int argc, char **argv) {
             std::fputs(run_help, stdout);
             return 0;
         }
+        platform::let_writes_fail();
         std::signal(SIGINT, [](int) { interrupted = 1; });
         std::signal(SIGTERM, [](int) { interrupted = 1; });
         const auto run =

@@ -1,17 +1,13 @@
 #include "tools/kiv_run_outputs.h"
 
 #include "machine/kiv_machine.h"
-#include "platform/file.h"
 #include "sound/sound_slices.h"
 #include "tools/kiv_run_options.h"
 
 #include <array>
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <png.h>
-#include <unistd.h>
 #include <vector>
 
 // ---- pictures ----------------------------------------------------------------------------------------
@@ -49,7 +45,7 @@ std::vector<uint8_t> encode_png(const uint8_t *pixels) {
 
 void write_png(const std::string &path, const uint8_t *pixels) {
     const std::vector<uint8_t> bytes = encode_png(pixels);
-    file_aside file;
+    output_file file;
     file.open(path);
     file.write(bytes.data(), bytes.size());
     file.finish();
@@ -139,54 +135,13 @@ std::string text_screen() {
 
 // ---- files that grow ---------------------------------------------------------------------------------
 
-void file_aside::fail() const { throw run_failure(target + ": " + platform::last_file_error()); }
-
-void file_aside::open(const std::string &path) {
-    namespace fs = std::filesystem;
-    std::error_code error;
-    const fs::file_status status = fs::status(path, error); // of what a link leads to
-    if (fs::is_directory(status)) throw run_failure(path + ": Is a directory");
-    if (fs::exists(status) && !fs::is_regular_file(status)) throw run_failure(path + ": not a regular file");
-    // The rename asks only the folder; a file that was made read-only stays as it is all the same.
-    if (fs::exists(status) && access(path.c_str(), W_OK) != 0)
-        throw run_failure(path + ": " + std::strerror(errno));
-    const fs::path real = fs::is_symlink(path, error) ? fs::canonical(path, error) : fs::path(path);
-    target = real.empty() ? path : real.string();
-    aside = target + ".part";
-    if (platform::file_exists(aside)) platform::delete_file(aside); // left by a run that was killed
-    handle = platform::create_file(aside);
-    if (handle < 0) fail();
+void output_file::check(bool good) const {
+    if (!good) throw run_failure(name + ": " + platform::last_file_error());
 }
 
-void file_aside::write(const void *bytes, size_t size) {
-    const auto *rest = static_cast<const uint8_t *>(bytes);
-    while (size != 0) {
-        const int64_t written = platform::write_file(handle, rest, size);
-        if (written <= 0) fail();
-        rest += written;
-        size -= static_cast<size_t>(written);
-    }
-}
-
-void file_aside::rewrite_start(const void *bytes, size_t size) {
-    if (platform::seek_file(handle, 0, 0) != 0) fail();
-    write(bytes, size);
-}
-
-void file_aside::finish() {
-    platform::close_file(handle);
-    handle = -1;
-    std::error_code error;
-    std::filesystem::rename(aside, target, error);
-    if (!error) return;
-    platform::delete_file(aside);
-    throw run_failure(target + ": " + error.message());
-}
-
-file_aside::~file_aside() {
-    if (handle < 0) return;
-    platform::close_file(handle);
-    platform::delete_file(aside);
+void output_file::open(const std::string &path) {
+    name = path;
+    check(file.open(path));
 }
 
 // ---- sound -------------------------------------------------------------------------------------------

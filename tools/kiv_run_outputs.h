@@ -1,6 +1,7 @@
 // What kiv-run leaves behind: pictures, the text screen, the sound. Files are written aside and renamed.
 #pragma once
 
+#include "platform/file.h"
 #include <cstdint>
 #include <string>
 
@@ -14,25 +15,20 @@ std::string numbered_name(const std::string &path, uint64_t frame);
 // text layer is off. Semigraphic cells appear as the Braille pattern of the same dots.
 std::string text_screen();
 
-// A file that grows beside its target and takes its name when finished; it goes away when it is not.
-class file_aside {
+// A file that takes its name when it is finished; all throw run_failure.
+class output_file {
   public:
-    file_aside() = default;
-    ~file_aside();
-    file_aside(const file_aside &) = delete;
-    file_aside &operator=(const file_aside &) = delete;
-    void open(const std::string &path); // all throw run_failure
-    void write(const void *bytes, size_t size);
-    void rewrite_start(const void *bytes, size_t size);
-    void finish();
-    bool is_open() const { return handle >= 0; }
-    // Where the bytes lie until then; whoever appends to that file writes to this one.
-    const std::string &aside_name() const { return aside; }
+    void open(const std::string &path);
+    void write(const void *bytes, size_t size) { check(file.write(bytes, size)); }
+    void rewrite_start(const void *bytes, size_t size) { check(file.rewrite_start(bytes, size)); }
+    bool take(const void *bytes, size_t size) { return file.write(bytes, size); } // does not throw
+    void finish() { check(file.finish()); }
+    bool is_open() const { return file.is_open(); }
 
   private:
-    [[noreturn]] void fail() const;
-    std::string target, aside;
-    int handle = -1;
+    void check(bool good) const;
+    platform::file_aside file;
+    std::string name;
 };
 
 // A WAV file of 96000 Hz, one channel, 16 bits.
@@ -45,7 +41,7 @@ class wav_file {
 
   private:
     void write_header();
-    file_aside file;
+    output_file file;
     std::string name;
     uint64_t bytes = 0;
 };

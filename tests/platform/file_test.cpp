@@ -130,13 +130,28 @@ TEST(AtomicWrite, FailureLeavesTheOldFileAndNothingElse) {
     EXPECT_TRUE(holds_for_plain_user([&] {
         const rlimit limit{100'000, 100'000};
         setrlimit(RLIMIT_FSIZE, &limit);
-        signal(SIGXFSZ, SIG_IGN);
+        let_writes_fail();
         return write_text(folder / "big", "old big") &&
                !write_text(folder / "big", std::string(200'000, 'x'));
     }));
     EXPECT_EQ(get_file(folder / "file"), "old");
     EXPECT_EQ(get_file(folder / "big"), "old big");
     EXPECT_EQ(names_in(folder.path), (std::vector<std::string>{"big", "file"}));
+}
+
+TEST(AtomicWrite, TwoWhoWriteOneNameNeverMix) {
+    temporary_folder folder;
+    put_file(folder / ".file.kiv-save2", "a stray, too");
+    file_aside first, second, third;
+    for (file_aside *f : {&first, &second, &third})
+        ASSERT_TRUE(f->open(folder / "file")) << last_file_error();
+    EXPECT_TRUE(first.write("1....1", 6) && second.write("2222", 4) && third.write("3", 1));
+    EXPECT_TRUE(first.rewrite_start("<1>", 3) && first.finish());
+    EXPECT_EQ(get_file(folder / "file"), "<1>..1");
+    EXPECT_TRUE(second.finish());
+    third.discard();
+    EXPECT_EQ(get_file(folder / "file"), "2222");
+    EXPECT_EQ(names_in(folder.path), std::vector<std::string>{"file"});
 }
 
 // Killed at any moment, the file is one of the versions that were saved, whole.

@@ -34,6 +34,10 @@ class kiv_run : public testing::Test {
         return o;
     }
 
+    void shell(const std::string &command) const {
+        ASSERT_NE(std::system(("cd '" + folder.path + "'; " + command).c_str()), -1);
+    }
+
     // Everything in the folder besides the ROMs and what the test itself redirected.
     std::vector<std::string> leftovers() const {
         std::vector<std::string> names;
@@ -166,7 +170,7 @@ TEST_F(kiv_run, WhatFailsSaysWhyAndLeavesNothing) {
         {"", {"8801-4th.rom", "irectory"}, "rm 8801-4th.rom; mkdir 8801-4th.rom"},
         {"--roms nowhere", {"nowhere/8801-kiv.rom", "No such file"}},
         {"--frames 2 --png missing/f.png", {"missing/f.png", "No such file"}},
-        {"--frames 2 --png /dev/null", {"/dev/null", "not a regular file"}},
+        {"--frames 2 --png /dev/null", {"/dev/null", "Not a regular file"}},
         {"--frames 2 --wav missing/f.wav", {"missing/f.wav", "No such file"}},
         {"--frames 2 --tape-out missing/f.cmt", {"missing/f.cmt", "No such file"}},
         {"--frames 2 --wav ok.wav --save-dump missing/d.kiv", {"missing/d.kiv", "No such file"}},
@@ -207,6 +211,51 @@ TEST_F(kiv_run, WhatFailsSaysWhyAndLeavesNothing) {
             EXPECT_NE(o.err.find(word), std::string::npos) << word << " in " << o.err;
         EXPECT_EQ(leftovers(), std::vector<std::string>{}) << "left behind";
     }
+}
+
+// A full disk, an end from outside, two at once, a link, a mode, a file of the person's own.
+TEST_F(kiv_run, OutputsAreWrittenWholeOrNotAtAll) {
+    put_file(folder / "8801-zun.rom", "\xD3\x20\x3C\x18\xFB"); // out (20h),a; inc a; jr 0: tape without end
+    const std::string names[] = {"f.cmt", "f.wav", "f.png", "f.kiv"};
+    const std::string options[] = {"--tape-out ", "--wav ", "--png ", "--save-dump "};
+    put_file(folder / "f.cmt.part", "mine");
+    for (int i = 0; i < 4; ++i) {
+        put_file(folder / names[i], "old");
+        fs::permissions(folder / names[i], fs::perms(0600));
+        fs::create_symlink("new-" + names[i], folder / ("link-" + names[i]));
+    }
+    const std::vector<std::string> before = leftovers();
+    for (int i = 0; i < 4; ++i) {
+        SCOPED_TRACE(names[i]);
+        const std::string option = options[i] + names[i];
+        shell("{ (ulimit -f 0; '" KIV_RUN "' --frames 9 " + option +
+              "); echo code $?; } 2>&1 | cat >err.txt");
+        EXPECT_EQ(get_file(folder / "err.txt"), "kiv-run: " + names[i] + ": File too large\ncode 1\n");
+        shell("'" KIV_RUN "' --seconds 1e6 " + option +
+              " --wav w.wav 2>err.txt & until [ -e .w.wav.kiv-save ]; do "
+              "sleep .02; done; kill $!; wait $!");
+        EXPECT_NE(get_file(folder / "err.txt").find("kiv-run: interrupted after"), std::string::npos);
+        EXPECT_EQ(get_file(folder / names[i]), "old");
+        EXPECT_EQ(leftovers(), before);
+    }
+    const auto all = [&](const std::string &prefix) {
+        std::string list;
+        for (int i = 0; i < 4; ++i) list += options[i] + prefix + names[i] + " ";
+        return list;
+    };
+    shell("for n in 7 8 9; do '" KIV_RUN "' --frames ${n}0 " + all("") + "& done; wait");
+    EXPECT_EQ(run("--frames 80 " + all("link-")).code, 0);
+    for (const std::string &name : names) {
+        EXPECT_EQ(fs::status(folder / name).permissions(), fs::perms(0600)) << name;
+        EXPECT_TRUE(fs::is_symlink(folder / ("link-" + name))) << name;
+    }
+    const std::string tape = get_file(folder / "f.cmt");
+    size_t good = 0;
+    while (good < tape.size() && tape[good] == static_cast<char>(good)) ++good;
+    EXPECT_EQ(good, tape.size()) << "mixed";
+    EXPECT_GT(good, 100'000u);
+    EXPECT_EQ(get_file(folder / "f.cmt.part"), "mine");
+    EXPECT_EQ(leftovers().size(), before.size() + 4) << "the links' targets";
 }
 
 } // namespace
