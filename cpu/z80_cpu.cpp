@@ -50,6 +50,7 @@ void z80_reset(z80_cpu &cpu) {
     for (uint8_t &byte : cpu.r_table) byte = static_cast<uint8_t>(random() % 256);
     std::memset(&cpu, 0, offsetof(z80_cpu, stop_flags)); // BC through r_counter
     cpu.stop_flags = 0;
+    cpu.restore_steps = 0;
     cpu.inject_active = 0;
     cpu.inject_count = 0;
 }
@@ -64,12 +65,27 @@ void z80_reset(z80_cpu &cpu) {
     }
     z80_execute_injecting(cpu);
     if (cpu.stop_flags & (pending_interrupt | pending_nmi)) {
-        cpu.stop_flags &= stop_code_mask;
+        cpu.stop_flags &= stop_code_mask | restoring;
         cpu.step_cycles += cpu.accept_cycles;
         cpu.total_cycles += cpu.accept_cycles;
         cpu.accept_cycles = 0;
     }
-    return cpu.stop_flags != 0;
+    if ((cpu.stop_flags & restoring) && --cpu.restore_steps == 0) {
+        cpu.stop_flags &= static_cast<uint8_t>(~restoring);
+        cpu.IFF1 = cpu.IFF2 = 1;
+    }
+    return (cpu.stop_flags & stop_code_mask) != 0;
+}
+
+bool z80_hold_interrupts(z80_cpu &cpu, uint8_t steps) {
+    const bool dropped = (cpu.stop_flags & pending_interrupt) != 0;
+    cpu.stop_flags = static_cast<uint8_t>((cpu.stop_flags & stop_code_mask) | restoring);
+    cpu.restore_steps = steps;
+    cpu.IFF1 = cpu.IFF2 = 0;
+    cpu.inject_active = 0;
+    cpu.inject_count = 0;
+    cpu.accept_cycles = 0;
+    return dropped;
 }
 
 uint32_t z80_interrupt(z80_cpu &cpu, uint8_t level) {

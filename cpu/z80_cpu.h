@@ -29,12 +29,14 @@ enum z80_stop_reason : uint8_t {
     stop_unimplemented = 3,
 };
 
-// `stop_flags`, bits 0-2: a stop code, kept until reset. Bits 6 and 7: an entry that the next step makes.
+// `stop_flags`, bits 0-2: a stop code, kept until reset. Bit 5: `restore_steps` are counted. Bits 6 and 7: an
+// entry that the next step makes.
 enum z80_stop_flag : uint8_t {
     stop_code_mask = 0x07,
     stop_code_instruction = 1,    // HALT, undefined or unimplemented: see stop_reason
     stop_code_inject_empty = 4,   // an operand was asked of an exhausted inject buffer
     stop_code_interrupt_mode = 5, // an interrupt arrived in a mode other than 0, 1, 2
+    restoring = 0x20,             // see z80_hold_interrupts
     pending_interrupt = 0x40,     // maskable interrupt accepted
     pending_nmi = 0x80,           // NMI accepted
 };
@@ -74,6 +76,7 @@ struct z80_cpu {
     uint16_t vector_pc;       // entry address of an accepted interrupt
     uint8_t r_counter;        // +1 a step; index into r_table
     uint8_t stop_flags;       // z80_stop_flag
+    uint8_t restore_steps;    // steps to go until interrupts are enabled, while `restoring`
     uint8_t r_table[256];     // what LD A,R returns; new random bytes at every reset
     uint8_t inject_active;    // 1: instruction bytes come from inject_bytes
     uint8_t inject_bytes[5];  // consumed from the end
@@ -115,6 +118,10 @@ uint32_t z80_interrupt(z80_cpu &cpu, uint8_t level);
 
 // A non-maskable interrupt request; never refused. Nothing in the machine raises one.
 void z80_nmi(z80_cpu &cpu);
+
+// No maskable interrupt for so many steps (1-255), whatever the program does; then interrupts are enabled.
+// True when an interrupt that was accepted and not yet entered was dropped.
+bool z80_hold_interrupts(z80_cpu &cpu, uint8_t steps);
 
 // The register word of an index of z80_register_index; 0 for any other index.
 uint16_t z80_register(const z80_cpu &cpu, int index);

@@ -38,11 +38,34 @@ constexpr uint8_t restore_routine[] = {
 constexpr int saved_registers[] = {reg_bc_alt, reg_de_alt, reg_hl_alt, reg_af_alt,
                                    reg_bc,     reg_de,     reg_hl,     reg_af};
 
+constexpr uint8_t routine_steps = 13; // instructions
+
 using dump_bytes = std::array<uint8_t, dump_size>;
 
 void put_word(dump_bytes &dump, uint32_t offset, uint16_t value) {
     dump[offset] = static_cast<uint8_t>(value);
     dump[offset + 1] = static_cast<uint8_t>(value >> 8);
+}
+
+// Whether the CPU would find the routine as written here, with any saved SP and PC. A file of another origin
+// may hold anything there.
+bool routine_in_memory() {
+    for (uint32_t i = 0; i < sizeof restore_routine; ++i) {
+        const uint32_t offset = routine_offset + i;
+        if (offset - sp_offset < 2 || offset - pc_offset < 2) continue;
+        uint32_t wait = 0;
+        if (mem_read(static_cast<uint16_t>(dump_base + offset), &wait) != restore_routine[i]) return false;
+    }
+    return true;
+}
+
+// An interrupt inside the routine would push over the registers that are still to be popped. The file does
+// not say whether interrupts were enabled: a program that was saved runs with them, unless it was saved in a
+// handler.
+void protect_routine(z80_cpu &cpu) {
+    const bool dropped = z80_hold_interrupts(cpu, routine_steps);
+    if (dropped && machine.usart_byte_ready != 0)
+        machine.interrupt_pending |= 1; // the deck waits for its read
 }
 
 } // namespace
@@ -85,5 +108,6 @@ bool memory_dump_load(const std::string &path, z80_cpu &cpu) {
     }
     cpu.PC = routine_address;
     cpu.SP = static_cast<uint16_t>(dump[stack_offset] | dump[stack_offset + 1] << 8);
+    if (routine_in_memory()) protect_routine(cpu);
     return true;
 }

@@ -10,6 +10,7 @@ struct z80_cpu;
 // false leaves an existing file as it was.
 bool memory_dump_save(const std::string &path, const z80_cpu &cpu);
 
-// Reads a dump through the current memory map and points the CPU at its restore routine. False, with
+// Reads a dump through the current memory map and points the CPU at its restore routine, which no interrupt
+// disturbs; after it interrupts are enabled. False, with
 // memory untouched, when the file cannot be read or is shorter than 32576 bytes.
 bool memory_dump_load(const std::string &path, z80_cpu &cpu);

@@ -46,6 +46,50 @@ TEST_F(MemoryDump, ASavedProgramGoesOnWhereItWas) {
     EXPECT_EQ(std::memcmp(machine.ram + 0x8000, ram.data(), 0x7F3D), 0);
 }
 
+// Requests arrive at every step; each machine was left in another state by the program that ran before.
+TEST_F(MemoryDump, NoInterruptDisturbsTheRestoringAndTheProgramGoesOnWithThem) {
+    main_cpu.SP = 0xABCD, main_cpu.PC = 0x89AB, main_cpu.HL_alt = 0x5A5A, main_cpu.AF = 0x1234;
+    const z80_cpu saved = main_cpu;
+    const std::string name = folder / "dump.kiv", foreign = write_file("foreign.kiv", pattern(32768));
+    ASSERT_TRUE(memory_dump_save(name, main_cpu));
+    const struct {
+        const char *what;
+        uint8_t IM, IFF;
+        bool accepted, ready; // an interrupt not yet entered; a tape byte not yet read
+    } cases[] = {{"enabled", 1, 1, false, false},
+                 {"in a handler", 1, 0, false, false},
+                 {"accepted, IM 0", 0, 1, true, false},
+                 {"accepted, IM 1", 1, 1, true, true},
+                 {"accepted, IM 2", 2, 1, true, false}};
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.what);
+        SetUp();
+        out({{0x31, 0x02}, {0xE6, 0x07}, {0xE4, 0x08}});
+        main_cpu.IM = c.IM, main_cpu.IFF1 = main_cpu.IFF2 = c.IFF;
+        if (c.accepted) main_cpu.z80_interrupt(main_cpu, 0);
+        machine.usart_byte_ready = c.ready;
+        ASSERT_TRUE(memory_dump_load(name, main_cpu));
+        EXPECT_EQ(machine.interrupt_pending, c.ready);
+        const bytes ram(machine.ram, machine.ram + 0x10000);
+        for (int i = 0; i < 13; ++i) {
+            pass(7000); // the 1/600 s clock
+            EXPECT_EQ(main_cpu.z80_interrupt(main_cpu, 1), 1u) << i;
+            EXPECT_FALSE(main_cpu.z80_step(main_cpu));
+        }
+        EXPECT_EQ(main_cpu.PC, saved.PC);
+        EXPECT_EQ(main_cpu.SP, saved.SP);
+        EXPECT_EQ(main_cpu.HL_alt, saved.HL_alt);
+        EXPECT_EQ(main_cpu.AF, saved.AF);
+        EXPECT_EQ(std::memcmp(machine.ram, ram.data(), ram.size()), 0);
+        EXPECT_EQ(main_cpu.IFF1 + main_cpu.IFF2, 2);
+        pass(0);
+        EXPECT_EQ(main_cpu.stop_flags, pending_interrupt) << "the one that waited";
+        main_cpu.IFF1 = 1;
+        ASSERT_TRUE(memory_dump_load(foreign, main_cpu));
+        EXPECT_EQ(main_cpu.IFF1, 1) << "no such routine: left as it is";
+    }
+}
+
 TEST_F(MemoryDump, LengthDecidesHowMuchIsReadAndTheMapWhereItGoes) {
     const auto before = snapshot();
     const z80_cpu cpu_before = main_cpu;
