@@ -2,12 +2,14 @@
 #include "machine/kiv_machine.h"
 #include "machine/read_exactly.h"
 #include "support/kel_fstream.h"
-#include "support/tape_writer.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <memory>
 #include <new>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -21,14 +23,58 @@ tape_writer output;
 // Owns the image that the record points to: a record that was copied and put back never frees it twice.
 std::unique_ptr<uint8_t[]> image;
 
-// A search for a record that began anywhere in [first, last] runs to the end of the tape and finds none. A
-// program that asks for fast loads again and again thus does not make the run loop scan megabytes each time,
-// and a pause is answered in time.
-struct fruitless_search {
-    uint32_t first = 1, last = 0;
-    bool covers(uint32_t position) const { return first <= position && position <= last; }
+// Where the record marks are. A program may ask for fast loads again and again; were each a scan, the run
+// loop would be in megabytes of tape when a pause is asked for. Of each step of the tape the index holds the
+// first mark at or behind its start, one for each remainder of the position by 4: see find_record.
+class mark_index {
+  public:
+    static constexpr uint32_t none = UINT32_MAX;
+
+    void clear() { first_marks.clear(); }
+    void build(const uint8_t *new_tape, uint32_t new_size);
+    uint32_t any_from(uint32_t position) const;    // the first mark at or behind it
+    uint32_t fourth_from(uint32_t position) const; // of the marks at position, position + 4, ...
+
+  private:
+    static constexpr uint32_t step = 1024; // bytes
+    uint32_t step_end(uint32_t position) const {
+        return position / step == size / step ? size : (position / step + 1) * step;
+    }
+
+    const uint8_t *tape = nullptr;
+    uint32_t size = 0;
+    std::vector<std::array<uint32_t, 4>> first_marks;
 };
-fruitless_search fruitless;
+
+void mark_index::build(const uint8_t *new_tape, uint32_t new_size) {
+    tape = new_tape;
+    size = new_size;
+    first_marks.assign(size / step + 2, {none, none, none, none});
+    for (uint32_t n = size / step + 1; n-- > 0;) {
+        auto &marks = first_marks[n] = first_marks[n + 1];
+        const uint32_t start = n * step, end = step_end(start);
+        if (start == end || std::memchr(tape + start, record_mark, end - start) == nullptr) continue;
+        for (uint32_t i = end; i-- > start;)
+            if (tape[i] == record_mark) marks[i % 4] = i;
+    }
+}
+
+uint32_t mark_index::any_from(uint32_t position) const {
+    const uint32_t end = step_end(position);
+    if (const void *found = std::memchr(tape + position, record_mark, end - position))
+        return static_cast<uint32_t>(static_cast<const uint8_t *>(found) - tape);
+    const auto &marks = first_marks[position / step + 1];
+    return *std::min_element(marks.begin(), marks.end());
+}
+
+uint32_t mark_index::fourth_from(uint32_t position) const {
+    const uint32_t end = step_end(position);
+    for (uint32_t i = position; i < end; i += 4)
+        if (tape[i] == record_mark) return i;
+    return first_marks[position / step + 1][position % 4];
+}
+
+mark_index marks;
 
 void cassette_reset() {
     machine.cassette_countdown = cassette_byte_cycles;
@@ -83,20 +129,14 @@ bool next_byte(uint8_t &byte) {
 bool find_record(uint16_t &address) {
     const uint32_t from = machine.tape_position;
     if (from >= machine.tape_size) return false;
-    const uint8_t *const tape = machine.tape_image;
-    const uint8_t *const end = tape + machine.tape_size;
     machine.tape_position = machine.tape_size;
-    if (fruitless.covers(from)) return false;
-    const uint8_t *const first = std::find(tape + from, end, record_mark);
-    for (const uint8_t *mark = first; end - mark > 4;) {
-        mark += 4;
-        if (*mark != record_mark) continue;
-        address = static_cast<uint16_t>(mark[-3] * 0x100 + mark[-2]);
-        machine.tape_position = static_cast<uint32_t>(mark - tape) + 1;
-        return true;
-    }
-    fruitless = {from, static_cast<uint32_t>(first - tape)};
-    return false;
+    const uint32_t first = marks.any_from(from);
+    if (first == mark_index::none || machine.tape_size - first <= 4) return false;
+    const uint32_t second = marks.fourth_from(first + 4);
+    if (second == mark_index::none) return false;
+    address = static_cast<uint16_t>(machine.tape_image[second - 3] * 0x100 + machine.tape_image[second - 2]);
+    machine.tape_position = second + 1;
+    return true;
 }
 
 // One addressed record: its data block goes through the memory map as the program would write it.
@@ -132,7 +172,7 @@ void cassette_eject(kiv_machine &m) {
     image.reset();
     m.tape_image = nullptr;
     m.tape_size = m.tape_position = 0;
-    fruitless = {};
+    marks.clear();
 }
 
 bool cassette_load_tape(const std::string &path) {
@@ -164,20 +204,24 @@ bool cassette_load_tape(const std::string &path) {
         cassette_eject(machine);
         return false;
     }
+    marks.build(image.get(), size);
     machine.tape_image = image.get();
     return true;
 }
 
 bool cassette_set_output(const std::string &path) {
     if (path.size() >= tape_path_size) return false;
-    output.flush();
     std::memcpy(machine.tape_out_path, path.c_str(), path.size() + 1);
     output.set_path(path);
     return true;
 }
 
-void cassette_output(uint8_t byte) {
-    if (machine.tape_out_path[0] != '\0') output.put(byte);
+void cassette_set_output(tape_writer::sink sink, const std::string &name) {
+    machine.tape_out_path[0] = '\0';
+    output.set_sink(std::move(sink), name);
 }
 
+void cassette_output(uint8_t byte) { output.put(byte); }
 void cassette_flush_output() { output.flush(); }
+const std::string &cassette_output_failure() { return output.failure(); }
+void cassette_on_output_failure(tape_writer::failure_listener listener) { output.on_failure(listener); }

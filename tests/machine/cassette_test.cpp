@@ -3,7 +3,10 @@
 
 #include "app/kiv_assay.h"
 
+#include <algorithm>
 #include <filesystem>
+#include <random>
+#include <sys/resource.h>
 
 namespace {
 
@@ -115,14 +118,48 @@ TEST_F(Cassette, FastLoadFollowsTheRecordFormatAndTheMemoryMap) {
         out(0xF0, c.value);
         EXPECT_EQ(std::memcmp(&machine, expected.get(), sizeof machine), 0) << c.what;
     }
-    // 64 MiB that hold no record, asked for again and again: with every search made anew this takes minutes.
-    bytes tape(64 << 20, 0x00);
-    tape[100] = ':'; // the chain from here never meets a second mark
-    insert_tape(tape);
-    for (uint32_t i = 0; i < 20000; ++i) {
-        machine.tape_position = i % 100;
-        out(0xF0, 255);
-        ASSERT_EQ(machine.tape_position, tape.size());
+}
+
+// Against the search told byte by byte, from every position of tapes that are longer than the steps of the
+// index.
+TEST_F(Cassette, FastLoadFindsTheRecordThatAScanWouldFind) {
+    std::minstd_rand random(1);
+    for (const uint32_t marks_apart : {2u, 9u, 300u, 2000u}) {
+        bytes tape(3001 + random() % 4);
+        for (uint8_t &byte : tape) byte = random() % marks_apart == 0 ? ':' : 0;
+        insert_tape(tape);
+        for (uint32_t from = 0; from < tape.size(); ++from) {
+            uint32_t at = from, found = 0; // behind the second mark
+            while (at < tape.size() && tape[at] != ':') ++at;
+            for (at += 4; found == 0 && at < tape.size(); at += 4)
+                if (tape[at] == ':') found = at + 1;
+            const size_t length = found != 0 && found < tape.size() ? tape[found] : 0;
+            machine.tape_position = from;
+            out(0xF0, 1);
+            const size_t behind = found == 0 ? tape.size() : found + 1 + (length != 0 ? length + 1 : 0);
+            ASSERT_EQ(machine.tape_position, std::min(behind, tape.size()))
+                << "from " << from << ", " << marks_apart;
+        }
+    }
+}
+
+// 16 MiB without a record, or with one at the end, asked for again and again: were each a scan, this would
+// take a minute, and a pause as long.
+TEST_F(Cassette, FastLoadsOverALargeTapeCostNoScan) {
+    const bytes record = {':', 0xC0, 0, 9, ':', 1, 5, 9};
+    for (const bool has_record : {false, true}) {
+        bytes tape(16 << 20, 0x00);
+        if (has_record)
+            std::copy(record.begin(), record.end(), tape.end() - 8);
+        else
+            tape[5] = ':'; // the chain from here meets no second mark
+        insert_tape(tape);
+        for (int i = 0; i < 40000; ++i) {
+            in(0x20);
+            out(0xF0, 255);
+            ASSERT_EQ(machine.tape_position, tape.size());
+        }
+        EXPECT_EQ(machine.ram[0xC000] == 5, has_record);
     }
 }
 
@@ -168,6 +205,31 @@ TEST_F(Cassette, FilesThatFailAreReportedOnceAndLoseNothing) {
     }
     EXPECT_FALSE(cassette_set_output(std::string(512, 'y')));
     EXPECT_EQ(machine.tape_out_path, std::string(511, 'x'));
+}
+
+// A disk that is full for a while: the tape ends there, instead of having a hole, until a file is chosen
+// again.
+TEST_F(Cassette, AfterAFailureTheTapeEnds) {
+    static std::vector<std::string> told;
+    told.clear();
+    cassette_on_output_failure([](const std::string &path, const std::string &) { told.push_back(path); });
+    platform::let_writes_fail();
+    const std::string name = folder / "t.cmt";
+    rlimit normal;
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &normal), 0);
+    ASSERT_TRUE(cassette_set_output(name));
+    for (int block = 0; block < 4; ++block) {
+        const rlimit full{block == 1 ? 1500 : normal.rlim_cur, normal.rlim_max};
+        ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &full), 0);
+        if (block == 3) cassette_set_output(name);
+        for (int i = 0; i < 1000; ++i) out(0x20, block);
+        cassette_flush_output();
+    }
+    EXPECT_EQ(get_file(name), std::string(1000, 0) + std::string(500, 1) + std::string(1000, 3));
+    EXPECT_EQ(told, std::vector<std::string>{name});
+    EXPECT_EQ(lines.size(), 1u);
+    EXPECT_EQ(cassette_output_failure(), "");
+    cassette_on_output_failure(nullptr);
 }
 
 } // namespace
