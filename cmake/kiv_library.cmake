@@ -3,7 +3,8 @@
 add_library(kiv_options INTERFACE)
 target_include_directories(kiv_options INTERFACE ${PROJECT_SOURCE_DIR})
 target_compile_options(kiv_options INTERFACE
-    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror -fno-plt)
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -fno-plt
+    $<$<BOOL:${KIV_WERROR}>:-Werror>)
 
 if(KIV_SANITIZE STREQUAL "address")
     # `undefined` alone leaves out the two float checks.

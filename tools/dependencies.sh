@@ -6,6 +6,8 @@ build_packages="g++ cmake ninja-build libpng-dev pasmo"
 desktop_packages="qt6-base-dev libsdl2-dev fonts-vlgothic"
 # For the tests and the benchmarks.
 test_packages="libgtest-dev libbenchmark-dev xvfb xdotool openbox"
+# For tools/lint.
+lint_packages="clang-format clang-tidy"
 
 # install_missing PACKAGE...: installs what is not there. Without apt, or without the right to use it, the
 # build goes on with what the system has.
@@ -39,7 +41,14 @@ build() {
     log="build/$preset.log"
     mkdir -p build
     echo "Building ($preset) ..."
-    cmake --preset "$preset" >"$log" 2>&1 || { cat "$log"; echo "The configuration failed." >&2; return 1; }
+    # CMake refuses a build folder that was made elsewhere. What it remembers is made anew.
+    fresh=""
+    made_in=$(sed -n 's/^CMAKE_HOME_DIRECTORY:INTERNAL=//p' "build/$preset/CMakeCache.txt" 2>/dev/null || true)
+    if [ -n "$made_in" ] && [ "$(cd "$made_in" 2>/dev/null && pwd -P)" != "$(pwd -P)" ]; then
+        echo "The folder was moved or copied since the last build: everything is built anew."
+        fresh="--fresh"
+    fi
+    cmake $fresh --preset "$preset" >"$log" 2>&1 || { cat "$log"; echo "The configuration failed." >&2; return 1; }
     grep -E '^-- kiv: ' "$log" | sed 's/^-- kiv: /  /' || true
     targets=""
     [ $# -eq 0 ] || targets="--target $*"
