@@ -48,12 +48,11 @@ int kiv_form::initialize() {
         trace("Z80スレッド初期化失敗");
         return 0;
     }
-    if (!program.directx->init(*window, static_cast<uint32_t>(use_videomem))) {
+    if (!program.directx->init(*window, static_cast<uint32_t>(settings[setting_use_videomem]))) {
         trace("DirectX初期化失敗");
         return 0;
     }
-    program.directx->setHardVolume(hard_volume);
-    program.directx->setSoftVolume(static_cast<int16_t>(soft_volume));
+    apply_volumes();
     post(WM_Z80START, 0, 0);
     return 1;
 }
@@ -107,5 +106,5 @@ int kiv_form::load_font() {
 
 void kiv_form::remap_cursor_keys() {
     machine.reset_keyboard(machine);
-    map_cursor_keys(tenkeyless != 0);
+    map_cursor_keys(settings[setting_tenkeyless] != 0);
 }

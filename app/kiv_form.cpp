@@ -10,10 +10,12 @@
 #include "platform/file.h"
 #include "platform/resources.h"
 #include "resources/resources.h"
+#include "support/host_keys.h"
 #include "support/kel_fstream.h"
 
 #include <cstdio>
 #include <exception>
+#include <optional>
 
 namespace {
 
@@ -50,8 +52,7 @@ kiv_form::~kiv_form() {
     trace("LEAVE ~kiv_form");
 }
 
-int kiv_form::create(const std::string &class_name, const std::string &title, int x, int y, int width,
-                     int height) {
+int kiv_form::create(const std::string &title, int x, int y, int width, int height) {
     const std::string version = version_text();
     platform::window_options options;
     options.title = version.empty() ? title : title + " [" + version + "]";
@@ -61,7 +62,7 @@ int kiv_form::create(const std::string &class_name, const std::string &title, in
     options.height = height;
     window = host.create_window(options, *this);
     if (window == nullptr) {
-        trace("create: the host refuses a window of class %s", class_name.c_str());
+        trace("create: the host refuses a window");
         return 0;
     }
     attached = true; // messages before this one have had the default handling
@@ -110,7 +111,13 @@ int64_t kiv_form::dispatch(const platform::message &m, bool &handled) {
         return 0;
     case platform::wm_query_end_session:
         trace("WM_QUERYENDSESSION");
-        exit();
+        // Under a dialog the machine is parked already; it ends with the dialog, which may still read the
+        // sound's volume.
+        if (in_dialog)
+            session_ends = true;
+        else
+            exit();
+        cassette_flush_output();
         return 1; // the session may end
     case platform::wm_erase_background: return erase_background(window->current_painter());
     case platform::wm_activate_app:
@@ -118,7 +125,7 @@ int64_t kiv_form::dispatch(const platform::message &m, bool &handled) {
         OnAppActivate(static_cast<int>(m.wparam));
         return 0;
     case platform::wm_key_down:
-        if (!(m.lparam & repeated_key)) key_down(static_cast<uint32_t>(m.wparam));
+        if (!(m.lparam & repeated_key)) key_pressed(static_cast<uint32_t>(m.wparam));
         return 0;
     case platform::wm_key_up: key_released(static_cast<uint32_t>(m.wparam)); return 0;
     case platform::wm_sys_command:
@@ -138,26 +145,51 @@ int64_t kiv_form::dispatch(const platform::message &m, bool &handled) {
     }
 }
 
-void kiv_form::key_released(uint32_t virtual_key) {
-    const bool shift = window->shift_down();
-    switch (virtual_key) {
-    case key_pause:
-    case key_end: post(platform::wm_close, 0, 0); break;
-    case key_f6:
-        if (!shift)
-            save_dump();
-        else if (program.directx != nullptr)
-            program.directx->toggle_status();
-        break;
-    case key_f7: settings_command(); break;
-    case key_f8:
-        if (program.directx != nullptr) program.directx->toggleSound();
-        break;
-    case key_f9: shift ? select_tape_output() : open_file(); break;
-    case key_f11: machine.pcg_glyphs_on = machine.pcg_glyphs_on == 0; break;
-    case key_f12: shift ? change_screen() : reset_machine(); break;
-    default: key_up(virtual_key); break;
+// Host keys that are commands, acted on when they are released.
+struct kiv_form::key_command {
+    uint32_t key;
+    void (kiv_form::*plain)();
+    void (kiv_form::*with_shift)();
+};
+
+const kiv_form::key_command kiv_form::key_commands[] = {
+    {vk_pause, &kiv_form::close_command, &kiv_form::close_command},
+    {vk_end, &kiv_form::close_command, &kiv_form::close_command},
+    {vk_f6, &kiv_form::save_dump, &kiv_form::toggle_status},
+    {vk_f7, &kiv_form::settings_command, &kiv_form::settings_command},
+    {vk_f8, &kiv_form::toggle_sound, &kiv_form::toggle_sound},
+    {vk_f9, &kiv_form::open_file, &kiv_form::select_tape_output},
+    {vk_f11, &kiv_form::toggle_pcg_glyphs, &kiv_form::toggle_pcg_glyphs},
+    {vk_f12, &kiv_form::reset_machine, &kiv_form::change_screen},
+};
+
+const kiv_form::key_command *kiv_form::command_of(uint32_t virtual_key) {
+    for (const key_command &command : key_commands)
+        if (command.key == virtual_key) return &command;
+    return nullptr;
+}
+
+bool kiv_form::is_command_key(uint32_t virtual_key) const { return command_of(virtual_key) != nullptr; }
+
+void kiv_form::key_pressed(uint32_t virtual_key) {
+    if (const key_command *command = command_of(virtual_key)) {
+        const uint64_t bit = uint64_t{1} << (command - key_commands);
+        shifted_presses = window->shift_down() ? shifted_presses | bit : shifted_presses & ~bit;
     }
+    key_down(virtual_key);
+}
+
+// Shift let go a moment before its command key still counts: the other command would be a surprise.
+void kiv_form::key_released(uint32_t virtual_key) {
+    const key_command *command = command_of(virtual_key);
+    if (command == nullptr) {
+        key_up(virtual_key);
+        return;
+    }
+    const uint64_t bit = uint64_t{1} << (command - key_commands);
+    const bool shift = window->shift_down() || (shifted_presses & bit) != 0;
+    shifted_presses &= ~bit;
+    (this->*(shift ? command->with_shift : command->plain))();
 }
 
 void kiv_form::key_down(uint32_t virtual_key) { key_press(virtual_key); }
@@ -211,7 +243,6 @@ void kiv_form::set_window_style(int width, int height) {
     window->resize_client(width, height);
     window->centre();
     window->show();
-    window->remove_default_menu_items();
     if (window->has_menu_item(menu_about)) return; // however often the mode changes, the items come once
     window->insert_menu_item(0, menu_about, "Kivについて");
     window->insert_menu_item(1, menu_settings, "Kivの設定");
@@ -299,9 +330,91 @@ void kiv_form::on_z80_abort(uint32_t address, uint32_t reason) {
 
 // ---- commands ----------------------------------------------------------------------------------------
 
+// Parks the CPU thread and silences the sound for as long as it lives. Not paused: the CPU thread could not
+// be parked, and the command is dropped.
+class kiv_form::pause_scope {
+  public:
+    explicit pause_scope(kiv_form &f) : form(f), is_paused(f.pause_machine() != 0) {
+        if (is_paused) program.directx->stop();
+    }
+    ~pause_scope() {
+        if (!is_paused) return;
+        program.cpu_thread->resume_run();
+        program.directx->play();
+    }
+    pause_scope(const pause_scope &) = delete;
+    pause_scope &operator=(const pause_scope &) = delete;
+    explicit operator bool() const { return is_paused; }
+    // The emulation ends here.
+    void end() {
+        is_paused = false;
+        program.cpu_thread->request_stop();
+        program.cpu_thread->resume_run();
+        program.cpu_thread->stop();
+        program.directx->release();
+    }
+
+  private:
+    kiv_form &form;
+    bool is_paused;
+};
+
+// The two halves around every dialog, whatever happens between them.
+class kiv_form::dialog_scope {
+  public:
+    enum how : unsigned { plain = 0, take_focus = 1, erase = 2, release_keys = 4 };
+
+    dialog_scope(kiv_form &f, unsigned options) : form(f), with(options) {
+        if (form.in_dialog) return;
+        pause.emplace(form);
+        if (!*pause) return;
+        form.in_dialog = true;
+        form.show_cursor_if_full_screen();
+        if (with & take_focus) form.window->set_focus();
+        form.window->invalidate((with & erase) != 0);
+    }
+    ~dialog_scope() {
+        if (!*this) return;
+        form.in_dialog = false;
+        if (form.session_ends) {
+            pause->end();
+            return;
+        }
+        form.hide_cursor_if_full_screen();
+        form.window->set_focus();
+        if (with & release_keys) machine.reset_keyboard(machine);
+    }
+    dialog_scope(const dialog_scope &) = delete;
+    dialog_scope &operator=(const dialog_scope &) = delete;
+    explicit operator bool() const { return pause && *pause; }
+
+  private:
+    kiv_form &form;
+    const unsigned with;
+    std::optional<pause_scope> pause; // ends last
+};
+
+void kiv_form::notify(const std::string &text) {
+    trace("notice: %s", text.c_str());
+    window->notify(text);
+}
+
+void kiv_form::close_command() { post(platform::wm_close, 0, 0); }
+
+void kiv_form::toggle_status() {
+    if (program.directx != nullptr) program.directx->toggle_status();
+}
+
+void kiv_form::toggle_sound() {
+    if (program.directx != nullptr) program.directx->toggleSound();
+}
+
+void kiv_form::toggle_pcg_glyphs() { machine.pcg_glyphs_on = machine.pcg_glyphs_on == 0; }
+
 void kiv_form::reset_machine() {
-    if (program.cpu_thread == nullptr || deactivated || in_dialog || !pause_machine()) return;
-    program.directx->stop();
+    if (deactivated || in_dialog) return;
+    const pause_scope pause(*this);
+    if (!pause) return;
     program.directx->clearPCM();
     program.directx->setSoundOff(0);
     remap_cursor_keys();
@@ -309,50 +422,24 @@ void kiv_form::reset_machine() {
     machine.pcg_glyphs_on = 0;
     machine.tape_position = 0;
     program.cpu_thread->reset_cpu();
-    program.cpu_thread->resume_run();
-    program.directx->play();
 }
 
 void kiv_form::change_screen() {
     if (in_dialog) return;
     trace("change_screen: try stop z80 thread");
-    if (!pause_machine()) return;
+    pause_scope pause(*this);
+    if (!pause) return;
     trace("change_screen: try stop direct sound");
-    program.directx->stop();
     trace("change_screen: try reinit");
     window->show_cursor(program.directx->is_full_screen() != 0);
     if (!program.directx->toggle_screen()) {
         trace("change_screen: exit by failed");
-        program.cpu_thread->request_stop();
-        program.cpu_thread->resume_run();
-        program.cpu_thread->stop();
-        program.directx->release();
+        pause.end();
         return;
     }
     trace("change_screen: restart");
     window->show_cursor(program.directx->is_full_screen() == 0);
     window->set_focus();
-    program.cpu_thread->resume_run();
-    program.directx->play();
-}
-
-bool kiv_form::suspend_for_dialog(bool take_focus, bool erase) {
-    if (in_dialog || !pause_machine()) return false;
-    in_dialog = true;
-    program.directx->stop();
-    show_cursor_if_full_screen();
-    if (take_focus) window->set_focus();
-    window->invalidate(erase);
-    return true;
-}
-
-void kiv_form::resume_after_dialog(bool release_keys) {
-    in_dialog = false;
-    hide_cursor_if_full_screen();
-    window->set_focus();
-    if (release_keys) machine.reset_keyboard(machine);
-    program.cpu_thread->resume_run();
-    program.directx->play();
 }
 
 bool kiv_form::refuse_long_path(const char *command, const std::string &path) {
@@ -363,7 +450,8 @@ bool kiv_form::refuse_long_path(const char *command, const std::string &path) {
 }
 
 void kiv_form::save_dump() {
-    if (!suspend_for_dialog(false, false)) return;
+    const dialog_scope scope(*this, dialog_scope::plain);
+    if (!scope) return;
     platform::file_dialog_options options;
     options.title = "Kiv ﾌｧｲﾙの保存";
     options.filter_name = "Kiv ﾌﾟﾛｸﾞﾗﾑﾌｧｲﾙ";
@@ -372,14 +460,13 @@ void kiv_form::save_dump() {
     options.default_extension = "KIV";
     options.confirm_overwrite = true;
     std::string path;
-    // What a dump or a tape cannot do is in the log by its own line.
-    if (host.save_file(*window, options, path) && !refuse_long_path("save_dump", path))
-        memory_dump_save(path, main_cpu);
-    resume_after_dialog(false);
+    if (!host.save_file(*window, options, path) || refuse_long_path("save_dump", path)) return;
+    if (!memory_dump_save(path, main_cpu)) notify(path + ": " + platform::last_file_error());
 }
 
 void kiv_form::open_file() {
-    if (!suspend_for_dialog(false, true)) return;
+    const dialog_scope scope(*this, dialog_scope::erase | dialog_scope::release_keys);
+    if (!scope) return;
     platform::file_dialog_options options;
     options.title = "Kiv ﾌｧｲﾙの選択";
     options.filter_name = "Kiv ﾌﾟﾛｸﾞﾗﾑﾌｧｲﾙ";
@@ -393,13 +480,14 @@ void kiv_form::open_file() {
         // Anywhere in the path, folders included.
         const bool dump = path.find(".KIV") != std::string::npos || path.find(".kiv") != std::string::npos;
         loaded = dump ? memory_dump_load(path, main_cpu) : cassette_load_tape(path);
+        if (!loaded) notify(path + ": " + platform::last_file_error());
     }
     machine.cassette_set_stopped(loaded);
-    resume_after_dialog(true);
 }
 
 void kiv_form::select_tape_output() {
-    if (!suspend_for_dialog(false, true)) return;
+    const dialog_scope scope(*this, dialog_scope::erase);
+    if (!scope) return;
     platform::file_dialog_options options;
     options.title = "CMT ﾌｧｲﾙの保存先選択";
     options.filter_name = "CMT 出力ﾌｧｲﾙ";
@@ -410,25 +498,21 @@ void kiv_form::select_tape_output() {
     // A cancelled dialog leaves the name that it began with.
     std::string path;
     if (!host.save_file(*window, options, path)) path = options.file_name;
-    if (!refuse_long_path("select_tape_output", path) && !cassette_set_output(path))
-        trace("select_tape_output: %s cannot be taken", path.c_str());
-    resume_after_dialog(false);
+    if (refuse_long_path("select_tape_output", path) || cassette_set_output(path)) return;
+    trace("select_tape_output: %s cannot be taken", path.c_str());
+    notify(path + ": " + platform::last_file_error());
 }
 
 void kiv_form::settings_command() {
-    if (!suspend_for_dialog(true, false)) return;
+    const dialog_scope scope(*this, dialog_scope::take_focus);
+    if (!scope) return;
     platform::settings_dialog dialog = make_settings_dialog();
-    if (host.settings(*window, dialog)) {
-        apply_settings_dialog(dialog);
-        hard_volume = hard_volume_readback();
-        soft_volume = static_cast<int16_t>(program.directx->getSoftVolume());
-        write_settings(settings_section);
-    }
-    resume_after_dialog(false);
+    if (!host.settings(*window, dialog)) return;
+    take_settings_dialog(dialog);
+    write_settings(settings_section);
 }
 
 void kiv_form::about_command() {
-    if (!suspend_for_dialog(true, false)) return;
-    host.help(*window, make_help_dialog());
-    resume_after_dialog(false);
+    const dialog_scope scope(*this, dialog_scope::take_focus);
+    if (scope) host.help(*window, make_help_dialog());
 }

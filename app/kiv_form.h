@@ -27,18 +27,6 @@ enum form_menu_item : uint32_t {
     menu_about = 2,
 };
 
-// Host keys that are commands, acted on when they are released.
-enum command_key : uint32_t {
-    key_pause = 0x13,
-    key_end = 0x23,
-    key_f6 = 0x75,
-    key_f7 = 0x76,
-    key_f8 = 0x77,
-    key_f9 = 0x78,
-    key_f11 = 0x7A,
-    key_f12 = 0x7B,
-};
-
 constexpr size_t path_limit = 512; // bytes of a path with its closing 0
 
 class kiv_form final : public main_window, public platform::window_listener {
@@ -49,13 +37,13 @@ class kiv_form final : public main_window, public platform::window_listener {
     kiv_form &operator=(const kiv_form &) = delete;
 
     // Creates the window, with the program's version in its title. 1, or 0 when the host refuses.
-    virtual int create(const std::string &class_name, const std::string &title, int x, int y, int width,
-                       int height);
+    virtual int create(const std::string &title, int x, int y, int width, int height);
     // Posts a message to the own window; from any thread.
     void post(uint32_t message, uint64_t wparam, uint64_t lparam) override;
     // Boots the machine and posts WM_Z80START. 1, or 0 after a failure that it has shown or logged.
     virtual int initialize();
     int64_t window_proc(platform::host_window &from, const platform::message &m, bool &handled) override;
+    bool is_command_key(uint32_t virtual_key) const override;
     virtual void OnAppActivate(int active);
     virtual void on_paint();
     virtual void draw_pause_picture(platform::painter &painter);
@@ -71,15 +59,18 @@ class kiv_form final : public main_window, public platform::window_listener {
     void set_full_screen_style(int width, int height) override;
     void set_window_style(int width, int height) override;
 
-    platform::host_window *get_window() const { return window; }
-
   private:
     int64_t dispatch(const platform::message &m, bool &handled);
     void key_released(uint32_t virtual_key);
+    void key_pressed(uint32_t virtual_key);
 
     // Commands.
     void start_emulation();
     void exit();
+    void close_command();
+    void toggle_status();
+    void toggle_sound();
+    void toggle_pcg_glyphs();
     void reset_machine();
     void change_screen();
     void save_dump();
@@ -90,10 +81,15 @@ class kiv_form final : public main_window, public platform::window_listener {
     void on_z80_abort(uint32_t address, uint32_t reason);
     void reactivate();
 
-    // The two halves around every dialog. False: the CPU thread could not be parked, the command is dropped.
-    bool suspend_for_dialog(bool take_focus, bool erase);
-    void resume_after_dialog(bool release_keys);
+    struct key_command;
+    static const key_command key_commands[];
+    static const key_command *command_of(uint32_t virtual_key);
+
+    class dialog_scope;  // around every dialog: the CPU thread parked
+    class pause_scope;   // the same, for what needs no dialog
     int pause_machine(); // z80_thread's pause, then the buffered tape output
+    // Something that the person should know and need not answer.
+    void notify(const std::string &text);
     bool refuse_long_path(const char *command, const std::string &path);
 
     // Boot.
@@ -106,20 +102,20 @@ class kiv_form final : public main_window, public platform::window_listener {
     int load_settings_file();
     void read_settings(const char *section);
     int write_settings(const char *section);
-    int hard_volume_readback() const;
     platform::settings_dialog make_settings_dialog() const;
-    void apply_settings_dialog(const platform::settings_dialog &dialog);
+    void take_settings_dialog(const platform::settings_dialog &dialog);
+    void apply_settings();
+    void apply_volumes();
 
     platform::host &host;
     platform::host_window *window = nullptr; // kept when it is destroyed: other threads may still post
     bool attached = false;                   // the window's messages come here
-    bool in_dialog = false;                  // between the two halves of a dialog
+    bool in_dialog = false;                  // a dialog_scope lives
+    bool session_ends = false;               // a log-off came meanwhile
     kel_dib pause_picture;
     std::vector<uint32_t> pause_pixels; // the pause picture as 0x00RRGGBB, rows top first
-    int use_videomem = 1;
-    int tenkeyless = 0;
-    int hard_volume = 0; // decibels
-    int soft_volume = 0;
+    setting_values settings{};
+    uint64_t shifted_presses = 0; // key_commands, by index: pressed with Shift
     std::string ini_path;
     int deactivated = 0; // 1: paused because full screen lost activation
     platform::event sync_event, ack_event;

@@ -16,7 +16,6 @@ void show_failure(platform::host &host, const char *text) { host.error_box(nullp
 
 namespace {
 
-constexpr char window_class[] = "KKEEL";
 constexpr uint64_t first_processor = 1;
 constexpr uint32_t timer_resolution_ms = 1;
 
@@ -27,10 +26,7 @@ void report_start_failure(platform::host &host, const char *text) {
 
 // The steps between the platform's set-up and its restoring; the exit code.
 int start_and_run(platform::host &host, platform::event &sound_mutex) {
-    if (!host.begin()) return report_start_failure(host, "CoInitialize失敗"), 1;
-    if (!host.register_window_class(window_class))
-        return report_start_failure(host, "RegisterClassEx失敗"), 1;
-    if (!program.form->create(window_class, program_title, 0, 0, 640, 480))
+    if (!program.form->create(program_title, 0, 0, 640, 480))
         return report_start_failure(host, "CreateWindowEx失敗"), 1;
     sound_mutex = platform::event::create("SNDMUTEX"); // nobody waits on it
     if (!sound_mutex) return report_start_failure(host, "CreateMutex失敗"), 1;
@@ -48,7 +44,6 @@ int run(platform::host &host) {
     const int code = start_and_run(host, sound_mutex);
     host.end_timer_resolution(timer_resolution_ms);
     sound_mutex.close();
-    host.end();
     return code;
 }
 

@@ -15,15 +15,25 @@ int always_one(int) { return 1; }
 
 } // namespace
 
+using enum setting_control;
+
+// clang-format off
 const setting_rule setting_rules[setting_count] = {
-    {"z80_no_wait", 0, one_only, false},   {"dma_gain", 20, as_it_is, true},
-    {"hard_volume", -4, as_it_is, false},  {"soft_volume", 1, as_it_is, false},
-    {"use_videomem", 1, always_one, true}, {"dma_load", 100, as_it_is, true},
-    {"sync_vblank", 0, one_only, true},    {"tenkeyless", 1, one_only, true},
-    {"screensize", 0, not_zero, false},    {"txt_on_demand", 0, one_only, true},
-    {"interlace", 0, one_only, true},      {"boot_rom", 1, not_zero, true},
-    {"hires_crt", 1, one_only, true},
+    {"z80_no_wait",   0,   one_only,   false, check, 1, "NO Wait"},
+    {"dma_gain",      20,  as_it_is,   true,  slider, 1, "DMA gain", "(T)", 1, 40},
+    {"hard_volume",   -4,  as_it_is,   false, slider, 2, "Volume", "(dB)", -100, 0},
+    {"soft_volume",   1,   as_it_is,   false, slider, 3, "Amplitude", "", 1, 18},
+    {"use_videomem",  1,   always_one, true},
+    {"dma_load",      100, as_it_is,   true,  slider, 0, "DMA load", "(T)", 0, 100},
+    {"sync_vblank",   0,   one_only,   true,  check, 2, "Sync Vertical Blank"},
+    {"tenkeyless",    1,   one_only,   true,  check, 0, "TEN-Keyless"},
+    {"screensize",    0,   not_zero,   false, check, 3, "720x480"},
+    {"txt_on_demand", 0,   one_only,   true,  check, 4, "Text diff-draw"},
+    {"interlace",     0,   one_only,   true,  check, 5, "Interlace like"},
+    {"boot_rom",      1,   not_zero,   true,  inverted_check, 6, "N-BASIC ROM BOOT"},
+    {"hires_crt",     1,   one_only,   true,  check, 7, "HiRes CRT"},
 };
+// clang-format on
 
 setting_values default_settings() {
     setting_values values{};

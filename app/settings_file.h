@@ -1,5 +1,5 @@
-// The thirteen settings as the settings file keeps them: one table with key, default, reading rule and
-// writing rule. Knows the file only, not the objects that use the values.
+// The thirteen settings as one table: key, default, reading and writing rule, and the row of the settings
+// dialog. Knows the file and the dialog's words, not the objects that use the values.
 #pragma once
 
 #include <array>
@@ -28,11 +28,18 @@ using setting_values = std::array<int, setting_count>;
 
 constexpr char settings_section[] = "Default";
 
+enum class setting_control { none, slider, check, inverted_check }; // an inverted one is checked for 0
+
 struct setting_rule {
     const char *key;
     int fallback;           // when the key is missing
     int (*read)(int value); // what a value of the file becomes
     bool is_unsigned;       // written "%u" instead of "%d"
+    // In the dialog.
+    setting_control control = setting_control::none;
+    size_t place = 0; // among the controls of its kind
+    const char *label = "", *unit = "";
+    int minimum = 0, maximum = 0; // of a slider
 };
 extern const setting_rule setting_rules[setting_count];
 
@@ -42,6 +49,7 @@ setting_values default_settings();
 // whoever uses one makes its use safe. A null section is "Default".
 setting_values read_settings_file(const std::string &path, const char *section = nullptr);
 
-// Writes all thirteen keys in one rewrite of the file. False: the file is as it was.
+// Writes all thirteen keys in one rewrite of the file. False: the file is as it was, and last_file_error says
+// why.
 bool write_settings_file(const std::string &path, const setting_values &values,
                          const char *section = nullptr);

@@ -7,9 +7,9 @@
 #include "machine/kiv_machine.h"
 #include "machine/machine_pass.h"
 #include "machine/rom_loader.h"
-#include "platform/headless/headless_host.h"
 #include "platform/thread.h"
 #include "support/main_window.h"
+#include "tests/headless/headless_host.h"
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -35,6 +35,7 @@ struct quiet_listener : platform::window_listener {
         handled = false;
         return 0;
     }
+    bool is_command_key(uint32_t) const override { return false; }
 };
 
 struct reporting_window : main_window {

@@ -31,9 +31,8 @@ enum overlay : int32_t {
 // In full screen the line may lie in the margin, which the composer never redraws.
 constexpr int overlay_erase_width = 340, overlay_erase_height = 20;
 
-// A surface that stays busy, or is lost again as soon as it is restored, costs this frame only.
+// A surface that stays busy costs this frame only.
 constexpr int busy_tries = 20; // a millisecond each
-constexpr int restore_tries = 3;
 
 // The object that frames are drawn by. Held while a frame is drawn, so that it does not go away meanwhile.
 std::mutex presenter_mutex;
@@ -91,8 +90,6 @@ void kiv_directx::restore_surfaces() {
     const std::lock_guard lock(surfaces_mutex);
     if (primary == nullptr) return; // then there is no off-screen surface, either
     const auto surfaces = {primary.get(), offscreen.get()};
-    for (platform::surface *surface : surfaces)
-        if (!surface->restore()) trace("DirectX: restore_surfaces() Failed");
     for (platform::surface *surface : surfaces) surface->fill({0, 0, width, height}, 0);
 }
 
@@ -101,7 +98,7 @@ void kiv_directx::restore_surfaces() {
 bool kiv_directx::video_start() {
     const bool set_up = full_screen != 0 ? video_start_full_screen()
                                          : directdraw_setup(frame_width, frame_height, window_depth);
-    if (set_up && create_surfaces() && create_palette()) return true;
+    if (set_up && create_surfaces()) return true;
     video_release();
     return false;
 }
@@ -118,16 +115,6 @@ bool kiv_directx::video_start_full_screen() {
 
 bool kiv_directx::directdraw_setup(int mode_width, int mode_height, int depth) {
     platform::display &display = host.get_display();
-    if (!display.open()) {
-        trace("DirectX: DirectDrawCreate Failed");
-        return false;
-    }
-    display_open = true;
-    const auto give_up = [&] {
-        display.close();
-        display_open = false;
-        return false;
-    };
     if (full_screen != 0) {
         trace("DirectX:  Full Screen Mode start");
         if (the_main_window != nullptr) the_main_window->set_full_screen_style(mode_width, mode_height);
@@ -138,18 +125,13 @@ bool kiv_directx::directdraw_setup(int mode_width, int mode_height, int depth) {
     }
     if (!display.set_cooperative_level(*window, full_screen != 0)) {
         trace("DirectX: dd->SetCooperativeLevel Failed");
-        return give_up();
+        return false;
     }
     if (full_screen != 0) {
         const bool set = display.set_mode(mode_width, mode_height, depth);
         trace("DirectX: dd->SetDisplayMode(Width=%d, Height=%d, Depth=%d) %s", mode_width, mode_height, depth,
               set ? "Succeeded" : "Failed");
-        if (!set) return give_up();
-    }
-    if (!display.get_caps()) {
-        trace("DirectX:  dd->RestoreDisplayMode");
-        display.restore_mode();
-        return give_up();
+        if (!set) return false;
     }
     width = mode_width;
     height = mode_height;
@@ -185,20 +167,8 @@ bool kiv_directx::create_surfaces_window() {
     offscreen = display.create_offscreen(width, height, platform::surface_memory::video);
     if (offscreen == nullptr)
         offscreen = display.create_offscreen(width, height, platform::surface_memory::system);
-    if (offscreen == nullptr) {
-        trace("DirectX:  dd->CreateSurface(Off-screen) Failed");
-        return false;
-    }
-    if (!display.create_clipper()) {
-        trace("DirectX: dd->CreateClipper Failed");
-        return false;
-    }
-    // The host makes one step of giving the clipper its window and the surface its clipper.
-    if (!primary->set_clip_window(*window)) {
-        trace("DirectX: dds1->SetClipper Failed");
-        return false;
-    }
-    return true;
+    if (offscreen == nullptr) trace("DirectX:  dd->CreateSurface(Off-screen) Failed");
+    return offscreen != nullptr;
 }
 
 bool kiv_directx::describe_offscreen() {
@@ -211,13 +181,10 @@ bool kiv_directx::describe_offscreen() {
         trace("DirectX:  Surface pixcel format = 8-bit color indexed palette");
         palette_mode = 1;
         pixel_format = pixels_indexed8;
+        primary->set_palette(host_palette.data());
     } else {
         palette_mode = 0;
         pixel_format = pixels_rgb32;
-        if (!desc.format.rgb) {
-            trace("DirectX:  Surface does not support RGB pixcel format!");
-            return false;
-        }
         trace("DirectX:  Surface pixcel format = RGB");
     }
     if (desc.width < frame_width || desc.height < frame_height) { // the renderers write the whole picture
@@ -234,14 +201,6 @@ bool kiv_directx::describe_offscreen() {
     return true;
 }
 
-bool kiv_directx::create_palette() {
-    if (palette_mode != 1) return true;
-    palette_made = host.get_display().create_palette();
-    if (!palette_made) return false;
-    primary->set_palette(host_palette.data());
-    return true;
-}
-
 void kiv_directx::release_surfaces() {
     for (auto *surface : {&offscreen, &primary}) {
         if (*surface == nullptr) continue;
@@ -251,12 +210,8 @@ void kiv_directx::release_surfaces() {
 }
 
 void kiv_directx::video_release() {
-    palette_made = false;
     release_surfaces();
-    if (!display_open) return;
     host.get_display().restore_mode();
-    host.get_display().close();
-    display_open = false;
 }
 
 void kiv_directx::on_move() {
@@ -281,28 +236,14 @@ int kiv_directx::wait_vblank() { return sync_vblank == 0 || host.get_display().w
 
 int kiv_directx::wait_vblank_end() { return host.get_display().wait_vertical_blank(false); }
 
-// The off-screen surface's first pixel; restored first when it was lost while this window is in front.
+// The off-screen surface's first pixel.
 bool kiv_directx::lock_offscreen(void *&pixels) {
     int pitch = 0;
-    for (int busy = 0, restored = 0; busy < busy_tries && restored < restore_tries;) {
-        switch (offscreen->lock(pixels, pitch)) {
-        case display_result::ok: return true;
-        case display_result::still_busy:
-            trace("DirectX: realizer() still drawing");
-            platform::sleep_ms(1);
-            ++busy;
-            break;
-        case display_result::lost:
-            trace("DirectX: realizer() surface lost");
-            if (!window->is_foreground()) return false;
-            if (!offscreen->restore()) {
-                trace("DirectX: realizer() surface restore Failed");
-                return false;
-            }
-            ++restored;
-            break;
-        case display_result::failed: return false;
-        }
+    for (int busy = 0; busy < busy_tries; ++busy) {
+        const display_result result = offscreen->lock(pixels, pitch);
+        if (result != display_result::still_busy) return result == display_result::ok;
+        trace("DirectX: realizer() still drawing");
+        platform::sleep_ms(1);
     }
     return false;
 }
@@ -335,25 +276,9 @@ void kiv_directx::draw_overlay(void *pixels) {
 }
 
 bool kiv_directx::copy_to_screen() {
-    const platform::rectangle area{0, 0, width, height};
-    const bool full = full_screen != 0;
-    for (int restored = 0; restored < restore_tries; ++restored) {
-        const platform::point at = destination;
-        const platform::rectangle to{at.x, at.y, at.x + width, at.y + height};
-        const display_result result = primary->copy_from(*offscreen, area, to, full);
-        if (result == display_result::ok) return true;
-        if (result != display_result::lost) return false;
-        trace("DirectX: Surface Lost %s", full ? "[FullScreen]" : "[WindowMode]");
-        if (!window->is_foreground()) {
-            trace("DirectX: transfer Failed");
-            return false;
-        }
-        if (!primary->restore()) {
-            trace("DirectX: dds1->Restore Failed");
-            return false;
-        }
-    }
-    return false;
+    const platform::point at = destination;
+    return primary->copy_from(*offscreen, {0, 0, width, height}, {at.x, at.y, at.x + width, at.y + height},
+                              full_screen != 0) == display_result::ok;
 }
 
 void kiv_directx::toggle_status() { overlay_mode = overlay_mode == overlay_off ? overlay_on : overlay_erase; }

@@ -100,7 +100,6 @@ class kiv_directx {
     bool create_surfaces_full_screen();
     bool create_surfaces_window();
     bool describe_offscreen();
-    bool create_palette();
     void release_surfaces();
     void video_release();
     uint32_t compose_locked();
@@ -127,7 +126,6 @@ class kiv_directx {
     shared<uint32_t> txt_on_demand{0};
     shared<uint32_t> sync_vblank{0};
     std::unique_ptr<platform::surface> primary, offscreen;
-    bool display_open = false, palette_made = false;
     shared<platform::point> destination{}; // window mode: the client area's corner on the screen
     // Sound.
     bool sound_open = false;

@@ -1,8 +1,8 @@
 // The host that a person sees and hears: window and messages, dialogs, display and surfaces, sound.
 //
-// Two implementations: platform/headless (in memory, scripted by its caller, faults on demand) and
-// platform/desktop (Qt 6 and SDL 2). The program makes one and hands it to whoever needs it. Everything is
-// called on the window thread unless said otherwise. All texts are UTF-8.
+// platform/desktop implements it with Qt 6 and SDL 2; the tests have one of their own, in memory. The program
+// makes one and hands it to whoever needs it. Everything is called on the window thread unless said
+// otherwise. All texts are UTF-8.
 #pragma once
 
 #include "platform/thread.h"
@@ -66,7 +66,6 @@ class host_window {
     virtual point client_origin() const = 0;         // on the screen, in the surfaces' pixels
     virtual void invalidate(bool erase) = 0;         // asks for a wm_paint of the whole client area
     virtual void set_focus() = 0;
-    virtual bool is_foreground() const = 0; // may be asked from the render thread
     virtual painter *current_painter() = 0; // null outside wm_paint and wm_erase_background
     // The cursor's display count after the call: shown while it is 0 or above.
     virtual int show_cursor(bool show) = 0;
@@ -78,9 +77,9 @@ class host_window {
     virtual void resize_client(int width, int height) = 0;
     virtual void centre() = 0;
     virtual void show() = 0;
-    // Items of the system menu, or of the window's menu where the desktop has none to extend. Adding an ID
-    // that is there already does nothing. remove_default_menu_items drops Restore, Size, Minimize, Maximize.
-    virtual void remove_default_menu_items() = 0;
+    // A message that needs no answer: a command has failed, or is done.
+    virtual void notify(const std::string &text) = 0;
+    // Items of the window's menu. Adding an ID that is there already does nothing.
     virtual bool has_menu_item(uint32_t id) const = 0;
     virtual void insert_menu_item(int position, uint32_t id, const std::string &text) = 0;
 };
@@ -91,6 +90,9 @@ class window_listener {
     virtual ~window_listener() = default;
     // The result of the message; `handled` starts true and is set false for default handling.
     virtual int64_t window_proc(host_window &window, const message &m, bool &handled) = 0;
+    // Whether the release of a key is a command: such a release is only given for a press by the person,
+    // never because the keyboard went elsewhere.
+    virtual bool is_command_key(uint32_t virtual_key) const = 0;
 };
 
 struct window_options {
@@ -130,12 +132,11 @@ struct help_dialog {
 
 // ---- display -----------------------------------------------------------------------------------------
 
-enum class display_result { ok, still_busy, lost, failed };
+enum class display_result { ok, still_busy, failed };
 
 // Pixel format of a surface. `flags` is what the log shows of it.
 struct surface_format {
-    bool indexed8;
-    bool rgb;
+    bool indexed8; // else 32 bits, 0x00RRGGBB
     uint32_t flags;
 };
 struct surface_desc {
@@ -151,11 +152,9 @@ class surface {
     // Locks the whole surface for drawing; `pixels` is its first pixel. Render thread.
     virtual display_result lock(void *&pixels, int &pitch) = 0;
     virtual void unlock() = 0;
-    virtual bool restore() = 0; // after it was lost
     virtual void fill(const rectangle &area, uint32_t colour) = 0;
-    // Only for the primary surface: the palette of 8-bit surfaces; clipping to a window.
+    // Only for the primary surface: the palette of 8-bit surfaces.
     virtual bool set_palette(const uint32_t *rgb256) = 0;
-    virtual bool set_clip_window(host_window &window) = 0;
     // Copies `source` onto this primary surface. Window mode: to `destination` in screen coordinates, waiting
     // while the surface is busy; full screen: whole, at (0, 0). What the screen shows is always one whole
     // frame. Render thread.
@@ -168,16 +167,11 @@ enum class surface_memory { video, system };
 class display {
   public:
     virtual ~display() = default;
-    virtual bool open() = 0;
-    virtual void close() = 0;
     virtual bool set_cooperative_level(host_window &window, bool full_screen) = 0;
     virtual bool set_mode(int width, int height, int depth) = 0; // full screen only
     virtual void restore_mode() = 0;
-    virtual bool get_caps() = 0;
     virtual std::unique_ptr<surface> create_primary(bool full_screen) = 0; // null: refused
     virtual std::unique_ptr<surface> create_offscreen(int width, int height, surface_memory where) = 0;
-    virtual bool create_clipper() = 0;
-    virtual bool create_palette() = 0;
     virtual bool wait_vertical_blank(bool begin) = 0; // render thread; begin or end of it
 };
 
@@ -191,7 +185,6 @@ struct wave_format {
 class sound_stream {
   public:
     virtual ~sound_stream() = default;
-    virtual bool get_caps(uint32_t &bytes) = 0;
     // The buffer's memory from `offset`, `bytes` long, in one part or two where it wraps.
     virtual bool lock(uint32_t offset, uint32_t bytes, void *&part1, uint32_t &bytes1, void *&part2,
                       uint32_t &bytes2) = 0;
@@ -204,8 +197,7 @@ class sound_stream {
 class primary_sound_buffer {
   public:
     virtual ~primary_sound_buffer() = default;
-    virtual bool get_caps(uint32_t &bytes) = 0;
-    virtual bool set_format(const wave_format &format) = 0;
+    virtual uint32_t size() const = 0;                  // bytes, of the device's own buffer; for the log
     virtual void set_volume(int32_t hundredths_db) = 0; // -10000 to 0
     // As the device reports it: 100 above what was set. Callers take one decibel off the whole decibels that
     // are reported, so a volume read and set again stays what it was, for every decibel from -100 to 0.
@@ -215,9 +207,8 @@ class primary_sound_buffer {
 class sound_device {
   public:
     virtual ~sound_device() = default;
-    virtual bool open() = 0;
+    virtual void open() = 0; // also where there is no device: the sound is then not heard
     virtual void close() = 0;
-    virtual bool set_cooperative_level(host_window &window) = 0;
     virtual std::unique_ptr<primary_sound_buffer> create_primary() = 0;
     virtual std::unique_ptr<sound_stream> create_stream(uint32_t bytes, const wave_format &format) = 0;
 };
@@ -227,12 +218,8 @@ class sound_device {
 class host {
   public:
     virtual ~host() = default;
-    // Process-wide set-up for the window thread, and its undoing. False when it is refused.
-    virtual bool begin() = 0;
-    virtual void end() = 0;
     virtual void begin_timer_resolution(uint32_t milliseconds) = 0;
     virtual void end_timer_resolution(uint32_t milliseconds) = 0;
-    virtual bool register_window_class(const std::string &name) = 0;
     virtual host_window *create_window(const window_options &options,
                                        window_listener &listener) = 0; // null: refused
     virtual int run_message_loop() = 0;                                // until post_quit; its code

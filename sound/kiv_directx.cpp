@@ -26,20 +26,14 @@ bool kiv_directx::sound_set_up() {
         return false;
     };
     platform::sound_device &device = host.get_sound();
-    if (!device.open()) return false;
+    device.open();
     sound_open = true;
-    if (!device.set_cooperative_level(*window)) return failed("SetCooperativeLevel");
-
     primary_buffer = device.create_primary();
     if (primary_buffer == nullptr) return failed("CreateSoundBuffer(Primary)");
-    uint32_t bytes = 0;
-    if (!primary_buffer->get_caps(bytes)) return failed("GetCaps(Primary)");
-    trace("DirectSound: Primary Buffer size = %d", static_cast<int>(bytes));
-    if (!primary_buffer->set_format(slice_format)) return failed("SetFormat(Primary)");
+    trace("DirectSound: Primary Buffer size = %d", static_cast<int>(primary_buffer->size()));
 
     stream = device.create_stream(stream_bytes, slice_format);
     if (stream == nullptr) return failed("CreateSoundBuffer(2nd)");
-    if (!stream->get_caps(bytes)) return failed("GetCaps(2nd)");
     if (!write_slice(0, stream_bytes, silence)) return failed("Lock(2nd)");
     stream->stop();
     reset_cpu_clk();

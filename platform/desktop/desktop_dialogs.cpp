@@ -1,5 +1,6 @@
 #include "platform/desktop/desktop_dialogs.h"
 
+#include "platform/desktop/dialog_parts.h"
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
 #include <QtGui/QFontDatabase>
@@ -7,11 +8,10 @@
 #include <QtGui/QKeyEvent>
 #include <QtWidgets/QAbstractItemView>
 #include <QtWidgets/QApplication>
-#include <QtWidgets/QCheckBox>
+#include <QtWidgets/QBoxLayout>
 #include <QtWidgets/QDialog>
 #include <QtWidgets/QDialogButtonBox>
 #include <QtWidgets/QFileDialog>
-#include <QtWidgets/QGridLayout>
 #include <QtWidgets/QHeaderView>
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QLineEdit>
@@ -19,10 +19,8 @@
 #include <QtWidgets/QPlainTextEdit>
 #include <QtWidgets/QPushButton>
 #include <QtWidgets/QScrollBar>
-#include <QtWidgets/QSlider>
 #include <QtWidgets/QTreeView>
 #include <algorithm>
-#include <set>
 
 namespace platform {
 
@@ -30,9 +28,6 @@ namespace {
 
 constexpr int icon_size = 32;
 constexpr int help_lines_shown = 30;
-constexpr int most_ticks = 20; // a tick at every position up to this many
-
-QString text_of(const std::string &text) { return QString::fromStdString(text); }
 
 // A plain message, with a button text in the language of the rest.
 int ask(QWidget *owner, QMessageBox::Icon icon, const QString &text, const QString &caption,
@@ -122,26 +117,20 @@ class file_chooser : public QFileDialog {
     QLineEdit *name = nullptr;
 };
 
-// ---- settings and help -------------------------------------------------------------------------------
+// ---- help --------------------------------------------------------------------------------------------
 
-// `text` for a control, with its first letter or digit that no other control has as the key that reaches it.
-QString with_mnemonic(const std::string &text, std::set<char16_t> &taken) {
-    QString label = text_of(text);
-    qsizetype at = -1;
-    for (qsizetype i = 0; i < label.size() && at < 0; ++i) {
-        const char16_t key = label[i].toUpper().unicode();
-        if (key < 0x80 && label[i].isLetterOrNumber() && taken.insert(key).second) {
-            at = i;
-        }
-    }
-    QString marked;
-    for (qsizetype i = 0; i < label.size(); ++i) {
-        if (i == at) marked += u'&';
-        marked += label[i];
-        if (label[i] == u'&') marked += u'&';
-    }
-    return marked;
+QFont fixed_font() {
+    QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    // The one whose half-width and full-width characters stand exactly 1 : 2.
+    static const QString preferred = QStringLiteral("VL Gothic");
+    if (QFontDatabase::families().contains(preferred))
+        font = QFont(preferred, std::max(font.pointSize(), 10));
+    font.setStyleHint(QFont::TypeWriter);
+    font.setFixedPitch(true);
+    return font;
 }
+
+} // namespace
 
 // The icon with the program's two lines beside it.
 QLayout *program_lines(const std::string &program, const std::string &copyright) {
@@ -157,19 +146,6 @@ QLayout *program_lines(const std::string &program, const std::string &copyright)
     return row;
 }
 
-QFont fixed_font() {
-    QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
-    // The one whose half-width and full-width characters stand exactly 1 : 2.
-    static const QString preferred = QStringLiteral("VL Gothic");
-    if (QFontDatabase::families().contains(preferred))
-        font = QFont(preferred, std::max(font.pointSize(), 10));
-    font.setStyleHint(QFont::TypeWriter);
-    font.setFixedPitch(true);
-    return font;
-}
-
-} // namespace
-
 void show_error_box(QWidget *owner, const std::string &text, const std::string &caption) {
     ask(owner, QMessageBox::Critical, text_of(text), text_of(caption), QMessageBox::Ok, QMessageBox::Ok);
 }
@@ -178,78 +154,6 @@ std::string choose_file(QWidget *owner, const file_dialog_options &options, bool
     file_chooser chooser(owner, options, for_saving);
     if (chooser.exec() != QDialog::Accepted) return {};
     return QDir::toNativeSeparators(chooser.selectedFiles().value(0)).toStdString();
-}
-
-bool run_settings_dialog(QWidget *owner, settings_dialog &dialog) {
-    QDialog box(owner);
-    box.setWindowTitle(text_of(dialog.caption));
-    std::set<char16_t> taken{u'O', u'C'}; // of the buttons
-    auto *all = new QVBoxLayout(&box);
-
-    auto *rows = new QGridLayout;
-    std::vector<QSlider *> sliders;
-    for (const settings_slider &s : dialog.sliders) {
-        const int row = rows->rowCount();
-        auto *label = new QLabel(with_mnemonic(s.label, taken));
-        auto *slider = new QSlider(Qt::Horizontal);
-        slider->setObjectName(text_of(s.label));
-        slider->setRange(s.minimum, s.maximum);
-        slider->setValue(s.value);
-        slider->setMinimumWidth(220);
-        if (s.maximum - s.minimum < most_ticks) {
-            slider->setTickPosition(QSlider::TicksBelow);
-            slider->setTickInterval(1);
-            slider->setPageStep(2);
-        }
-        label->setBuddy(slider);
-        // Shows the value in effect, which may lie outside of the slider's range, until the slider moves.
-        auto *mirror = new QLineEdit(QString::number(s.value));
-        mirror->setObjectName(text_of(s.label) + QStringLiteral(" value"));
-        mirror->setReadOnly(true);
-        mirror->setAlignment(Qt::AlignRight);
-        mirror->setFocusPolicy(Qt::NoFocus);
-        mirror->setFixedWidth(mirror->fontMetrics().horizontalAdvance(QStringLiteral("-0000")) + 16);
-        QObject::connect(slider, &QSlider::valueChanged, mirror,
-                         [mirror](int value) { mirror->setText(QString::number(value)); });
-        rows->addWidget(label, row, 0);
-        rows->addWidget(slider, row, 1);
-        rows->addWidget(mirror, row, 2);
-        rows->addWidget(new QLabel(text_of(s.unit)), row, 3);
-        sliders.push_back(slider);
-    }
-    all->addLayout(rows);
-
-    auto *grid = new QGridLayout;
-    std::vector<QCheckBox *> checks;
-    const int half = (static_cast<int>(dialog.checks.size()) + 1) / 2;
-    for (const settings_check &c : dialog.checks) {
-        const int number = static_cast<int>(checks.size());
-        auto *check = new QCheckBox(with_mnemonic(c.label, taken));
-        check->setObjectName(text_of(c.label));
-        check->setChecked(c.checked);
-        grid->addWidget(check, number % half, number / half);
-        checks.push_back(check);
-    }
-    all->addLayout(grid);
-    all->addSpacing(8);
-
-    auto *bottom = new QHBoxLayout;
-    bottom->addLayout(program_lines(dialog.program_line, dialog.copyright_line));
-    bottom->addSpacing(24);
-    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
-    buttons->button(QDialogButtonBox::Ok)->setText(QStringLiteral("OK"));
-    buttons->button(QDialogButtonBox::Cancel)->setText(QStringLiteral("キャンセル"));
-    QObject::connect(buttons, &QDialogButtonBox::accepted, &box, &QDialog::accept);
-    QObject::connect(buttons, &QDialogButtonBox::rejected, &box, &QDialog::reject);
-    bottom->addWidget(buttons, 0, Qt::AlignBottom);
-    all->addLayout(bottom);
-    all->setSizeConstraint(QLayout::SetFixedSize);
-    if (!sliders.empty()) sliders.front()->setFocus();
-
-    if (box.exec() != QDialog::Accepted) return false;
-    for (size_t i = 0; i < sliders.size(); ++i) dialog.sliders[i].value = sliders[i]->value();
-    for (size_t i = 0; i < checks.size(); ++i) dialog.checks[i].checked = checks[i]->isChecked();
-    return true;
 }
 
 void run_help_dialog(QWidget *owner, const help_dialog &dialog) {

@@ -30,7 +30,7 @@ class offscreen_surface : public surface {
     ~offscreen_surface() override { turns.let_finish(); }
 
     bool describe(surface_desc &desc) override {
-        desc = {width, height, pitch, {indexed8, true, indexed8 ? rgb_flag | indexed8_flag : rgb_flag}};
+        desc = {width, height, pitch, {indexed8, indexed8 ? rgb_flag | indexed8_flag : rgb_flag}};
         return true;
     }
 
@@ -42,8 +42,6 @@ class offscreen_surface : public surface {
     }
 
     void unlock() override { turns.unlock(); }
-
-    bool restore() override { return true; }
 
     void fill(const rectangle &area, uint32_t colour) override {
         const auto turn = turns.wait();
@@ -59,7 +57,6 @@ class offscreen_surface : public surface {
     }
 
     bool set_palette(const uint32_t *) override { return false; }
-    bool set_clip_window(host_window &) override { return false; }
     display_result copy_from(surface &, const rectangle &, const rectangle &, bool) override {
         return display_result::failed;
     }
@@ -108,13 +105,11 @@ class primary_surface : public surface {
         desc = {width,
                 height,
                 indexed8 ? width : width * 4,
-                {indexed8, true, indexed8 ? rgb_flag | indexed8_flag : rgb_flag}};
+                {indexed8, indexed8 ? rgb_flag | indexed8_flag : rgb_flag}};
         return true;
     }
     display_result lock(void *&, int &) override { return display_result::failed; }
     void unlock() override {}
-    bool restore() override { return true; }
-
     // Only whole: the screen shows whole frames.
     void fill(const rectangle &, uint32_t colour) override {
         const std::lock_guard turn(mutex);
@@ -131,8 +126,6 @@ class primary_surface : public surface {
         palette.assign(rgb256, rgb256 + 256);
         return true;
     }
-
-    bool set_clip_window(host_window &) override { return true; }
 
     // The destination is the window's client area or the whole screen: the window knows better where that is
     // by the time the frame is painted.

@@ -37,16 +37,11 @@ class desktop_display : public display {
     explicit desktop_display(std::shared_ptr<screen_link> to_screen);
     ~desktop_display() override;
 
-    bool open() override { return true; }
-    void close() override { restore_mode(); }
     bool set_cooperative_level(host_window &window, bool full_screen) override;
     bool set_mode(int width, int height, int depth) override;
     void restore_mode() override;
-    bool get_caps() override { return true; }
     std::unique_ptr<surface> create_primary(bool full_screen) override;
     std::unique_ptr<surface> create_offscreen(int width, int height, surface_memory where) override;
-    bool create_clipper() override { return true; }
-    bool create_palette() override { return true; }
     bool wait_vertical_blank(bool begin) override;
 
   private:

@@ -140,14 +140,9 @@ void desktop_host::add_icon(const picture &of_one_size) {
     QApplication::setWindowIcon(icon);
 }
 
-bool desktop_host::begin() { return true; }
-void desktop_host::end() {}
-
 // Threads made from here on wake as exactly as the kernel can; it counts in nanoseconds.
 void desktop_host::begin_timer_resolution(uint32_t) { prctl(PR_SET_TIMERSLACK, 1UL, 0UL, 0UL, 0UL); }
 void desktop_host::end_timer_resolution(uint32_t) { prctl(PR_SET_TIMERSLACK, 0UL, 0UL, 0UL, 0UL); }
-
-bool desktop_host::register_window_class(const std::string &) { return true; }
 
 host_window *desktop_host::create_window(const window_options &options, window_listener &listener) {
     if (options.width <= 0 || options.height <= 0) return nullptr;

@@ -21,11 +21,8 @@ class desktop_host : public host {
     // One size of the program's icon, 0xAARRGGBB; call it for each size, before windows are made.
     void add_icon(const picture &of_one_size);
 
-    bool begin() override;
-    void end() override;
     void begin_timer_resolution(uint32_t milliseconds) override;
     void end_timer_resolution(uint32_t milliseconds) override;
-    bool register_window_class(const std::string &name) override;
     host_window *create_window(const window_options &options, window_listener &listener) override;
     int run_message_loop() override;
     void post_quit(int code) override;

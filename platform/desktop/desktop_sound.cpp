@@ -147,12 +147,7 @@ void keep_device(const std::shared_ptr<sound_output> &shared) {
 class desktop_primary_buffer : public primary_sound_buffer {
   public:
     explicit desktop_primary_buffer(std::shared_ptr<sound_output> o) : output(std::move(o)) {}
-    bool get_caps(uint32_t &bytes) override {
-        bytes = static_cast<uint32_t>(output->device_block.load()) * 2;
-        return true;
-    }
-    // The feeder brings the samples to the device's format.
-    bool set_format(const wave_format &) override { return true; }
+    uint32_t size() const override { return static_cast<uint32_t>(output->device_block.load()) * 2; }
     void set_volume(int32_t hundredths_db) override {
         output->volume = hundredths_db;
         const int32_t used = std::clamp(hundredths_db, -10000, 0);
@@ -171,11 +166,6 @@ class desktop_stream : public sound_stream {
   public:
     desktop_stream(std::shared_ptr<sound_output> o, uint32_t size) : output(std::move(o)), memory(size) {}
     ~desktop_stream() override { output->feeder.stop(); }
-
-    bool get_caps(uint32_t &bytes) override {
-        bytes = static_cast<uint32_t>(memory.size());
-        return true;
-    }
 
     bool lock(uint32_t offset, uint32_t bytes, void *&part1, uint32_t &bytes1, void *&part2,
               uint32_t &bytes2) override {
@@ -252,13 +242,12 @@ desktop_sound::desktop_sound() : output(std::make_shared<sound_output>()) {}
 
 desktop_sound::~desktop_sound() { close(); }
 
-bool desktop_sound::open() {
+void desktop_sound::open() {
     const std::lock_guard lock(output->mutex);
     output->wanted = true;
-    if (output->running) return true;
+    if (output->running) return;
     output->running = true;
     std::thread(keep_device, output).detach();
-    return true;
 }
 
 // Waits for the thread, but not for a device that hangs: then the thread keeps what it needs alive.

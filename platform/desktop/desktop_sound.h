@@ -16,9 +16,8 @@ class desktop_sound : public sound_device {
   public:
     desktop_sound();
     ~desktop_sound() override;
-    bool open() override; // true without a device, too
+    void open() override;
     void close() override;
-    bool set_cooperative_level(host_window &) override { return true; }
     std::unique_ptr<primary_sound_buffer> create_primary() override;
     std::unique_ptr<sound_stream> create_stream(uint32_t bytes, const wave_format &format) override;
 

@@ -5,6 +5,7 @@
 #include "platform/desktop/key_map.h"
 #include "platform/host.h"
 #include <QtCore/QPoint>
+#include <QtCore/QString>
 #include <QtGui/QImage>
 #include <atomic>
 #include <deque>
@@ -14,6 +15,8 @@ class QAction;
 class QEvent;
 class QKeyEvent;
 class QMenu;
+class QPainter;
+class QTimer;
 class QWidget;
 
 namespace platform {
@@ -30,7 +33,6 @@ class desktop_window : public host_window, public mode_switch {
     point client_origin() const override;
     void invalidate(bool erase) override;
     void set_focus() override;
-    bool is_foreground() const override { return foreground; }
     painter *current_painter() override { return painting; }
     int show_cursor(bool show) override;
     bool shift_down() const override;
@@ -39,7 +41,7 @@ class desktop_window : public host_window, public mode_switch {
     void resize_client(int width, int height) override;
     void centre() override;
     void show() override;
-    void remove_default_menu_items() override {} // the window's menu has none
+    void notify(const std::string &text) override;
     bool has_menu_item(uint32_t id) const override;
     void insert_menu_item(int position, uint32_t id, const std::string &text) override;
 
@@ -60,9 +62,14 @@ class desktop_window : public host_window, public mode_switch {
     class frame_widget;
     class receiver;
 
+    struct key_stroke;
     bool key_event(QKeyEvent &e);
+    key_stroke read_key(const QKeyEvent &e) const;
+    void key_pressed(const key_stroke &k);
+    void key_released(const key_stroke &k);
     void release_held_keys();
     void paint_view();
+    void paint_notice(QPainter &on, const QRect &area);
     void deliver_paint(bool erase);
     void resize_canvas(int width, int height);
     void received(const message &m);
@@ -86,7 +93,6 @@ class desktop_window : public host_window, public mode_switch {
     int dialogs = 0;
 
     bool gone = false;
-    std::atomic<bool> foreground{false};
     int cursor_count = 0;
     int client_width, client_height;     // in window mode
     int mode_width = 0, mode_height = 0; // 0: window mode
@@ -97,8 +103,10 @@ class desktop_window : public host_window, public mode_switch {
     bool paint_wanted = false, erase_wanted = false;
     bool listener_paints = false; // drew something at the last wm_paint, over the frame
     painter *painting = nullptr;
+    QString notice;                // shown over the picture for a while
+    QTimer *notice_time = nullptr; // the view's
 
-    key_tracker keys;
+    key_tracker keys{[this](uint32_t key) { return listener.is_command_key(key); }};
     bool in_key_event = false, key_event_shift = false;
 };
 

@@ -104,89 +104,103 @@ void sound_feeder::steer(double fill_ms, double elapsed_ms) {
     const double weight = std::min(1.0, elapsed_ms / averaging_ms);
     average_ms += (fill_ms - average_ms) * weight;
     margin_ms = std::max(least_margin_ms, margin_ms - elapsed_ms / 1000 * margin_decay);
-    const double error = average_ms - (slice_ms / 2 + block_ms + margin_ms);
+    const double error = average_ms - target_ms();
     ratio = 1 + std::clamp(error * correction_per_ms, -greatest_correction, greatest_correction);
 }
 
-void sound_feeder::pull(int16_t *out, size_t count) {
-    const uint64_t end = written.load(std::memory_order_acquire);
-    const uint64_t begin = start_at.load();
-    const bool wanted = playing.load();
-    const double block = static_cast<double>(count) * 1000 / device_rate;
-    bool cut = false;
-    if (begin != begun_at) {
+double sound_feeder::target_ms() const { return slice_ms / 2 + block_ms + margin_ms; }
+
+// From here on the signal comes over from where it was to what goes on.
+void sound_feeder::cut() {
+    bridge_from = last;
+    bridge_length = std::max(1, static_cast<int>(bridge_ms * device_rate / 1000));
+    bridge_left = bridge_length;
+}
+
+void sound_feeder::follow_start_and_stop(bool wanted) {
+    if (const uint64_t begin = start_at.load(); begin != begun_at) {
         begun_at = begin;
         // What came before a start is not heard, not even in the filter's past.
         position = begin + before;
         fraction = 0;
-        cut = sounding;
+        if (sounding) cut();
         sounding = false;
     }
     if (!wanted && sounding) {
-        cut = true;
+        cut();
         sounding = false;
     }
-    const double target_ms = slice_ms / 2 + block_ms + margin_ms;
-    double fill_ms = static_cast<double>(static_cast<int64_t>(end - position)) * 1000 / source_rate;
-    if (wanted && !sounding && fill_ms >= target_ms + slice_ms / 2 - block) {
-        sounding = true;
-        cut = true;
-        average_ms = target_ms;
-    }
-    if (sounding) {
-        steer(fill_ms, block);
-        if (average_ms > target_ms + skip_above_ms || fill_ms > target_ms + skip_at_once_ms) {
-            position += static_cast<uint64_t>((fill_ms - target_ms) * source_rate / 1000);
-            fill_ms = target_ms;
-            average_ms = target_ms;
-            cut = true;
-            count_skips.fetch_add(1, std::memory_order_relaxed);
-        }
-    } else if (!wanted) {
-        position = end;
-    }
+}
 
+// With enough waiting the sound begins; with far too much some of it is left out.
+void sound_feeder::look_at_fill(uint64_t end, double block, bool wanted) {
+    const double fill_ms = static_cast<double>(static_cast<int64_t>(end - position)) * 1000 / source_rate;
+    if (wanted && !sounding && fill_ms >= target_ms() + slice_ms / 2 - block) {
+        sounding = true;
+        cut();
+        average_ms = target_ms();
+    }
+    if (!sounding) {
+        if (!wanted) position = end;
+        return;
+    }
+    const double target = target_ms();
+    steer(fill_ms, block);
+    if (average_ms <= target + skip_above_ms && fill_ms <= target + skip_at_once_ms) return;
+    position += static_cast<uint64_t>((fill_ms - target) * source_rate / 1000);
+    average_ms = target;
+    cut();
+    count_skips.fetch_add(1, std::memory_order_relaxed);
+}
+
+// The signal at the position, which moves on by `step`; silence once nothing is left.
+float sound_feeder::next_sample(uint64_t end, double step) {
+    if (!sounding) return 0;
+    if (static_cast<int64_t>(end - position) <= taps / 2) {
+        sounding = false;
+        cut();
+        margin_ms = std::min(greatest_margin_ms, margin_ms + margin_step_ms);
+        count_underruns.fetch_add(1, std::memory_order_relaxed);
+        return 0;
+    }
+    const float sample = interpolate(position, fraction);
+    fraction += step;
+    const double whole = std::floor(fraction);
+    position += static_cast<uint64_t>(whole);
+    fraction -= whole;
+    return sample;
+}
+
+float sound_feeder::bridged(float sample) {
+    if (bridge_left > 0) {
+        sample +=
+            (bridge_from - sample) * static_cast<float>(bridge_left) / static_cast<float>(bridge_length);
+        --bridge_left;
+    }
+    return last = sample;
+}
+
+void sound_feeder::pull(int16_t *out, size_t count) {
+    const uint64_t end = written.load(std::memory_order_acquire);
+    const bool wanted = playing.load();
+    const double shown_target_ms = target_ms();
+    follow_start_and_stop(wanted);
+    look_at_fill(end, static_cast<double>(count) * 1000 / device_rate, wanted);
     const double step = source_rate / device_rate * ratio;
     const float wanted_gain = gain.load(std::memory_order_relaxed);
     const float gain_step = count == 0 ? 0 : (wanted_gain - current_gain) / static_cast<float>(count);
     for (size_t i = 0; i < count; ++i) {
-        float sample = 0;
-        if (sounding) {
-            if (static_cast<int64_t>(end - position) > taps / 2) {
-                sample = interpolate(position, fraction);
-                fraction += step;
-                const double whole = std::floor(fraction);
-                position += static_cast<uint64_t>(whole);
-                fraction -= whole;
-            } else {
-                sounding = false;
-                cut = true;
-                margin_ms = std::min(greatest_margin_ms, margin_ms + margin_step_ms);
-                count_underruns.fetch_add(1, std::memory_order_relaxed);
-            }
-        }
+        const float sample = next_sample(end, step);
         current_gain += gain_step;
-        sample *= current_gain;
-        if (cut) {
-            cut = false;
-            bridge_from = last;
-            bridge_length = std::max(1, static_cast<int>(bridge_ms * device_rate / 1000));
-            bridge_left = bridge_length;
-        }
-        if (bridge_left > 0) {
-            sample +=
-                (bridge_from - sample) * static_cast<float>(bridge_left) / static_cast<float>(bridge_length);
-            --bridge_left;
-        }
-        last = sample;
-        out[i] = static_cast<int16_t>(std::lround(std::clamp(sample, -32768.0f, 32767.0f)));
+        out[i] = static_cast<int16_t>(
+            std::lround(std::clamp(bridged(sample * current_gain), -32768.0f, 32767.0f)));
     }
     current_gain = wanted_gain;
     consumed.store(position > static_cast<uint64_t>(taps) ? std::min(end, position - taps) : 0,
                    std::memory_order_release);
     count_pulled.fetch_add(count, std::memory_order_relaxed);
     shown_fill.store(sounding ? average_ms : 0, std::memory_order_relaxed);
-    shown_target.store(target_ms, std::memory_order_relaxed);
+    shown_target.store(shown_target_ms, std::memory_order_relaxed);
     shown_ratio.store(ratio, std::memory_order_relaxed);
 }
 

@@ -47,6 +47,12 @@ class sound_feeder {
 
     float interpolate(uint64_t index, double fraction) const;
     void steer(double fill_ms, double block_ms);
+    double target_ms() const;
+    void cut();
+    void follow_start_and_stop(bool wanted);
+    void look_at_fill(uint64_t end, double block, bool wanted);
+    float next_sample(uint64_t end, double step);
+    float bridged(float sample);
 
     const double source_rate;
     std::vector<int16_t> ring; // its first `taps` samples stand again behind its end: a window never wraps

@@ -7,10 +7,11 @@
 #include "cpu/z80_thread.h"
 #include "display/kiv_directx.h"
 #include "machine/kiv_machine.h"
-#include "platform/headless/headless_host.h"
 #include "platform/instance_lock.h"
 #include "platform/resources.h"
+#include "support/host_keys.h"
 #include "tests/common/whole_program.h"
+#include "tests/headless/headless_host.h"
 
 #include <chrono>
 #include <cstdlib>
@@ -23,9 +24,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using platform::fault;
-
-constexpr uint32_t vk_shift = 0x10, vk_end = 0x23, vk_left = 0x25;
-constexpr uint32_t vk_f6 = 0x75, vk_f7 = 0x76, vk_f8 = 0x77, vk_f9 = 0x78, vk_f11 = 0x7A, vk_f12 = 0x7B;
 
 // ---- the person --------------------------------------------------------------------------------------
 
@@ -55,7 +53,6 @@ class whole_program : public testing::Test {
     }
     void expect_nothing_left() {
         EXPECT_EQ(host.timer_resolutions(), 0);
-        EXPECT_FALSE(host.has_begun());
         EXPECT_FALSE(host.screen.is_open());
         EXPECT_FALSE(host.sound.is_open());
         EXPECT_EQ(program.form, nullptr);
@@ -215,7 +212,6 @@ TEST_F(whole_program, OneDayWithEveryCommand) {
         EXPECT_TRUE(state.framed);
         EXPECT_EQ(state.width, 640);
         EXPECT_EQ(state.height, 400);
-        EXPECT_FALSE(state.default_menu_items);
         EXPECT_EQ(state.menu,
                   (std::vector<std::pair<uint32_t, std::string>>{{2, "Kivについて"}, {1, "Kivの設定"}}));
 
@@ -372,11 +368,61 @@ TEST_F(whole_program, PathsThatCannotBeTakenLoseNothing) {
         put_file(folder / "dir.KIV/tape.cmt", std::string(32576, '\x20'));
         strike(vk_f9);
         on_window_thread([] { EXPECT_EQ(machine.tape_image, nullptr); });
-        EXPECT_EQ(host.dialogs().error_boxes.size(), 3u) << "these failures are in the log only";
+        EXPECT_EQ(host.dialogs().error_boxes.size(), 3u) << "what needs no answer opens no box";
+        fs::remove(folder / "KIV.INI"); // and now cannot be written
+        fs::create_directory(folder / "KIV.INI");
+        at_settings([](auto &) { return true; });
+        strike(vk_f7);
+        fs::remove(folder / "KIV.INI");
     });
     EXPECT_EQ(host.dialogs().error_boxes[0].text, "パス名が長すぎます");
+    const auto notices = window().state().notices;
+    for (const char *file : {"dir.KIV/none/new.KIV: ", "dir.KIV: ", "old.KIV: ", "KIV.INI: "})
+        EXPECT_TRUE(std::any_of(notices.begin(), notices.end(), [&](auto &n) {
+            return n.find(file) != std::string::npos;
+        })) << file;
     EXPECT_TRUE(folder.heard_line("dir.KIV/none/new.KIV"));
     EXPECT_TRUE(folder.heard_line("fewer than 32576"));
+}
+
+TEST_F(whole_program, ACommandThatFailsInItsDialogLeavesTheMachineRunning) {
+    run([&] {
+        script.save_file = script.open_file = [](auto &, std::string &) -> bool {
+            throw std::runtime_error("out of order");
+        };
+        script.settings = [](auto &) -> bool { throw std::runtime_error("out of order"); };
+        host.set_script(script);
+        for (const uint32_t key : {vk_f6, vk_f7, vk_f9}) {
+            strike(key);
+            wait_until_running();
+            expect_parked(false);
+        }
+        at_settings([](auto &) { return false; });
+        strike(vk_f7);
+        EXPECT_EQ(host.dialogs().settings.size(), 2u) << "dialogs open again";
+    });
+    EXPECT_TRUE(folder.heard_line("out of order"));
+}
+
+TEST_F(whole_program, ShiftCountsAtThePressOrAtTheRelease) {
+    run([&] {
+        const auto full_screen = [&] { return host.screen.current_mode().width != 0; };
+        const struct {
+            const char *name, *order; // S Shift, F the command key; small letters let go
+            bool changes;
+        } rows[] = {{"around", "SFfs", true},           {"let go too early", "SFsf", true},
+                    {"pressed too late", "FSfs", true}, {"none", "Ff", false},
+                    {"in between only", "FSsf", false}, {"before only", "SsFf", false}};
+        for (const auto &r : rows) {
+            const bool before = full_screen();
+            for (const char *c = r.order; *c != 0; ++c) {
+                const uint32_t key = *c == 'S' || *c == 's' ? vk_shift : vk_f12;
+                *c < 'a' ? window().press_key(key) : window().release_key(key);
+            }
+            settle();
+            EXPECT_EQ(full_screen() != before, r.changes) << r.name;
+        }
+    });
 }
 
 // ---- activation, stops -------------------------------------------------------------------------------
@@ -457,6 +503,19 @@ TEST_F(whole_program, TheSessionMayEnd) {
               "");
 }
 
+TEST_F(whole_program, ALogOffUnderTheSettingsStoresTheRightVolume) {
+    run([&] {
+        at_settings([&](platform::settings_dialog &d) {
+            EXPECT_EQ(window().send(platform::wm_query_end_session, 0, 0), 1);
+            d.sliders[2].value = -20;
+            return true;
+        });
+        strike(vk_f7);
+        EXPECT_EQ(read_settings_file(folder / "KIV.INI")[setting_hard_volume], -20);
+        EXPECT_FALSE(program.cpu_thread->is_running()) << "ended with the dialog";
+    });
+}
+
 // ---- starts that fail --------------------------------------------------------------------------------
 
 TEST_F(whole_program, ASecondCopyEndsAtOnce) {
@@ -526,10 +585,8 @@ TEST_F(whole_program, AFailedStartSaysWhyAndLeavesTheHostAsItWas) {
          "FNT 104"},
         {"no picture", without(platform::resource_type::bitmap, pause_resource_id), "BMPリソース読み込み失敗",
          "BITMAP 101"},
-        {"no display", fails(fault::display_open), "", "DirectX: DirectDrawCreate Failed"},
+        {"no display", fails(fault::primary), "", "DirectX:  dd->CreateSurface(Primary) Failed"},
         {"no sound buffer", fails(fault::sound_stream), "", "ERROR DS:CreateSoundBuffer(2nd)失敗"},
-        {"no start", fails(fault::begin), "CoInitialize失敗", "ERROR CoInitialize失敗", false},
-        {"no class", fails(fault::register_class), "RegisterClassEx失敗", "ERROR RegisterClassEx失敗", false},
         {"no window", fails(fault::create_window), "CreateWindowEx失敗", "ERROR CreateWindowEx失敗", false},
     };
     const auto font = platform::find_resource(platform::resource_type::font, font_resource_id);
@@ -560,8 +617,7 @@ TEST_F(whole_program, AFailedStartSaysWhyAndLeavesTheHostAsItWas) {
                   "");
         platform::register_resource(platform::resource_type::font, font_resource_id, font);
         platform::register_resource(platform::resource_type::bitmap, pause_resource_id, picture);
-        for (const auto f : {fault::display_open, fault::sound_stream, fault::begin, fault::register_class,
-                             fault::create_window})
+        for (const auto f : {fault::primary, fault::sound_stream, fault::create_window})
             host.faults.set(f, 0);
         fs::current_path(folder.path);
         fs::permissions(".", fs::perms::all);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/desktop/desktop_host.h"
+#include "support/host_keys.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QElapsedTimer>
@@ -42,6 +43,7 @@ class noting_listener : public window_listener {
         handled = answer && answer(window, m);
         return 0;
     }
+    bool is_command_key(uint32_t key) const override { return key == vk_end || key == vk_f6; }
     std::string take() {
         std::string all;
         for (const std::string &line : heard) all += (all.empty() ? "" : ", ") + line;
@@ -59,8 +61,6 @@ class DesktopHost : public testing::Test {
     void SetUp() override {
         set_environment();
         host = std::make_unique<desktop_host>();
-        ASSERT_TRUE(host->begin());
-        ASSERT_TRUE(host->register_window_class("KKEEL"));
         window = host->create_window({"Kiv [2.0.9]", 0, 0, 640, 480}, listener);
         ASSERT_NE(window, nullptr);
         ASSERT_TRUE(window->set_framed(true));

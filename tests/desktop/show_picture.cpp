@@ -6,6 +6,7 @@
 //                                in a window again, each time saves the screen in FOLDER as 0.png to 2.png
 //                                and says where the client area stands
 #include "platform/desktop/desktop_host.h"
+#include "support/host_keys.h"
 #include "tests/desktop/known_picture.h"
 
 #include <QtCore/QTimer>
@@ -37,6 +38,8 @@ class shower : public window_listener {
         std::fflush(stdout);
         return 0;
     }
+
+    bool is_command_key(uint32_t key) const override { return key == vk_end; }
 
     void show(bool full_screen) {
         display &d = host.get_display();

@@ -17,7 +17,6 @@ using names = std::set<std::string>;
 // records that the machine is made of.
 const std::map<std::string, names> rooms = {
     {"platform", {}},
-    {"platform/headless", {"platform"}},
     {"platform/desktop", {"platform"}},
     {"support", {"platform"}},
     {"cpu", {}},
@@ -31,7 +30,7 @@ const std::map<std::string, names> rooms = {
     {"resources", {"platform"}},
     {"app",
      {"display records", "z80_thread", "presentation", "sound", "display", "machine", "cpu", "support",
-      "platform", "platform/headless", "platform/desktop", "resources"}},
+      "platform", "platform/desktop", "resources"}},
 };
 
 // Files whose floor is not their folder's. Of the display's devices only the headers are records.
@@ -49,7 +48,7 @@ const std::map<std::string, std::string> special = {
 };
 
 // Depend on nothing, may be included anywhere.
-const names anywhere = {"app/kiv_assay.h", "support/shared.h"};
+const names anywhere = {"app/kiv_assay.h", "support/host_keys.h", "support/shared.h"};
 
 std::string room_of(const fs::path &file) {
     const fs::path folder = file.parent_path();

@@ -4,8 +4,8 @@
 #include "app/kiv_assay.h"
 #include "display/kiv_directx.h"
 #include "machine/kiv_machine.h"
-#include "platform/headless/headless_host.h"
 #include "support/main_window.h"
+#include "tests/headless/headless_host.h"
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <memory>
@@ -52,6 +52,7 @@ class presentation_test : public testing::Test, public main_window, public platf
         return 0;
     }
 
+    bool is_command_key(uint32_t) const override { return false; }
     int init(bool full_screen = false) {
         directx->set_full_screen(full_screen);
         return directx->init(*host.window(), 1);

@@ -1,9 +1,9 @@
-// A display in memory: surfaces that are drawn into and lost on demand, modes that a filter accepts, and a
+// A display in memory: surfaces that are drawn into, modes that a filter accepts, and a
 // screen that always shows one whole frame, for a test to look at.
 #pragma once
 
-#include "platform/headless/fault_plan.h"
 #include "platform/host.h"
+#include "tests/headless/fault_plan.h"
 #include <functional>
 #include <memory>
 
@@ -40,25 +40,18 @@ class headless_display : public display {
     void set_mode_filter(std::function<bool(int width, int height, int depth)> accepts);
     // Pictures a second, by which wait_vertical_blank is paced; 0 (at first): it returns at once.
     void set_refresh_rate(double hertz);
-    // Every surface there is loses its contents, until it is restored.
-    void lose_surfaces();
     shown_frame shown() const;
     // Waits until `number` frames have been shown. False when that takes longer.
     bool wait_for_frame(uint64_t number, uint32_t milliseconds) const;
-    bool is_open() const;
+    bool is_open() const;       // there are surfaces
     size2 current_mode() const; // 0 x 0 in window mode
 
     // ---- for the program ----
-    bool open() override;
-    void close() override;
     bool set_cooperative_level(host_window &window, bool full_screen) override;
     bool set_mode(int width, int height, int depth) override;
     void restore_mode() override;
-    bool get_caps() override;
     std::unique_ptr<surface> create_primary(bool full_screen) override;
     std::unique_ptr<surface> create_offscreen(int width, int height, surface_memory where) override;
-    bool create_clipper() override;
-    bool create_palette() override;
     bool wait_vertical_blank(bool begin) override;
 
     struct screen;

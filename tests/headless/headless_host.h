@@ -3,11 +3,11 @@
 // program on it; all that they share is locked, and the test may look and act from any thread.
 #pragma once
 
-#include "platform/headless/fault_plan.h"
-#include "platform/headless/headless_display.h"
-#include "platform/headless/headless_sound.h"
-#include "platform/headless/headless_window.h"
 #include "platform/host.h"
+#include "tests/headless/fault_plan.h"
+#include "tests/headless/headless_display.h"
+#include "tests/headless/headless_sound.h"
+#include "tests/headless/headless_window.h"
 #include <condition_variable>
 #include <deque>
 #include <functional>
@@ -56,20 +56,15 @@ class headless_host : public host, public message_sink {
     // Runs `f` on the window thread, between two messages, and waits for that. False: the message loop did
     // not come to it in time (then it never will).
     bool run_on_window_thread(std::function<void()> f, uint32_t milliseconds = 10'000);
-    bool has_begun() const;        // begin and not yet end
     int timer_resolutions() const; // begun and not yet ended
-    std::vector<std::string> window_classes() const;
 
     // Window thread: hands out the messages that wait and paints, without waiting for more. For tests that
     // run no loop.
     void pump();
 
     // ---- for the program ----
-    bool begin() override;
-    void end() override;
     void begin_timer_resolution(uint32_t milliseconds) override;
     void end_timer_resolution(uint32_t milliseconds) override;
-    bool register_window_class(const std::string &name) override;
     host_window *create_window(const window_options &options, window_listener &listener) override;
     int run_message_loop() override;
     void post_quit(int code) override;
@@ -98,9 +93,7 @@ class headless_host : public host, public message_sink {
     headless_script script;
     dialog_record shown;
     int dialogs_open = 0;
-    bool begun = false;
     int resolutions = 0;
-    std::vector<std::string> classes;
     std::vector<std::unique_ptr<headless_window>> windows;
 };
 

@@ -7,37 +7,20 @@
 namespace platform {
 
 enum class fault {
-    begin,
-    register_class,
     create_window,
     framed, // host_window::set_framed is refused
-    display_open,
     display_cooperative_level,
     display_mode, // any mode is refused
-    display_caps,
     primary,
     offscreen_video_memory,
     offscreen_system_memory,
-    clipper,
-    clip_window,
     describe,
-    not_rgb, // the off-screen surface says that it is neither indexed nor RGB
-    create_palette,
-    set_palette,
     lock_busy,
-    lock_lost, // the off-screen surface is lost, until it is restored
     lock_failed,
-    copy_lost, // the primary surface is lost, until it is restored
     copy_failed,
-    restore, // of either surface
     vertical_blank,
-    sound_open,
-    sound_cooperative_level,
     sound_primary,
-    sound_primary_caps,
-    sound_format,
     sound_stream,
-    sound_stream_caps,
     sound_lock,
     sound_position,
     count

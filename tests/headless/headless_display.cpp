@@ -1,8 +1,8 @@
-#include "platform/headless/headless_display.h"
+#include "tests/headless/headless_display.h"
 
-#include "platform/headless/headless_window.h"
 #include "platform/pixel_memory.h"
 #include "platform/surface_turn.h"
+#include "tests/headless/headless_window.h"
 #include <algorithm>
 #include <chrono>
 #include <condition_variable>
@@ -36,12 +36,12 @@ struct headless_display::screen {
     std::function<bool(int, int, int)> accepts = ordinary_mode;
     double refresh_rate = 0;
 
-    bool opened = false, exclusive = false;
+    int surfaces = 0; // that live
+    bool exclusive = false;
     headless_window *window = nullptr;
     size2 mode{0, 0};
     int mode_depth = 0;
 
-    uint64_t losses = 0;
     shown_frame frame;
 
     explicit screen(fault_plan &plan) : faults(plan) {}
@@ -52,51 +52,33 @@ namespace {
 
 using screen = headless_display::screen;
 
-// What every surface has: a format, and contents that may be lost.
+// What every surface has: a format.
 class memory_surface : public surface {
   public:
     memory_surface(std::shared_ptr<screen> s, int w, int h, bool indexed)
-        : state(std::move(s)), width(w), height(h), indexed8(indexed), pitch(indexed ? w : w * 4),
-          seen_losses(state->losses) {}
+        : state(std::move(s)), width(w), height(h), indexed8(indexed), pitch(indexed ? w : w * 4) {
+        ++state->surfaces; // made under the screen's mutex
+    }
+    ~memory_surface() override {
+        const std::lock_guard lock(state->mutex);
+        --state->surfaces;
+    }
 
     bool describe(surface_desc &desc) override {
         if (state->faults.take(fault::describe)) return false;
-        desc = {width, height, pitch, {indexed8, true, indexed8 ? rgb_flag | indexed8_flag : rgb_flag}};
-        if (state->faults.take(fault::not_rgb)) desc.format = {false, false, 0};
-        return true;
-    }
-    bool restore() override {
-        if (state->faults.take(fault::restore)) return false;
-        const std::lock_guard lock(state->mutex);
-        lost = false;
-        seen_losses = state->losses;
+        desc = {width, height, pitch, {indexed8, indexed8 ? rgb_flag | indexed8_flag : rgb_flag}};
         return true;
     }
     bool set_palette(const uint32_t *) override { return false; }
-    bool set_clip_window(host_window &) override { return false; }
     display_result copy_from(surface &, const rectangle &, const rectangle &, bool) override {
         return display_result::failed;
     }
 
-    bool is_lost() const {
-        const std::lock_guard lock(state->mutex);
-        return lost || seen_losses != state->losses;
-    }
-
   protected:
-    void lose() {
-        const std::lock_guard lock(state->mutex);
-        lost = true;
-    }
-
     const std::shared_ptr<screen> state;
     const int width, height;
     const bool indexed8;
     const int pitch;
-
-  private:
-    bool lost = false; // under the screen's mutex
-    uint64_t seen_losses;
 };
 
 // Drawn into by one thread at a time: while it is locked, only the thread that locked it may touch it, and
@@ -113,8 +95,6 @@ class offscreen_surface : public memory_surface {
     display_result lock(void *&first_pixel, int &bytes_per_line) override {
         if (state->faults.take(fault::lock_busy)) return display_result::still_busy;
         if (state->faults.take(fault::lock_failed)) return display_result::failed;
-        if (state->faults.take(fault::lock_lost)) lose();
-        if (is_lost()) return display_result::lost;
         if (!turns.try_lock()) return display_result::still_busy;
         first_pixel = pixels.data();
         bytes_per_line = pitch;
@@ -124,7 +104,6 @@ class offscreen_surface : public memory_surface {
     void unlock() override { turns.unlock(); }
 
     void fill(const rectangle &area, uint32_t colour) override {
-        if (is_lost()) return;
         const auto turn = turns.wait();
         const rectangle part = clipped(area);
         for (int y = part.top; y < part.bottom; y++) {
@@ -178,27 +157,22 @@ class primary_surface : public memory_surface {
 
     // What is shown becomes one colour; a fill is no frame.
     void fill(const rectangle &, uint32_t colour) override {
-        if (is_lost()) return;
         const std::lock_guard lock(state->mutex);
         std::vector<uint32_t> &shown = state->frame.picture.pixels;
         std::fill(shown.begin(), shown.end(), indexed8 ? palette[colour & 0xFF] : colour & 0xFFFFFF);
     }
 
     bool set_palette(const uint32_t *rgb256) override {
-        if (!indexed8 || state->faults.take(fault::set_palette)) return false;
+        if (!indexed8) return false;
         const std::lock_guard lock(state->mutex);
         palette.assign(rgb256, rgb256 + 256);
         return true;
     }
 
-    bool set_clip_window(host_window &) override { return !state->faults.take(fault::clip_window); }
-
     display_result copy_from(surface &source, const rectangle &area, const rectangle &destination,
                              bool full_screen) override {
         auto *drawn = dynamic_cast<offscreen_surface *>(&source);
         if (drawn == nullptr || state->faults.take(fault::copy_failed)) return display_result::failed;
-        if (state->faults.take(fault::copy_lost)) lose();
-        if (is_lost() || drawn->is_lost()) return display_result::lost;
         std::vector<uint32_t> colours;
         {
             const std::lock_guard lock(state->mutex);
@@ -247,11 +221,6 @@ void headless_display::set_refresh_rate(double hertz) {
     state->refresh_rate = hertz;
 }
 
-void headless_display::lose_surfaces() {
-    const std::lock_guard lock(state->mutex);
-    state->losses++;
-}
-
 shown_frame headless_display::shown() const {
     const std::lock_guard lock(state->mutex);
     return state->frame;
@@ -265,7 +234,7 @@ bool headless_display::wait_for_frame(uint64_t number, uint32_t milliseconds) co
 
 bool headless_display::is_open() const {
     const std::lock_guard lock(state->mutex);
-    return state->opened;
+    return state->surfaces != 0;
 }
 
 size2 headless_display::current_mode() const {
@@ -275,24 +244,9 @@ size2 headless_display::current_mode() const {
 
 // ---- for the program ---------------------------------------------------------------------------------
 
-bool headless_display::open() {
-    if (faults.take(fault::display_open)) return false;
-    const std::lock_guard lock(state->mutex);
-    state->opened = true;
-    return true;
-}
-
-void headless_display::close() {
-    restore_mode();
-    const std::lock_guard lock(state->mutex);
-    state->opened = state->exclusive = false;
-    state->window = nullptr;
-}
-
 bool headless_display::set_cooperative_level(host_window &window, bool full_screen) {
     if (faults.take(fault::display_cooperative_level)) return false;
     const std::lock_guard lock(state->mutex);
-    if (!state->opened) return false;
     state->window = dynamic_cast<headless_window *>(&window);
     state->exclusive = full_screen;
     return true;
@@ -303,7 +257,7 @@ bool headless_display::set_mode(int width, int height, int depth) {
     headless_window *window;
     {
         const std::lock_guard lock(state->mutex);
-        if (!state->opened || !state->exclusive || !state->accepts(width, height, depth)) return false;
+        if (!state->exclusive || !state->accepts(width, height, depth)) return false;
         state->mode = {width, height};
         state->mode_depth = depth;
         window = state->window;
@@ -324,12 +278,10 @@ void headless_display::restore_mode() {
     if (window != nullptr) window->leave_mode();
 }
 
-bool headless_display::get_caps() { return !faults.take(fault::display_caps) && is_open(); }
-
 std::unique_ptr<surface> headless_display::create_primary(bool full_screen) {
     if (faults.take(fault::primary)) return nullptr;
     const std::lock_guard lock(state->mutex);
-    if (!state->opened || full_screen != (state->mode_depth != 0)) return nullptr;
+    if (full_screen != (state->mode_depth != 0)) return nullptr;
     const size2 size = full_screen ? state->mode : state->desktop;
     return std::make_unique<primary_surface>(state, size.width, size.height, state->depth() == 8);
 }
@@ -338,14 +290,9 @@ std::unique_ptr<surface> headless_display::create_offscreen(int width, int heigh
     const bool video = where == surface_memory::video;
     if (faults.take(video ? fault::offscreen_video_memory : fault::offscreen_system_memory)) return nullptr;
     const std::lock_guard lock(state->mutex);
-    if (!state->opened || width <= 0 || height <= 0 || width > largest_side || height > largest_side)
-        return nullptr;
+    if (width <= 0 || height <= 0 || width > largest_side || height > largest_side) return nullptr;
     return std::make_unique<offscreen_surface>(state, width, height, state->depth() == 8);
 }
-
-bool headless_display::create_clipper() { return !faults.take(fault::clipper) && is_open(); }
-
-bool headless_display::create_palette() { return !faults.take(fault::create_palette) && is_open(); }
 
 // The begin of a blank is a multiple of the period, its end a twentieth of the period later.
 bool headless_display::wait_vertical_blank(bool begin) {

@@ -1,9 +1,9 @@
 // A window in memory. Its messages are handed out by the host's message loop, on the thread that runs it.
 #pragma once
 
-#include "platform/headless/fault_plan.h"
-#include "platform/headless/headless_display.h"
 #include "platform/host.h"
+#include "tests/headless/fault_plan.h"
+#include "tests/headless/headless_display.h"
 #include <atomic>
 #include <functional>
 #include <mutex>
@@ -16,13 +16,13 @@ struct window_state {
     std::string title;
     int x = 0, y = 0;          // of the frame; the client area lies inside it
     int width = 0, height = 0; // client area
-    bool framed = true, shown = false, gone = false, foreground = false;
+    bool framed = true, shown = false, gone = false;
     bool in_mode = false; // full screen: the client area is the screen
     int cursor_count = 0; // shown while 0 or above
     int focus_requests = 0;
     bool input_method = true;
-    bool default_menu_items = true; // Restore, Size, Minimize, Maximize
     std::vector<std::pair<uint32_t, std::string>> menu;
+    std::vector<std::string> notices;
 };
 
 // Where a window's messages wait for the message loop.
@@ -72,7 +72,6 @@ class headless_window : public host_window {
     point client_origin() const override;
     void invalidate(bool erase) override;
     void set_focus() override;
-    bool is_foreground() const override;
     painter *current_painter() override;
     int show_cursor(bool show) override;
     bool shift_down() const override;
@@ -81,7 +80,7 @@ class headless_window : public host_window {
     void resize_client(int width, int height) override;
     void centre() override;
     void show() override;
-    void remove_default_menu_items() override;
+    void notify(const std::string &text) override;
     bool has_menu_item(uint32_t id) const override;
     void insert_menu_item(int position, uint32_t id, const std::string &text) override;
 

@@ -1,4 +1,4 @@
-#include "platform/headless/headless_host.h"
+#include "tests/headless/headless_host.h"
 
 #include <chrono>
 
@@ -106,23 +106,6 @@ bool headless_host::run_on_window_thread(std::function<void()> f, uint32_t milli
 
 // ---- set-up ------------------------------------------------------------------------------------------
 
-bool headless_host::begin() {
-    if (faults.take(fault::begin)) return false;
-    const std::lock_guard lock(mutex);
-    begun = true;
-    return true;
-}
-
-void headless_host::end() {
-    const std::lock_guard lock(mutex);
-    begun = false;
-}
-
-bool headless_host::has_begun() const {
-    const std::lock_guard lock(mutex);
-    return begun;
-}
-
 void headless_host::begin_timer_resolution(uint32_t) {
     const std::lock_guard lock(mutex);
     resolutions++;
@@ -136,18 +119,6 @@ void headless_host::end_timer_resolution(uint32_t) {
 int headless_host::timer_resolutions() const {
     const std::lock_guard lock(mutex);
     return resolutions;
-}
-
-bool headless_host::register_window_class(const std::string &name) {
-    if (faults.take(fault::register_class)) return false;
-    const std::lock_guard lock(mutex);
-    classes.push_back(name);
-    return true;
-}
-
-std::vector<std::string> headless_host::window_classes() const {
-    const std::lock_guard lock(mutex);
-    return classes;
 }
 
 host_window *headless_host::create_window(const window_options &options, window_listener &listener) {

@@ -1,5 +1,6 @@
-#include "platform/headless/headless_window.h"
+#include "tests/headless/headless_window.h"
 
+#include "support/host_keys.h"
 #include <algorithm>
 
 namespace platform {
@@ -7,7 +8,6 @@ namespace platform {
 namespace {
 
 constexpr int frame_edge = 4, caption_height = 20;
-constexpr uint32_t shift_key = 0x10;
 constexpr uint64_t auto_repeat = uint64_t{1} << 30; // lparam of wm_key_down
 
 class canvas_painter : public painter {
@@ -66,7 +66,7 @@ void headless_window::key_message(uint32_t id, uint32_t virtual_key) {
             lparam = keys_down.insert(virtual_key).second ? 0 : auto_repeat;
         else
             keys_down.erase(virtual_key);
-        shift = keys_down.contains(shift_key);
+        shift = keys_down.contains(vk_shift);
     }
     put_message({id, virtual_key, lparam}, shift);
 }
@@ -89,7 +89,6 @@ void headless_window::activate(bool active) {
     std::set<uint32_t> held;
     {
         const std::lock_guard lock(mutex);
-        now.foreground = active;
         if (!active) held = keys_down;
     }
     for (const uint32_t key : held) release_key(key);
@@ -190,7 +189,7 @@ void headless_window::post(uint32_t id, uint64_t wparam, uint64_t lparam) {
     bool shift;
     {
         const std::lock_guard lock(mutex);
-        shift = keys_down.contains(shift_key);
+        shift = keys_down.contains(vk_shift);
     }
     put_message({id, wparam, lparam}, shift);
 }
@@ -199,7 +198,7 @@ void headless_window::destroy() {
     send(wm_destroy, 0, 0);
     const std::lock_guard lock(mutex);
     now.gone = true;
-    now.shown = now.foreground = false;
+    now.shown = false;
 }
 
 size2 headless_window::client_size_locked() const {
@@ -235,11 +234,6 @@ void headless_window::set_focus() {
     now.focus_requests++;
 }
 
-bool headless_window::is_foreground() const {
-    const std::lock_guard lock(mutex);
-    return now.foreground;
-}
-
 painter *headless_window::current_painter() { return painting; }
 
 int headless_window::show_cursor(bool show) {
@@ -249,7 +243,7 @@ int headless_window::show_cursor(bool show) {
 
 bool headless_window::shift_down() const {
     const std::lock_guard lock(mutex);
-    return in_message ? shift_of_message : keys_down.contains(shift_key);
+    return in_message ? shift_of_message : keys_down.contains(vk_shift);
 }
 
 void headless_window::disable_input_method() {
@@ -286,23 +280,21 @@ void headless_window::centre() {
     if (moved) send(wm_move, 0, 0);
 }
 
-// A window that comes up comes up in front.
 void headless_window::show() {
     bool comes_up;
     {
         const std::lock_guard lock(mutex);
         comes_up = !now.shown && !now.gone;
         now.shown = !now.gone;
-        if (comes_up) now.foreground = true;
     }
     if (!comes_up) return;
     invalidate(true);
     post(wm_activate_app, 1, 0);
 }
 
-void headless_window::remove_default_menu_items() {
+void headless_window::notify(const std::string &text) {
     const std::lock_guard lock(mutex);
-    now.default_menu_items = false;
+    now.notices.push_back(text);
 }
 
 bool headless_window::has_menu_item(uint32_t id) const {

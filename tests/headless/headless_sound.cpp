@@ -1,4 +1,4 @@
-#include "platform/headless/headless_sound.h"
+#include "tests/headless/headless_sound.h"
 
 #include <algorithm>
 #include <chrono>
@@ -31,7 +31,6 @@ struct headless_sound::device {
     uint32_t write_lead = 0;
     uint32_t first_part = std::numeric_limits<uint32_t>::max();
     int32_t volume = 0;
-    wave_format format{};
 
     // The stream. What is locked is a copy of its memory: whoever writes there meets nobody who reads.
     bool playing = false;
@@ -78,17 +77,7 @@ using device = headless_sound::device;
 class memory_primary_buffer : public primary_sound_buffer {
   public:
     explicit memory_primary_buffer(std::shared_ptr<device> d) : state(std::move(d)) {}
-    bool get_caps(uint32_t &bytes) override {
-        if (state->faults.take(fault::sound_primary_caps)) return false;
-        bytes = primary_bytes;
-        return true;
-    }
-    bool set_format(const wave_format &format) override {
-        if (state->faults.take(fault::sound_format)) return false;
-        const std::lock_guard lock(state->mutex);
-        state->format = format;
-        return true;
-    }
+    uint32_t size() const override { return primary_bytes; }
     void set_volume(int32_t hundredths_db) override {
         const std::lock_guard lock(state->mutex);
         state->volume = hundredths_db;
@@ -107,12 +96,6 @@ class memory_stream : public sound_stream {
     explicit memory_stream(std::shared_ptr<device> d)
         : state(std::move(d)), size(static_cast<uint32_t>(state->memory.size())) {}
     ~memory_stream() override { memory_stream::stop(); }
-
-    bool get_caps(uint32_t &bytes) override {
-        if (state->faults.take(fault::sound_stream_caps)) return false;
-        bytes = size;
-        return true;
-    }
 
     bool lock(uint32_t offset, uint32_t bytes, void *&part1, uint32_t &bytes1, void *&part2,
               uint32_t &bytes2) override {
@@ -255,27 +238,16 @@ int32_t headless_sound::volume() const {
     return state->volume;
 }
 
-wave_format headless_sound::format() const {
-    const std::lock_guard lock(state->mutex);
-    return state->format;
-}
-
 // ---- for the program ---------------------------------------------------------------------------------
 
-bool headless_sound::open() {
-    if (faults.take(fault::sound_open)) return false;
+void headless_sound::open() {
     const std::lock_guard lock(state->mutex);
     state->opened = true;
-    return true;
 }
 
 void headless_sound::close() {
     const std::lock_guard lock(state->mutex);
     state->opened = false;
-}
-
-bool headless_sound::set_cooperative_level(host_window &) {
-    return !faults.take(fault::sound_cooperative_level) && is_open();
 }
 
 std::unique_ptr<primary_sound_buffer> headless_sound::create_primary() {

@@ -2,8 +2,8 @@
 // drives, and a record of what was written to it and what of it would have been heard.
 #pragma once
 
-#include "platform/headless/fault_plan.h"
 #include "platform/host.h"
+#include "tests/headless/fault_plan.h"
 #include <memory>
 
 namespace platform {
@@ -28,13 +28,11 @@ class headless_sound : public sound_device {
     uint64_t unlocks() const;
     bool is_open() const;
     bool is_playing() const;
-    int32_t volume() const;     // hundredths of a decibel, as it was set last; 0 at first
-    wave_format format() const; // of the primary buffer
+    int32_t volume() const; // hundredths of a decibel, as it was set last; 0 at first
 
     // ---- for the program ----
-    bool open() override;
+    void open() override;
     void close() override;
-    bool set_cooperative_level(host_window &window) override;
     std::unique_ptr<primary_sound_buffer> create_primary() override;
     std::unique_ptr<sound_stream> create_stream(uint32_t bytes, const wave_format &format) override;
 

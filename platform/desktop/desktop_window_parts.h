@@ -1,0 +1,62 @@
+// What the window consists of: the frame and the view in it. Both hand everything on.
+#pragma once
+
+#include "platform/desktop/desktop_window.h"
+#include <QtGui/QCloseEvent>
+#include <QtGui/QKeyEvent>
+#include <QtWidgets/QMainWindow>
+#include <QtWidgets/QWidget>
+
+namespace platform {
+
+class desktop_window::view_widget : public QWidget {
+  public:
+    explicit view_widget(desktop_window &w) : window_of(w) {
+        setFocusPolicy(Qt::StrongFocus);
+        setAttribute(Qt::WA_OpaquePaintEvent);
+        setAttribute(Qt::WA_NoSystemBackground);
+    }
+
+  protected:
+    void paintEvent(QPaintEvent *) override { window_of.paint_view(); }
+    bool focusNextPrevChild(bool) override { return false; } // Tab is a key of the machine
+    bool event(QEvent *e) override {
+        switch (e->type()) {
+        case QEvent::ShortcutOverride:
+        case QEvent::KeyPress:
+        case QEvent::KeyRelease:
+            if (window_of.key_event(static_cast<QKeyEvent &>(*e))) return true;
+            break;
+        case QEvent::FocusOut: window_of.release_held_keys(); break;
+        default: break;
+        }
+        return QWidget::event(e);
+    }
+
+  private:
+    desktop_window &window_of;
+};
+
+class desktop_window::frame_widget : public QMainWindow {
+  public:
+    explicit frame_widget(desktop_window &w) : window_of(w) {}
+
+  protected:
+    void closeEvent(QCloseEvent *e) override {
+        e->ignore();
+        window_of.post(wm_close, 0, 0);
+    }
+    void moveEvent(QMoveEvent *e) override {
+        QMainWindow::moveEvent(e);
+        window_of.moved();
+    }
+    void showEvent(QShowEvent *e) override {
+        QMainWindow::showEvent(e);
+        window_of.follow_screen();
+    }
+
+  private:
+    desktop_window &window_of;
+};
+
+} // namespace platform

@@ -1,0 +1,16 @@
+// What the dialogs share.
+#pragma once
+
+#include <QtCore/QString>
+#include <string>
+
+class QLayout;
+
+namespace platform {
+
+inline QString text_of(const std::string &text) { return QString::fromStdString(text); }
+
+// The icon with the program's two lines beside it.
+QLayout *program_lines(const std::string &program, const std::string &copyright);
+
+} // namespace platform
