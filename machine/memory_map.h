@@ -1,4 +1,15 @@
 // The Z80's view of memory: ROM, RAM, the graphic planes and the windows between them.
+//
+//   0x0000-0x5FFF  main ROM, N-BASIC ROM (port 0x31 bit 2) or RAM (bit 1, which wins)
+//   0x6000-0x7FFF  the same, or in ROM mode the expansion ROM (port 0x71 bit 0 clear); a wait a byte
+//   0x8000-0x83FF  in ROM mode the RAM at port 0x70 x 0x100, wrapping at the top of memory; a wait a byte
+//   0x8400-0xBFFF  RAM
+//   0xC000-0xFFFF  RAM, or the plane that ports 0x5C-0x5F chose; a wait a byte
+// A write below 0x8000 lands in the RAM under the ROM, whatever is read there.
+//
+// Not emulated: the waits of main RAM during display, extended RAM, the dictionary and kanji ROMs. By the machine's
+// published I/O map: the windows and their ports. As this machine's software expects: an expansion ROM that is not
+// there reads 0xFF. Not sure: that a plane costs one wait in the display as in the blank.
 #pragma once
 
 #include "support/shared.h"
