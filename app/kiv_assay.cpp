@@ -1,5 +1,6 @@
 #include "app/kiv_assay.h"
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdarg>
@@ -38,18 +39,15 @@ void write_without_blocking(int target, const char *text, size_t size) {
     [[maybe_unused]] const ssize_t written = write(target, text, size);
 }
 
-void report(const char *format, va_list arguments) {
+void hear_line(const char *text) {
     const int target = trace_target();
-    const trace_listener hears = listener.load();
-    if (target < 0 && hears == nullptr) return;
-    char line[line_size + 1];
-    int size = std::vsnprintf(line, line_size, format, arguments);
-    if (size < 0) return;
-    if (static_cast<size_t>(size) >= line_size) size = line_size - 1;
-    if (hears != nullptr) hears(line);
+    if (const trace_listener hears = listener.load()) hears(text);
     if (target < 0) return;
+    char line[line_size + 1];
+    const size_t size = std::min(std::strlen(text), line_size);
+    std::memcpy(line, text, size);
     line[size] = '\n';
-    write_without_blocking(target, line, static_cast<size_t>(size) + 1);
+    write_without_blocking(target, line, size + 1);
 }
 
 // A hundred lines a second pass; the first one of a later second says how many did not.
@@ -94,31 +92,28 @@ struct line_limiter {
 
 } // namespace
 
-kiv_assay::kiv_assay() = default;
+void hear_log() {
+    set_log_sink([](log_kind kind, const char *text) {
+        static line_limiter limiter;
+        if (kind == log_kind::line)
+            hear_line(text);
+        else
+            limiter.add(text);
+    });
+}
+
+kiv_assay::kiv_assay() { hear_log(); }
 kiv_assay::~kiv_assay() = default;
 
 void kiv_assay::trace(const char *format, ...) {
-    va_list arguments;
-    va_start(arguments, format);
-    report(format, arguments);
-    va_end(arguments);
-}
-
-void trace(const char *format, ...) {
-    va_list arguments;
-    va_start(arguments, format);
-    report(format, arguments);
-    va_end(arguments);
-}
-
-void set_trace_listener(trace_listener hears) { listener.store(hears); }
-
-void emulated_line(const char *format, ...) {
-    static line_limiter limiter;
     char line[line_size];
     va_list arguments;
     va_start(arguments, format);
-    std::vsnprintf(line, sizeof line, format, arguments);
+    if (std::vsnprintf(line, sizeof line, format, arguments) >= 0) hear_line(line);
     va_end(arguments);
-    limiter.add(line);
+}
+
+void set_trace_listener(trace_listener hears) {
+    listener.store(hears);
+    hear_log();
 }

@@ -2,15 +2,16 @@
 // thread, before any other thread of the program exists.
 #include "app/kiv_form.h"
 
-#include "app/kiv_assay.h"
 #include "app/program.h"
 #include "cpu/z80_thread.h"
 #include "display/kiv_directx.h"
+#include "machine/host_clock.h"
 #include "machine/kiv_machine.h"
 #include "machine/rom_loader.h"
 #include "platform/resources.h"
 #include "resources/resources.h"
 #include "support/kel_fstream.h"
+#include "support/log.h"
 
 #include <algorithm>
 
@@ -31,6 +32,7 @@ int kiv_form::initialize() {
     };
     trace("IME禁止");
     window->disable_input_method();
+    use_host_clock();
     z80_install(main_cpu, mem_read, mem_write, io_in, io_out);
     video_lock_section = &video_section;
     host_callbacks_listen(directx_host_callbacks());

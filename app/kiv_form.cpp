@@ -1,17 +1,18 @@
 #include "app/kiv_form.h"
 
-#include "app/kiv_assay.h"
 #include "app/kiv_help.h"
 #include "app/program.h"
 #include "cpu/z80_thread.h"
 #include "display/kiv_directx.h"
 #include "machine/kiv_machine.h"
 #include "machine/memory_dump.h"
+#include "machine/tape_files.h"
 #include "platform/file.h"
 #include "platform/resources.h"
 #include "resources/resources.h"
 #include "support/host_keys.h"
 #include "support/kel_fstream.h"
+#include "support/log.h"
 
 #include <cstdio>
 #include <exception>

@@ -1,13 +1,13 @@
 // The settings between their file, their dialog and the objects that use them.
 #include "app/kiv_form.h"
 
-#include "app/kiv_assay.h"
 #include "app/program.h"
 #include "cpu/z80_thread.h"
 #include "display/kiv_directx.h"
 #include "machine/kiv_machine.h"
 #include "platform/file.h"
 #include "support/kel_fstream.h"
+#include "support/log.h"
 
 #include <algorithm>
 

@@ -4,16 +4,23 @@
 #include "cpu/z80_operations.h"
 #include <cstddef>
 #include <cstring>
-#include <ctime>
-#include <random>
 #include <type_traits>
 
 static_assert(std::is_trivially_copyable_v<z80_cpu> && std::is_standard_layout_v<z80_cpu>);
 
 namespace {
 
-bool seed_fixed = false;
-unsigned fixed_seed;
+unsigned fixed_seed = 1;
+unsigned (*seed_source)() = nullptr;
+
+// The generator of Park and Miller with the multiplier of 1993: the same bytes on every host.
+struct minimal_standard {
+    static constexpr uint64_t modulus = 2147483647, multiplier = 48271;
+    uint64_t state;
+
+    explicit minimal_standard(unsigned seed) : state(seed % modulus != 0 ? seed % modulus : 1) {}
+    uint64_t next() { return state = state * multiplier % modulus; }
+};
 
 // T-states of an entry beyond those of the first instruction executed there.
 constexpr uint32_t im0_accept_cycles = 2;
@@ -41,13 +48,15 @@ void z80_install(z80_cpu &cpu, uint8_t (*mem_read)(uint16_t, uint32_t *),
 }
 
 void z80_fix_seed(unsigned seed) {
-    seed_fixed = true;
+    seed_source = nullptr;
     fixed_seed = seed;
 }
 
+void z80_seed_from(unsigned (*source)()) { seed_source = source; }
+
 void z80_reset(z80_cpu &cpu) {
-    std::minstd_rand random(seed_fixed ? fixed_seed : static_cast<unsigned>(std::time(nullptr)));
-    for (uint8_t &byte : cpu.r_table) byte = static_cast<uint8_t>(random() % 256);
+    minimal_standard random(seed_source != nullptr ? seed_source() : fixed_seed);
+    for (uint8_t &byte : cpu.r_table) byte = static_cast<uint8_t>(random.next());
     std::memset(&cpu, 0, offsetof(z80_cpu, stop_flags)); // BC through r_counter
     cpu.stop_flags = 0;
     cpu.restore_steps = 0;

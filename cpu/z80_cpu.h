@@ -107,8 +107,11 @@ void z80_install(z80_cpu &cpu, uint8_t (*mem_read)(uint16_t, uint32_t *),
 void z80_reset(z80_cpu &cpu);
 
 // Fixes the seed from which every later z80_reset fills r_table, so that two runs give the same bytes.
-// Without a call the seed is the time in seconds.
+// Without a call it is 1.
 void z80_fix_seed(unsigned seed);
+
+// From now on every z80_reset asks for its seed.
+void z80_seed_from(unsigned (*source)());
 
 // One step: enters an accepted interrupt, executes one instruction. True when the CPU has stopped.
 bool z80_step(z80_cpu &cpu);

@@ -1,11 +1,11 @@
 #include "cpu/z80_thread.h"
 
-#include "app/kiv_assay.h"
 #include "display/kiv_directx.h"
 #include "machine/kiv_machine.h"
 #include "machine/machine_pass.h"
 #include "platform/clock.h"
 #include "platform/thread.h"
+#include "support/log.h"
 #include "support/main_window.h"
 #include <chrono>
 #include <cmath>

@@ -1,5 +1,5 @@
-#include "app/kiv_assay.h"
 #include "machine/kiv_machine.h"
+#include "support/log.h"
 
 namespace {
 

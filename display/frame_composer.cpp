@@ -10,6 +10,7 @@
 #include <iterator>
 
 frame_geometry geometry;
+text_row_work text_work;
 
 namespace {
 
@@ -76,7 +77,7 @@ struct row_words {
 
 // Keeps the pairs sorted by position; of equal positions the first stands. `count` pairs are stored.
 void insert_pair(attr_pair pair, int &count) {
-    attr_pair *const pairs = machine.attr_pairs;
+    attr_pair *const pairs = text_work.attr_pairs;
     int at = count;
     while (at > 0 && pairs[at - 1].position > pair.position) --at;
     if (at > 0 && pairs[at - 1].position == pair.position) return;
@@ -89,9 +90,9 @@ void text_row_fetch(uint32_t row) {
     const uint32_t start = machine.text_start + text_row_bytes * row;
     const row_words words(start);
     const uint8_t *const chars = reinterpret_cast<const uint8_t *>(words.words) + start % 8;
-    std::memcpy(machine.row_chars, chars, text_columns);
+    std::memcpy(text_work.row_chars, chars, text_columns);
     const uint8_t *const pairs = chars + text_columns;
-    for (attr_pair &pair : machine.attr_pairs) pair = {text_columns, 0};
+    for (attr_pair &pair : text_work.attr_pairs) pair = {text_columns, 0};
     int count = 0;
     for (int i = 0; i < attr_pair_count; ++i)
         insert_pair({static_cast<uint8_t>(pairs[2 * i] & 0x7F), pairs[2 * i + 1]}, count);
@@ -102,22 +103,25 @@ uint8_t colour_of(uint8_t attribute) {
     return static_cast<uint8_t>(colour_permutation[attribute >> 5] | semigraphic);
 }
 
+// Blinking text is hidden in its dark phase.
+uint8_t shown_attribute(uint8_t (*decoder)(uint8_t), bool dark, uint8_t source) {
+    return static_cast<uint8_t>(decoder(source) | (dark && source & attribute_blink ? cell_secret : 0));
+}
+
 // Each pair holds from its column on. What the row above ended with holds until the first pair, colour and
 // character attribute each on its own.
 void decode_cells(bool mono) {
     const bool dark = machine.attr_blink_phase == 0;
     uint8_t (*const decoder)(uint8_t) = machine.attr_decoder;
-    const auto decode = [&](uint8_t source) { // blinking text is hidden in its dark phase
-        return static_cast<uint8_t>(decoder(source) | (dark && source & attribute_blink ? cell_secret : 0));
-    };
-    uint8_t colour = machine.running_colour, attribute = machine.running_attribute;
+    const auto decode = [&](uint8_t source) { return shown_attribute(decoder, dark, source); };
+    uint8_t colour = text_work.running_colour, attribute = text_work.running_attribute;
     uint32_t column = 0;
     const auto fill_to = [&](uint32_t end) {
         const int under = mono ? white : colour & (cell_colour | cell_semigraphic);
-        std::memset(machine.cell_attr + column, under | attribute, end - column);
+        std::memset(text_work.cell_attr + column, under | attribute, end - column);
         column = end;
     };
-    for (const attr_pair &pair : machine.attr_pairs) {
+    for (const attr_pair &pair : text_work.attr_pairs) {
         if (pair.position >= text_columns) break;
         if (pair.position > column) fill_to(pair.position);
         if (!mono && (pair.attribute & attribute_is_colour))
@@ -126,28 +130,32 @@ void decode_cells(bool mono) {
             attribute = decode(pair.attribute);
     }
     fill_to(text_columns);
-    machine.running_colour = colour;
-    machine.running_attribute = attribute;
+    text_work.running_colour = colour;
+    text_work.running_attribute = attribute;
 }
 
 void reverse_and_cursor(uint32_t row) {
     if (machine.crtc_reverse == 1)
-        for (uint8_t &cell : machine.cell_attr) cell ^= cell_reverse;
+        for (uint8_t &cell : text_work.cell_attr) cell ^= cell_reverse;
     const uint8_t x = machine.cursor_x;
     if (machine.cursor_y != row || machine.cursor_phase != 1 || machine.cursor_enabled != 1) return;
     if (x >= text_columns) return;
-    machine.cell_attr[x] = static_cast<uint8_t>((machine.cell_attr[x] ^ cell_reverse) | white);
+    text_work.cell_attr[x] = static_cast<uint8_t>((text_work.cell_attr[x] ^ cell_reverse) | white);
 }
 
 void text_row_decode(uint32_t row) {
     if (row >= text_rows) return;
-    machine.running_colour = machine.row_colour_in[row];
-    machine.running_attribute = machine.row_attr_in[row];
+    text_work.running_colour = row == 0 ? machine.carried_colour.load() : text_work.row_colour_in[row];
+    text_work.running_attribute = row == 0 ? machine.carried_attribute.load() : text_work.row_attr_in[row];
     decode_cells(machine.crtc_mono == 1);
     reverse_and_cursor(row);
-    const uint32_t next = (row + 1) % text_rows;
-    machine.row_colour_in[next] = machine.running_colour;
-    machine.row_attr_in[next] = machine.running_attribute;
+    if (row + 1 < text_rows) {
+        text_work.row_colour_in[row + 1] = text_work.running_colour;
+        text_work.row_attr_in[row + 1] = text_work.running_attribute;
+    } else {
+        machine.carried_colour = text_work.running_colour;
+        machine.carried_attribute = text_work.running_attribute;
+    }
 }
 
 void select_attr_decoder(uint32_t mono) {
@@ -221,4 +229,23 @@ uint32_t compose_frame(uint32_t format) {
         machine.draw_text_row(row, format);
     }
     return text_rows;
+}
+
+// Rows are looked at from the last one up, until one has said the colour and one the attribute.
+void pass_frame_over() {
+    if (machine.crtc_status != 0) return;
+    const bool mono = machine.crtc_mono == 1, dark = machine.attr_blink_phase == 0;
+    bool colour_known = mono, attribute_known = false;
+    for (uint32_t row = text_rows; row-- > 0 && !(colour_known && attribute_known);) {
+        machine.text_row_fetch(row);
+        for (int i = attr_pair_count; i-- > 0;) {
+            const attr_pair pair = text_work.attr_pairs[i];
+            if (pair.position >= text_columns) continue;
+            const bool is_colour = !mono && (pair.attribute & attribute_is_colour) != 0;
+            if (is_colour && !colour_known) machine.carried_colour = colour_of(pair.attribute);
+            if (!is_colour && !attribute_known)
+                machine.carried_attribute = shown_attribute(machine.attr_decoder, dark, pair.attribute);
+            (is_colour ? colour_known : attribute_known) = true;
+        }
+    }
 }

@@ -36,14 +36,20 @@ enum cell_bit : uint8_t {
     cell_under_line = 0x80,
 };
 
-// The row being drawn, and what flows from row to row.
-struct display_block {
+// The row being drawn, and what flows from row to row: the composer's own, and only while it draws.
+struct text_row_work {
     uint8_t row_chars[text_columns];
     attr_pair attr_pairs[attr_pair_count];
     uint8_t cell_attr[text_columns];
     uint8_t row_colour_in[text_rows];
     uint8_t row_attr_in[text_rows];
     uint8_t running_colour, running_attribute;
+};
+extern text_row_work text_work;
+
+struct display_block {
+    // What the last row of a frame ended with: the first row of the next one begins with it.
+    shared<uint8_t> carried_colour, carried_attribute;
     shared<uint8_t (*)(uint8_t attribute)> attr_decoder;
     const uint8_t *colour_perm; // G R B code to host index
     void (*display_init)();
@@ -96,6 +102,10 @@ void set_frame_geometry(int32_t width, int32_t height, uint32_t pitch);
 // Composes one frame into geometry.frame_pixels: graphics or black, then the text when it is on.
 // Returns the text rows drawn: 25, or 0 when the text layer is off.
 uint32_t compose_frame(uint32_t format);
+
+// What composing a frame leaves for the next one, without its picture: a frame that nobody looks at is passed
+// over, and the pictures after it stay the same.
+void pass_frame_over();
 
 // The 256 palette entries of an 8-bit surface as 0x00RRGGBB; the renderers use 0-6 and 0xF8-0xFF.
 extern const std::array<uint32_t, 256> host_palette;

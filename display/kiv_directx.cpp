@@ -1,11 +1,11 @@
 // The picture half of kiv_directx: display set-up, the off-screen surface, the copy to the screen.
 #include "display/kiv_directx.h"
 
-#include "app/kiv_assay.h"
 #include "display/frame_composer.h"
 #include "display/kiv_render.h"
 #include "display/overlay_font.h"
 #include "platform/clock.h"
+#include "support/log.h"
 #include "support/main_window.h"
 #include <algorithm>
 #include <cstdio>

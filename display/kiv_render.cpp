@@ -1,9 +1,9 @@
 #include "display/kiv_render.h"
 
-#include "app/kiv_assay.h"
 #include "display/kiv_directx.h"
 #include "platform/clock.h"
 #include "platform/thread.h"
+#include "support/log.h"
 #include <cmath>
 
 shared<double> stat_sys_mhz;

@@ -96,10 +96,10 @@ template <uint32_t columns, uint32_t lines> void make_row(row_picture &row) {
     const uint8_t *const fonts[2] = {characters, machine.font_rom + semigraphic_glyphs};
     glyph cells[groups];
     for (uint32_t column = 0; column < text_columns; column += step) {
-        const uint8_t attribute = machine.cell_attr[column];
+        const uint8_t attribute = text_work.cell_attr[column];
         const uint8_t *const font = fonts[(attribute & cell_semigraphic) != 0];
         const glyph_effect &effect = effects<lines>[attribute >> 3];
-        const glyph bits = (load_glyph(font + 8u * machine.row_chars[column]) & effect.keep) ^ effect.flip;
+        const glyph bits = (load_glyph(font + 8u * text_work.row_chars[column]) & effect.keep) ^ effect.flip;
         if constexpr (step == 1) {
             cells[column] = bits;
         } else {

@@ -1,6 +1,5 @@
 #include "machine/kiv_machine.h"
-
-#include <ctime>
+#include "machine/run_block.h"
 
 namespace {
 
@@ -12,20 +11,28 @@ constexpr uint8_t port40_strobe = 0x02;
 constexpr uint8_t port40_clock = 0x04;
 constexpr uint8_t sys_status_after_reset = 0x0D;
 
-bool time_is_fixed = false;
-calendar_time fixed_time;
+calendar_time (*ask_host)() = nullptr;
 
-calendar_time host_time() {
-    const std::time_t now = std::time(nullptr);
-    std::tm local{};
-    localtime_r(&now, &local);
-    return {local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec};
+calendar_time time_now() {
+    const calendar_base &base = run_state.calendar;
+    switch (base.source) {
+    case calendar_of_host: return ask_host != nullptr ? ask_host() : base.time;
+    case calendar_running:
+        return calendar_after(base.time, (base.now_cycles - base.start_cycles) / default_clock_hz);
+    default: return base.time;
+    }
 }
 
 uint8_t bcd(int value) { return static_cast<uint8_t>(value % 100 / 10 * 16 + value % 10); }
 
+int days_of(int month, int year) {
+    constexpr int days[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+    const bool leap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
+    return month == 2 && leap ? 29 : days[(month - 1) % 12];
+}
+
 void load_time() {
-    const calendar_time now = time_is_fixed ? fixed_time : host_time();
+    const calendar_time now = time_now();
     machine.calendar_register[0] = bcd(now.second);
     machine.calendar_register[1] = bcd(now.minute);
     machine.calendar_register[2] = bcd(now.hour);
@@ -91,11 +98,32 @@ void calendar_reset() {
 
 } // namespace
 
-void calendar_use_host_time() { time_is_fixed = false; }
+void calendar_use_host_time() { run_state.calendar.source = calendar_of_host; }
 
-void calendar_fix_time(const calendar_time &time) {
-    fixed_time = time;
-    time_is_fixed = true;
+void calendar_fix_time(const calendar_time &time) { run_state.calendar = {calendar_standing, time, 0, 0}; }
+
+void calendar_start_at(const calendar_time &time) {
+    run_state.calendar = {calendar_running, time, run_state.cycles, run_state.cycles};
+}
+
+void calendar_ask(calendar_time (*host_now)()) { ask_host = host_now; }
+
+calendar_time calendar_after(const calendar_time &time, uint64_t seconds) {
+    constexpr uint64_t day = 24 * 60 * 60;
+    calendar_time t = time;
+    seconds += static_cast<uint64_t>((t.hour * 60 + t.minute) * 60 + t.second);
+    for (uint64_t days = seconds / day; days > 0; --days) {
+        if (++t.day <= days_of(t.month, t.year)) continue;
+        t.day = 1;
+        if (++t.month <= 12) continue;
+        t.month = 1;
+        ++t.year;
+    }
+    const auto left = static_cast<int>(seconds % day);
+    t.hour = left / 3600;
+    t.minute = left / 60 % 60;
+    t.second = left % 60;
+    return t;
 }
 
 void calendar_init() {

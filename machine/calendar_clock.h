@@ -22,8 +22,28 @@ struct calendar_time {
     int year, month, day, hour, minute, second;
 };
 
-// Where the clock takes its time from: the host's local time, unless a run fixes it.
+// Where the clock takes its time from.
+enum calendar_source : uint8_t {
+    calendar_of_host,  // asked each time; without a host that has been told, as calendar_standing
+    calendar_standing, // shows `time` for ever
+    calendar_running,  // goes on from `time` with the machine's own T-states
+};
+
+struct calendar_base {
+    uint8_t source; // calendar_source
+    calendar_time time;
+    uint64_t start_cycles; // run_state.cycles when it was `time`
+    uint64_t now_cycles;   // the same, at the end of the last frame
+};
+
 void calendar_use_host_time();
 void calendar_fix_time(const calendar_time &time);
+void calendar_start_at(const calendar_time &time);
+
+// Who is asked for the host's local time.
+void calendar_ask(calendar_time (*host_now)());
+
+// The date and time `seconds` after `time`.
+calendar_time calendar_after(const calendar_time &time, uint64_t seconds);
 
 void calendar_init();

@@ -1,7 +1,5 @@
-#include "app/kiv_assay.h"
 #include "machine/kiv_machine.h"
-#include "machine/read_exactly.h"
-#include "support/kel_fstream.h"
+#include "support/checksum.h"
 
 #include <algorithm>
 #include <array>
@@ -9,7 +7,6 @@
 #include <memory>
 #include <new>
 #include <utility>
-#include <vector>
 
 namespace {
 
@@ -18,10 +15,11 @@ constexpr uint8_t port30_motor = 0x08;
 constexpr uint8_t port30_bit5 = 0x20;
 constexpr uint8_t flags_after_reset = cassette_stopped | cassette_motor_off | cassette_port30_bit5;
 
-tape_writer output;
+cassette_recorder recorder = {[](uint8_t) {}, [] {}};
 
 // Owns the image that the record points to: a record that was copied and put back never frees it twice.
 std::unique_ptr<uint8_t[]> image;
+uint64_t image_checksum = 0; // 0: not asked for yet
 
 // Where the record marks are. A program may ask for fast loads again and again; were each a scan, the run
 // loop would be in megabytes of tape when a pause is asked for. Of each step of the tape the index holds the
@@ -30,10 +28,10 @@ class mark_index {
   public:
     static constexpr uint32_t none = UINT32_MAX;
 
-    void clear() { first_marks.clear(); }
-    void build(const uint8_t *new_tape, uint32_t new_size);
-    uint32_t any_from(uint32_t position) const;    // the first mark at or behind it
-    uint32_t fourth_from(uint32_t position) const; // of the marks at position, position + 4, ...
+    void clear() { first_marks.reset(); }
+    bool build(const uint8_t *new_tape, uint32_t new_size); // false: there is no memory for it
+    uint32_t any_from(uint32_t position) const;             // the first mark at or behind it
+    uint32_t fourth_from(uint32_t position) const;          // of the marks at position, position + 4, ...
 
   private:
     static constexpr uint32_t step = 1024; // bytes
@@ -43,20 +41,24 @@ class mark_index {
 
     const uint8_t *tape = nullptr;
     uint32_t size = 0;
-    std::vector<std::array<uint32_t, 4>> first_marks;
+    std::unique_ptr<std::array<uint32_t, 4>[]> first_marks;
 };
 
-void mark_index::build(const uint8_t *new_tape, uint32_t new_size) {
+bool mark_index::build(const uint8_t *new_tape, uint32_t new_size) {
+    const uint32_t steps = new_size / step + 1;
     tape = new_tape;
     size = new_size;
-    first_marks.assign(size / step + 2, {none, none, none, none});
-    for (uint32_t n = size / step + 1; n-- > 0;) {
+    first_marks.reset(new (std::nothrow) std::array<uint32_t, 4>[steps + 1]);
+    if (first_marks == nullptr) return false;
+    first_marks[steps] = {none, none, none, none};
+    for (uint32_t n = steps; n-- > 0;) {
         auto &marks = first_marks[n] = first_marks[n + 1];
         const uint32_t start = n * step, end = step_end(start);
         if (start == end || std::memchr(tape + start, record_mark, end - start) == nullptr) continue;
         for (uint32_t i = end; i-- > start;)
             if (tape[i] == record_mark) marks[i % 4] = i;
     }
+    return true;
 }
 
 uint32_t mark_index::any_from(uint32_t position) const {
@@ -168,60 +170,33 @@ void cassette_init() {
     cassette_reset();
 }
 
+bool cassette_insert(std::unique_ptr<uint8_t[]> tape, uint32_t size) {
+    mark_index its_marks;
+    if (!its_marks.build(tape.get(), size)) return false;
+    image = std::move(tape);
+    image_checksum = 0;
+    marks = std::move(its_marks);
+    machine.tape_image = image.get();
+    machine.tape_size = size;
+    machine.tape_position = 0;
+    return true;
+}
+
 void cassette_eject(kiv_machine &m) {
     image.reset();
+    image_checksum = 0;
+    marks.clear();
     m.tape_image = nullptr;
     m.tape_size = m.tape_position = 0;
-    marks.clear();
 }
 
-bool cassette_load_tape(const std::string &path) {
-    output.flush(); // the tape may be the one just written
-    const platform::file_handle handle = platform::open_file(path, true);
-    if (handle == platform::invalid_file) {
-        trace("tape: %s cannot be opened: %s", path.c_str(), platform::last_file_error().c_str());
-        return false;
-    }
-    kel_fstream file;
-    file.attach(handle, 1);
-    // The stream knows the low 32 bits of a size only.
-    const int64_t bytes = platform::file_size(handle);
-    if (bytes < 0 || bytes >= UINT32_MAX) {
-        trace("tape: %s has 4 GiB or more", path.c_str());
-        return false;
-    }
-    const auto size = static_cast<uint32_t>(bytes);
-    cassette_eject(machine);
-    machine.tape_size = size;
-    // One byte more than the tape, so that an empty tape is a tape all the same.
-    image.reset(new (std::nothrow) uint8_t[static_cast<size_t>(size) + 1]);
-    if (image == nullptr) {
-        trace("tape: no memory for the %u bytes of %s", size, path.c_str());
-        return false;
-    }
-    if (!read_exactly(file, image.get(), size)) {
-        trace("tape: the %u bytes of %s cannot be read", size, path.c_str());
-        cassette_eject(machine);
-        return false;
-    }
-    marks.build(image.get(), size);
-    machine.tape_image = image.get();
-    return true;
+uint64_t cassette_tape_checksum() {
+    if (machine.tape_image == nullptr) return 0;
+    if (image_checksum == 0) image_checksum = checksum64(machine.tape_image, machine.tape_size);
+    return image_checksum;
 }
 
-bool cassette_set_output(const std::string &path) {
-    if (path.size() >= tape_path_size) return false;
-    std::memcpy(machine.tape_out_path, path.c_str(), path.size() + 1);
-    output.set_path(path);
-    return true;
-}
+void cassette_record_with(const cassette_recorder &with) { recorder = with; }
 
-void cassette_set_output(tape_writer::sink sink, const std::string &name) {
-    machine.tape_out_path[0] = '\0';
-    output.set_sink(std::move(sink), name);
-}
-
-void cassette_output(uint8_t byte) { output.put(byte); }
-void cassette_flush_output() { output.flush(); }
-const std::string &cassette_output_failure() { return output.failure(); }
-void cassette_on_output_failure(tape_writer::failure_listener listener) { output.on_failure(listener); }
+void cassette_output(uint8_t byte) { recorder.put(byte); }
+void cassette_flush_output() { recorder.flush(); }

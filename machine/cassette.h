@@ -5,9 +5,8 @@
 // polled reads take bytes on demand. A tape image is a plain byte sequence; at its end it starts over.
 #pragma once
 
-#include "support/tape_writer.h"
 #include <cstdint>
-#include <string>
+#include <memory>
 
 struct z80_cpu;
 
@@ -41,25 +40,23 @@ struct tape_output_block {
 
 void cassette_init();
 
-// Loads a tape image; true on success. A file that cannot be opened leaves the old image.
-// Only while the CPU is parked.
-bool cassette_load_tape(const std::string &path);
-
-// Chooses the file to which written bytes are appended. False, and nothing changed, when the path does
-// not fit. Only while the CPU is parked.
-bool cassette_set_output(const std::string &path);
-
-// Hands written bytes to a function instead, in blocks; `name` is what a log line calls it.
-void cassette_set_output(tape_writer::sink sink, const std::string &name);
+// The deck takes the tape, rewound. Of `tape` the first `size` bytes count; it is never null. False: there is
+// no memory to index it, and the old tape stays. Only while the CPU is parked; so are the next two.
+bool cassette_insert(std::unique_ptr<uint8_t[]> tape, uint32_t size);
 
 // Gives the tape image back; the deck is then without a tape.
 void cassette_eject(struct kiv_machine &m);
 
-// Appends one byte to the output file; dropped while no file is chosen.
-void cassette_output(uint8_t byte);
+// Of the tape in the deck; 0 without one.
+uint64_t cassette_tape_checksum();
 
-// Hands buffered output bytes on: called at every slice end and at every pause. After a write that failed
-// nothing more is written until an output is chosen again; the log and the listener are told once.
+// Who takes the bytes that the machine writes; at first nobody.
+struct cassette_recorder {
+    void (*put)(uint8_t byte);
+    void (*flush)(); // at every slice end and at every pause: what was collected goes to its place
+};
+void cassette_record_with(const cassette_recorder &recorder);
+
+// The machine writes a byte to its cassette.
+void cassette_output(uint8_t byte);
 void cassette_flush_output();
-const std::string &cassette_output_failure(); // its reason; empty while all is well
-void cassette_on_output_failure(tape_writer::failure_listener listener); // called on the thread that flushes

@@ -1,4 +1,5 @@
 #include "machine/kiv_machine.h"
+#include "machine/run_block.h"
 
 #include <cmath>
 #include <cstring>
@@ -8,21 +9,19 @@ static_assert(std::is_trivially_copyable_v<kiv_machine>);
 
 kiv_machine machine;
 z80_cpu main_cpu;
+run_block run_state = {0, 0, 0, 1, 0, 0, {calendar_of_host, {1981, 12, 1, 0, 0, 0}, 0, 0}};
 
 namespace {
 
 constexpr uint32_t clock_interrupt_cycles = default_clock_hz / 600; // 6656
 
-// The 1/600 s clock runs on through resets, so its counter stands outside the record.
-uint32_t clock_counter;
-
 void machine_step(kiv_machine &m, z80_cpu &cpu) {
     // The two tests spare nearly every pass the calls, which would find nothing to do.
     if (m.interrupt_pending != 0) m.interrupt_service(cpu);
     if ((m.portE6 & mask_usart) != 0) m.cassette_step(cpu);
-    clock_counter += cpu.step_cycles;
-    if (clock_counter > clock_interrupt_cycles) {
-        clock_counter = 0; // the excess is dropped, as the machine's divider is restarted
+    run_state.clock_counter += cpu.step_cycles;
+    if (run_state.clock_counter > clock_interrupt_cycles) {
+        run_state.clock_counter = 0; // the excess is dropped, as the machine's divider is restarted
         m.interrupt_request_clock(cpu);
     }
 }
@@ -107,4 +106,6 @@ void init_ram(kiv_machine &m) {
     }
 }
 
-void machine_restart_clock_counter() { clock_counter = 0; }
+void run_state_init() { run_state = {0, 0, 0, 1, 0, 0, run_state.calendar}; }
+
+void machine_restart_clock_counter() { run_state.clock_counter = 0; }

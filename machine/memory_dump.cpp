@@ -1,21 +1,13 @@
 #include "machine/memory_dump.h"
 
-#include "app/kiv_assay.h"
 #include "machine/kiv_machine.h"
-#include "machine/read_exactly.h"
-#include "support/kel_fstream.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
-#include <vector>
 
 namespace {
 
 constexpr uint16_t dump_base = 0x8000;
-constexpr uint32_t dump_size = 32612;     // as written here
-constexpr uint32_t dump_minimum = 0x7F40; // 32576, the shortest that is read
-constexpr uint32_t dump_maximum = 0x8000; // what is read of a longer file
 constexpr uint32_t routine_offset = 0x7F3D;
 constexpr uint32_t stack_offset = 0x7F3E;
 constexpr uint32_t sp_offset = 0x7F4B;
@@ -35,14 +27,12 @@ constexpr uint8_t restore_routine[] = {
     0x40, 0xFF,             // FF50 what the RET pops
 };
 
+constexpr uint8_t routine_steps = 13; // instructions
+
 constexpr int saved_registers[] = {reg_bc_alt, reg_de_alt, reg_hl_alt, reg_af_alt,
                                    reg_bc,     reg_de,     reg_hl,     reg_af};
 
-constexpr uint8_t routine_steps = 13; // instructions
-
-using dump_bytes = std::array<uint8_t, dump_size>;
-
-void put_word(dump_bytes &dump, uint32_t offset, uint16_t value) {
+void put_word(uint8_t *dump, uint32_t offset, uint16_t value) {
     dump[offset] = static_cast<uint8_t>(value);
     dump[offset + 1] = static_cast<uint8_t>(value >> 8);
 }
@@ -70,10 +60,10 @@ void protect_routine(z80_cpu &cpu) {
 
 } // namespace
 
-bool memory_dump_save(const std::string &path, const z80_cpu &cpu) {
-    dump_bytes dump{};
-    std::memcpy(dump.data(), machine.ram + dump_base, dump_minimum);
-    std::memcpy(dump.data() + routine_offset, restore_routine, sizeof restore_routine);
+void memory_dump_make(uint8_t *dump, const z80_cpu &cpu) {
+    std::fill_n(dump, dump_size, uint8_t{0});
+    std::memcpy(dump, machine.ram + dump_base, dump_minimum);
+    std::memcpy(dump + routine_offset, restore_routine, sizeof restore_routine);
     put_word(dump, sp_offset, cpu.SP);
     put_word(dump, pc_offset, cpu.PC);
     uint32_t offset = registers_offset;
@@ -81,28 +71,12 @@ bool memory_dump_save(const std::string &path, const z80_cpu &cpu) {
         put_word(dump, offset, z80_register(cpu, index));
         offset += 2;
     }
-    if (platform::atomic_write(path, dump.data(), dump.size())) return true;
-    trace("dump: %s cannot be written: %s", path.c_str(), platform::last_file_error().c_str());
-    return false;
 }
 
-bool memory_dump_load(const std::string &path, z80_cpu &cpu) {
-    kel_fstream file;
-    if (!file.open(path.c_str(), 1, 0)) {
-        trace("dump: %s cannot be opened: %s", path.c_str(), platform::last_file_error().c_str());
-        return false;
-    }
-    const uint32_t size = file.size();
-    if (size < dump_minimum) {
-        trace("dump: %s has %u bytes, fewer than %u", path.c_str(), size, dump_minimum);
-        return false;
-    }
-    std::vector<uint8_t> dump(std::min(size, dump_maximum));
-    if (!read_exactly(file, dump.data(), static_cast<uint32_t>(dump.size()))) {
-        trace("dump: the %u bytes of %s cannot be read", size, path.c_str());
-        return false;
-    }
-    for (uint32_t i = 0; i < dump.size(); ++i) {
+bool memory_dump_apply(const uint8_t *dump, size_t size, z80_cpu &cpu) {
+    if (size < dump_minimum) return false;
+    const auto count = static_cast<uint32_t>(std::min<size_t>(size, dump_maximum));
+    for (uint32_t i = 0; i < count; ++i) {
         uint32_t wait = 0;
         mem_write(static_cast<uint16_t>(dump_base + i), dump[i], &wait);
     }

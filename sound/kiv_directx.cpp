@@ -1,8 +1,8 @@
 // The sound half of kiv_directx: the streaming buffer, volumes, and the road from the machine to the slices.
 #include "display/kiv_directx.h"
 
-#include "app/kiv_assay.h"
 #include "machine/kiv_machine.h"
+#include "support/log.h"
 #include <algorithm>
 #include <cstring>
 #include <limits>

@@ -40,6 +40,19 @@ struct sound_channel {
     sound_bank banks[2];
 };
 
+// All that decides the sound to come, as plain data that can be copied and compared. Of the banks only the
+// fill bank counts, up to its count: what else stands there has been played.
+struct sound_block {
+    uint64_t sound_clock;                             // T-states advanced
+    uint64_t tick_delay;                              // T-states in one slice
+    shared<int16_t> beeper_amplitude, tone_amplitude; // A and B
+    uint32_t beeper_phase, tone_phase;                // samples
+    sound_channel channels[sound_channels];
+};
+
+// The samples of a tone's period; 0 for a frequency of 0, which is silence.
+uint32_t tone_period(uint32_t frequency);
+
 // Where a slice's entries are: a bank, or the slice list.
 constexpr int source_slice_list = -1;
 struct slice_source {
@@ -59,7 +72,7 @@ class sound_slices {
     void clearPCM();
     // After every pass. One clock serves all channels: a channel's pending time is what has gone by since
     // it last wrote an entry.
-    void advanceClock(uint64_t cycles) { sound_clock += cycles; }
+    void advanceClock(uint64_t cycles) { state.sound_clock += cycles; }
     void reset_cpu_clk(uint32_t clock_hz); // slice length from the CPU clock; 3993600 Hz at first
 
     // Closes the slice and renders it; the 1920 samples stay valid until the next call.
@@ -74,11 +87,15 @@ class sound_slices {
     slice_source closeBanks();
     void makeNormalPCM(slice_source source);
     const int16_t *samples() const { return slice_buffer; }
-    const sound_channel &channel(uint32_t index) const { return channels[index]; }
+    const sound_channel &channel(uint32_t index) const { return state.channels[index]; }
     // T-states at the channel's current level that are not yet in a bank.
-    uint64_t pending(uint32_t index) const { return sound_clock - channels[index].recorded_until; }
+    uint64_t pending(uint32_t index) const {
+        return state.sound_clock - state.channels[index].recorded_until;
+    }
     const slice_list &list(uint32_t index) const { return lists[index]; }
-    uint64_t tick_delay() const { return m_tick_delay; }
+    uint64_t tick_delay() const { return state.tick_delay; }
+    // For who saves and restores it, between two calls of the others.
+    sound_block &record() { return state; }
 
   private:
     struct entry_view { // a bank or a slice list
@@ -92,12 +109,7 @@ class sound_slices {
     void render_beeper(const entry_view &source);
     void render_tones(int source);
 
-    uint64_t sound_clock; // T-states advanced since construction
+    sound_block state;
     int16_t slice_buffer[slice_samples];
-    uint64_t m_tick_delay;             // T-states in one slice
-    shared<int16_t> beeper_amplitude;  // A
-    shared<int16_t> tone_amplitude;    // B
-    uint32_t beeper_phase, tone_phase; // samples
-    sound_channel channels[sound_channels];
     slice_list lists[sound_channels];
 };

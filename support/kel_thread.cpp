@@ -1,7 +1,7 @@
 #include "support/kel_thread.h"
 
-#include "app/kiv_assay.h"
 #include "platform/event.h"
+#include "support/log.h"
 
 kel_thread::~kel_thread() { kel_thread::stop(); }
 

@@ -1,6 +1,6 @@
 #include "support/tape_writer.h"
 
-#include "app/kiv_assay.h"
+#include "support/log.h"
 
 namespace {
 

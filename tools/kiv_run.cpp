@@ -1,9 +1,12 @@
 // kiv-run: the machine without a window, as fast as the host goes. No wall clock, no threads, and with a
 // fixed date and seed no chance in its output.
+#include "app/kiv_assay.h"
 #include "app/settings_file.h"
+#include "machine/host_clock.h"
 #include "machine/kiv_machine.h"
 #include "machine/machine_pass.h"
 #include "machine/memory_dump.h"
+#include "machine/tape_files.h"
 #include "machine/rom_loader.h"
 #include "platform/file.h"
 #include "platform/resources.h"
@@ -106,6 +109,7 @@ void machine_run::prepare() {
         options.type.empty() ? default_frames : std::max(default_frames, keys.end() + frames_after_typing));
 
     // Power-on, in the program's own order.
+    use_host_clock();
     if (options.seed) z80_fix_seed(*options.seed);
     if (options.date) calendar_fix_time(*options.date);
     host_callbacks_listen(listener);
@@ -273,6 +277,7 @@ void complain(const std::string &text) { std::fprintf(stderr, "kiv-run: %s\n", t
 } // namespace
 
 int main(int argc, char **argv) {
+    hear_log();
     try {
         const run_options options = parse_run_options(argc, argv);
         if (options.help) {

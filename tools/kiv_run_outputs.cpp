@@ -1,5 +1,6 @@
 #include "tools/kiv_run_outputs.h"
 
+#include "display/text_screen.h"
 #include "machine/kiv_machine.h"
 #include "sound/sound_slices.h"
 #include "tools/kiv_run_options.h"
@@ -60,76 +61,9 @@ std::string numbered_name(const std::string &path, uint64_t frame) {
 
 // ---- the text screen ---------------------------------------------------------------------------------
 
-namespace {
-
-// Characters 0x80-0xFF of the font; the codes below are ASCII with the yen sign at 0x5C.
-constexpr char16_t upper_half[] = u"▁▂▃▄▅▆▇█▏▎▍▌▋▊▉┼"
-                                  u"┴┬┤├▔─│▕┌┐└┘╭╮╰╯"
-                                  u" ｡｢｣､･ｦｧｨｩｪｫｬｭｮｯ"
-                                  u"ｰｱｲｳｴｵｶｷｸｹｺｻｼｽｾｿ"
-                                  u"ﾀﾁﾂﾃﾄﾅﾆﾇﾈﾉﾊﾋﾌﾍﾎﾏ"
-                                  u"ﾐﾑﾒﾓﾔﾕﾖﾗﾘﾙﾚﾛﾜﾝﾞﾟ"
-                                  u"═╞╪╡◢◣◥◤♠♥♦♣●○╱╲"
-                                  u"╳円年月日時分秒        ";
-static_assert(sizeof upper_half / sizeof *upper_half == 128 + 1);
-
-char16_t character_of(uint8_t code) {
-    if (code >= 0x80) return upper_half[code - 0x80];
-    if (code < 0x20 || code == 0x7F) return u' ';
-    return code == '\\' ? u'¥' : static_cast<char16_t>(code);
-}
-
-// Bits 0-3 are the left column from the top, 4-7 the right one; Braille counts its dots 1 2 3 7, 4 5 6 8.
-char16_t braille_of(uint8_t code) {
-    constexpr uint8_t dots[] = {0x01, 0x02, 0x04, 0x40, 0x08, 0x10, 0x20, 0x80};
-    char16_t pattern = 0x2800;
-    for (int bit = 0; bit < 8; ++bit)
-        if (code >> bit & 1) pattern = static_cast<char16_t>(pattern | dots[bit]);
-    return pattern == 0x2800 ? u' ' : pattern;
-}
-
-void append_utf8(std::string &text, char16_t c) {
-    if (c < 0x80) {
-        text += static_cast<char>(c);
-    } else if (c < 0x800) {
-        text += static_cast<char>(0xC0 | c >> 6);
-        text += static_cast<char>(0x80 | (c & 0x3F));
-    } else {
-        text += static_cast<char>(0xE0 | c >> 12);
-        text += static_cast<char>(0x80 | (c >> 6 & 0x3F));
-        text += static_cast<char>(0x80 | (c & 0x3F));
-    }
-}
-
-std::string text_row(uint32_t row) {
-    machine.text_row_fetch(row);
-    machine.text_row_decode(row);
-    std::string line, blanks;
-    for (int column = 0; column < text_columns; column += machine.crtc_wide ? 1 : 2) {
-        const uint8_t code = machine.row_chars[column], attribute = machine.cell_attr[column];
-        char16_t c = attribute & cell_semigraphic ? braille_of(code) : character_of(code);
-        if (attribute & cell_secret) c = u' ';
-        if (c == u' ') {
-            blanks += ' ';
-            continue;
-        }
-        line += blanks;
-        blanks.clear();
-        append_utf8(line, c);
-    }
-    return line + "\n";
-}
-
-} // namespace
-
 std::string text_screen() {
-    if (machine.crtc_status != 0) return {};
-    // Decoding a row leaves traces that the next frame would build on.
-    const display_block as_it_was = machine;
-    std::string text;
-    const uint32_t rows = machine.crtc_rows25 ? 25 : 20;
-    for (uint32_t row = 0; row < rows; ++row) text += text_row(row);
-    static_cast<display_block &>(machine) = as_it_was;
+    std::string text(text_screen_utf8(nullptr, 0), '\0');
+    text_screen_utf8(text.data(), text.size() + 1);
     return text;
 }
 

@@ -1,7 +1,7 @@
 #define SDL_MAIN_HANDLED
 #include "platform/desktop/desktop_sound.h"
 
-#include "app/kiv_assay.h"
+#include "support/log.h"
 #include <SDL.h>
 #include <algorithm>
 #include <chrono>

@@ -1,11 +1,10 @@
 // The CRT controller, its cursor, the DMA controller and the raster, through their ports and ticks.
 #include "display_machine.h"
+#include "support/log.h"
 
-#include <chrono>
 #include <functional>
 #include <gtest/gtest.h>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace {
@@ -125,16 +124,13 @@ TEST_F(display_devices, PortsMakeTheState) {
     }
 }
 
-// What `act` prints. Printed again a second later until the lines are there: other tests may have used up
-// this second's share.
+// What the devices say while `act` runs; `lines` when they are among it.
 std::string printed(const std::string &lines, const std::function<void()> &act) {
-    std::string got;
-    for (int attempt = 0; attempt < 4 && got.find(lines) == std::string::npos; ++attempt) {
-        if (attempt > 0) std::this_thread::sleep_for(std::chrono::milliseconds(1100));
-        testing::internal::CaptureStderr();
-        act();
-        got = testing::internal::GetCapturedStderr();
-    }
+    static std::string got;
+    got.clear();
+    set_log_sink([](log_kind, const char *text) { got += text; });
+    act();
+    set_log_sink(nullptr);
     return got.find(lines) == std::string::npos ? got : lines;
 }
 

@@ -134,7 +134,7 @@ TEST_F(frame_composer, RowsAreFetchedFromEveryAddress) {
         for (uint32_t row = 0; row < 25; ++row) {
             machine.text_row_fetch(row);
             const uint8_t *const source = &twice[(start + 120 * row) % 0x10000];
-            ASSERT_TRUE(std::equal(source, source + 80, machine.row_chars)) << start << ", row " << row;
+            ASSERT_TRUE(std::equal(source, source + 80, text_work.row_chars)) << start << ", row " << row;
         }
     }
 }

@@ -126,8 +126,8 @@ class firmware : public testing::Test {
             machine.text_row_decode(row);
             screen << "\nrow " << std::dec << row << ':';
             for (int column = 0; column < text_columns; ++column)
-                if (column == 0 || machine.cell_attr[column] != machine.cell_attr[column - 1])
-                    screen << ' ' << std::dec << column << '=' << std::hex << int{machine.cell_attr[column]};
+                if (column == 0 || text_work.cell_attr[column] != text_work.cell_attr[column - 1])
+                    screen << ' ' << std::dec << column << '=' << std::hex << int{text_work.cell_attr[column]};
         }
         screen << '\n';
         const std::string path = std::string(KIV_SOURCE_DIR "/tests/firmware/expected/") + name;

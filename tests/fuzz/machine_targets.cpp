@@ -1,5 +1,6 @@
 #include "machine/machine_pass.h"
 #include "machine/memory_dump.h"
+#include "machine/tape_files.h"
 #include "tests/fuzz/fuzz_targets.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 // The serial clock as a program reads it: commands by the strobe, bits by the shift clock.
+#include "machine/host_clock.h"
 #include "machine_fixture.h"
 
 #include <ctime>
@@ -35,6 +36,7 @@ TEST_F(Calendar, HoldsTheTimeOfTheLastResetOrRead) {
     machine.machine_reset(machine);
     EXPECT_EQ(read_register(2), fixed);
 
+    use_host_clock();
     calendar_use_host_time();
     std::time_t now;
     do { // until no second ended meanwhile

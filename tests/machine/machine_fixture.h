@@ -2,6 +2,7 @@
 #pragma once
 
 #include "machine/kiv_machine.h"
+#include "machine/tape_files.h"
 #include "tests/temporary_folder.h"
 
 #include <cstring>
