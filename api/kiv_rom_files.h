@@ -9,7 +9,7 @@ extern "C" {
 #endif
 
 /* Reads 8801-kiv.rom, 8801-zun.rom and 8801-4th.rom of a folder ("" or null: the current one) into their
- * sockets, for the next boot. The first one that fails ends it: KIV_ERROR_SIZE or KIV_ERROR_ARGUMENT, and
+ * sockets, for the next boot. The first one that fails ends it: KIV_ERROR_ARGUMENT, and
  * kiv_rom_files_error names the file and the reason. */
 KIV_API kiv_result kiv_rom_files(const char *folder);
 KIV_API const char *kiv_rom_files_error(void);

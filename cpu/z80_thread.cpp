@@ -3,6 +3,7 @@
 #include "display/kiv_directx.h"
 #include "machine/kiv_machine.h"
 #include "machine/machine_pass.h"
+#include "machine/run_block.h"
 #include "platform/clock.h"
 #include "platform/thread.h"
 #include "support/log.h"
@@ -204,31 +205,33 @@ void z80_thread::run_machine() {
     kiv_directx *const directx = kiv_directx::instance();
     if (directx != nullptr) directx->play();
     clock.slice_start = platform::performance_counter();
-    uint64_t slice_cycles = 0, charged_cycles = elapsed_cycles;
-    for (uint32_t iteration = 0;; ++iteration) {
-        if (iteration % passes_between_looks == 0 && control.load(std::memory_order_relaxed) != control_run) {
-            if (!answer_request()) return;
+    run_block &run = run_state;
+    for (;; ++run.pass_counter) {
+        if (run.pass_counter % passes_between_looks == 0 &&
+            control.load(std::memory_order_relaxed) != control_run) {
             // The clock goes on from where it was: the first slice after a pause is not waited for.
-            slice_cycles = 0;
+            if (!answer_request()) return;
         }
-        const pass_outcome outcome = machine_pass(iteration, no_wait == 0);
+        const pass_outcome outcome = machine_pass(run.pass_counter, run.charge_waits != 0);
         if (outcome == pass_outcome::stopped) break;
         const uint32_t charged = main_cpu.step_cycles;
-        charged_cycles += charged;
-        slice_cycles += charged;
+        run.cycles += charged;
+        run.slice_cycles += charged;
         if (outcome == pass_outcome::frame) {
+            ++run.frames;
+            run.calendar.now_cycles = run.cycles;
             // A slice runs in a fraction of a millisecond. Two frames that fall into one would be drawn as
             // one, and the picture would move at 50 instead of the machine's 55 Hz: each waits for its time.
-            sleep_towards(clock, slice_cycles);
-            show_cycles(charged_cycles);
+            sleep_towards(clock, run.slice_cycles);
+            show_cycles(run.cycles);
             render->post_message(render_frame, 0, 0);
         }
-        if (slice_cycles < machine.cycles_per_slice) continue;
-        wait_for_slice_end(clock, slice_cycles);
-        show_cycles(charged_cycles);
+        if (run.slice_cycles < machine.cycles_per_slice) continue;
+        wait_for_slice_end(clock, run.slice_cycles);
+        show_cycles(run.cycles);
         if (directx != nullptr) directx->tickPCM();
         cassette_flush_output();
-        slice_cycles = 0;
+        run.slice_cycles = 0;
     }
     trace("Z80: HALT スレッド退出");
     cassette_flush_output();
@@ -269,7 +272,7 @@ uint16_t z80_thread::get_register(int index) { return z80_register(main_cpu, ind
 
 uint32_t z80_thread::take_elapsed_cycles() {
     const uint64_t elapsed = elapsed_cycles;
-    const uint64_t since = elapsed - elapsed_taken;
+    const uint64_t since = elapsed > elapsed_taken ? elapsed - elapsed_taken : 0; // a snapshot may go back
     elapsed_taken = elapsed;
     return static_cast<uint32_t>(since);
 }
@@ -282,7 +285,7 @@ uint32_t z80_thread::take_executed_cycles() {
 }
 
 uint32_t z80_thread::is_suspended() const { return suspended; }
-uint32_t z80_thread::get_no_wait() const { return no_wait; }
-void z80_thread::set_no_wait(uint32_t value) { no_wait = value; }
+uint32_t z80_thread::get_no_wait() const { return run_state.charge_waits == 0; }
+void z80_thread::set_no_wait(uint32_t value) { run_state.charge_waits = static_cast<uint8_t>(value == 0); }
 uint32_t z80_thread::get_dma_gain() const { return dma_gain; }
 void z80_thread::set_dma_gain(uint32_t value) { dma_gain = value; }

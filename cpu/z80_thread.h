@@ -83,7 +83,6 @@ class z80_thread : public kel_thread, public emulated_clock {
     uint64_t elapsed_taken = 0;          // of these, what the render thread has taken
     uint32_t executed_taken = 0;
     shared<uint32_t> suspended{0};
-    shared<uint32_t> no_wait{0};
     shared<uint32_t> dma_gain{20};
     std::unique_ptr<kiv_render> render;
 };

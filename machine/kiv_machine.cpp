@@ -9,7 +9,7 @@ static_assert(std::is_trivially_copyable_v<kiv_machine>);
 
 kiv_machine machine;
 z80_cpu main_cpu;
-run_block run_state = {0, 0, 0, 1, 0, 0, {calendar_of_host, {1981, 12, 1, 0, 0, 0}, 0, 0}};
+run_block run_state = {0, 0, 0, {1}, 0, 0, 0, {calendar_of_host, {1981, 12, 1, 0, 0, 0}, 0, 0}};
 
 namespace {
 
@@ -106,6 +106,6 @@ void init_ram(kiv_machine &m) {
     }
 }
 
-void run_state_init() { run_state = {0, 0, 0, 1, 0, 0, run_state.calendar}; }
+void run_state_init() { run_state = {0, 0, 0, {1}, 0, 0, 0, run_state.calendar}; }
 
 void machine_restart_clock_counter() { run_state.clock_counter = 0; }

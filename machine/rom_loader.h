@@ -5,13 +5,17 @@
 // checksum.
 #pragma once
 
+#include "machine/machine_boot.h"
 #include <string>
 
 constexpr char nbasic_rom_name[] = "8801-kiv.rom";
 constexpr char main_rom_name[] = "8801-zun.rom";
 constexpr char ext_rom_name[] = "8801-4th.rom";
 
-// Loads the images of a folder (empty: the current directory) in the order N-BASIC, Zun-BASIC, expansion.
-// The first failure ends it and leaves that area and the later ones as they were. Empty when all three were
-// read, else the file and the reason.
+// Reads the images of a folder (empty: the current directory) in the order N-BASIC, Zun-BASIC, expansion and
+// hands each on. The first failure ends it. Empty when all three were read, else the file and the reason.
+std::string read_rom_images(const std::string &folder,
+                            void (*put)(rom_socket socket, const uint8_t *image, size_t size));
+
+// The same, into the machine. A failure leaves that area and the later ones as they were.
 std::string load_rom_images(const std::string &folder);

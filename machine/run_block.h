@@ -3,6 +3,7 @@
 #pragma once
 
 #include "machine/calendar_clock.h"
+#include "support/shared.h"
 #include <cstdint>
 
 struct run_block {
@@ -10,10 +11,11 @@ struct run_block {
                             // DMA waits
     uint32_t clock_counter; // T-states since the last 1/600 s interrupt; goes on through resets
     uint32_t slice_cycles;  // T-states of the current sound slice
-    uint8_t charge_waits;   // 0: memory waits are not charged (a setting)
-    uint64_t cycles;        // T-states since power-on
-    uint64_t frames;        // vertical blanks since power-on
-    calendar_base calendar; // where the calendar clock takes its time from
+    shared<uint8_t> charge_waits; // 0: memory waits are not charged (a setting)
+    uint8_t frame_due;            // 1: a frame has ended, and nobody has composed it or passed it over yet
+    uint64_t cycles;              // T-states since power-on
+    uint64_t frames;              // vertical blanks since power-on
+    calendar_base calendar;       // where the calendar clock takes its time from
 };
 
 // Written by whoever drives the passes, on that thread.

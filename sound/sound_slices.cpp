@@ -83,7 +83,11 @@ int32_t loudest(int16_t amplitude) { return std::min<int32_t>(std::abs(int32_t{a
 
 static_assert(std::is_trivially_copyable_v<sound_block>);
 
-sound_slices::sound_slices() : state{}, slice_buffer{}, lists{} {
+sound_slices::sound_slices() : state{}, slice_buffer{}, lists{} { power_on(); }
+
+void sound_slices::power_on() {
+    state.sound_clock = 0;
+    clearPCM();
     state.beeper_amplitude = state.tone_amplitude = power_on_amplitude;
     state.tick_delay = power_on_clock_hz * uint64_t{20} / 1000;
     state.channels[beeper].level = 1; // sounds until port 0x40 is first written with bit 5 clear

@@ -65,6 +65,7 @@ class sound_slices {
     sound_slices(const sound_slices &) = delete;
     sound_slices &operator=(const sound_slices &) = delete;
 
+    void power_on(); // as after construction
     void beepOn();
     void beepOff();
     void setTone(uint32_t frequency, uint32_t tone); // Hz, 0 silent; tone 0-2

@@ -1,17 +1,11 @@
-// kiv-run: the machine without a window, as fast as the host goes. No wall clock, no threads, and with a
-// fixed date and seed no chance in its output.
+// kiv-run: the machine without a window, as fast as the host goes, through the flat interface. No wall clock,
+// no threads, and with a fixed date and seed no chance in its output.
+#include "api/kiv.h"
+#include "api/kiv_rom_files.h"
 #include "app/kiv_assay.h"
 #include "app/settings_file.h"
-#include "machine/host_clock.h"
-#include "machine/kiv_machine.h"
-#include "machine/machine_pass.h"
-#include "machine/memory_dump.h"
-#include "machine/tape_files.h"
-#include "machine/rom_loader.h"
+#include "platform/clock.h"
 #include "platform/file.h"
-#include "platform/resources.h"
-#include "resources/resources.h"
-#include "sound/sound_slices.h"
 #include "tools/kiv_run_options.h"
 #include "tools/kiv_run_outputs.h"
 #include "tools/kiv_run_typing.h"
@@ -22,30 +16,18 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <ctime>
 #include <memory>
 #include <unistd.h>
+#include <vector>
 
 namespace {
 
 constexpr uint64_t default_frames = 300;
 constexpr uint64_t frames_after_typing = 60;
+constexpr size_t longest_dump = 0x8000; // what is looked at of a longer file
 
 volatile std::sig_atomic_t interrupted = 0;
-
-// One for the process, as the machine is: the machine's slots are plain functions.
-sound_slices &sound() {
-    static sound_slices slices;
-    return slices;
-}
-
-const sound_listener listener = {
-    [] { sound().beepOn(); },
-    [] { sound().beepOff(); },
-    [](uint16_t frequency, uint32_t channel) { sound().setTone(frequency, channel); },
-    [](uint32_t cycles) { sound().advanceClock(cycles); },
-    [] { sound().muteTones(); },
-    [] { sound().clearPCM(); },
-};
 
 void check_readable(const std::string &path) {
     const platform::file_handle file = platform::open_file(path, true);
@@ -53,10 +35,36 @@ void check_readable(const std::string &path) {
     platform::close_file(file);
 }
 
+// The bytes of a file, `most` at most.
+std::vector<uint8_t> bytes_of(const std::string &path, size_t most) {
+    const platform::file_handle file = platform::open_file(path, true);
+    if (file == platform::invalid_file) throw run_failure(path + ": " + platform::last_file_error());
+    const int64_t size = platform::file_size(file);
+    std::vector<uint8_t> bytes(std::min(most, static_cast<size_t>(std::max<int64_t>(size, 0))));
+    size_t got = 0;
+    while (got < bytes.size()) {
+        const int64_t count = platform::read_file(file, bytes.data() + got, bytes.size() - got);
+        if (count <= 0) break;
+        got += static_cast<size_t>(count);
+    }
+    const std::string reason = platform::last_file_error();
+    platform::close_file(file);
+    if (size < 0 || got < bytes.size()) throw run_failure(path + ": " + reason);
+    return bytes;
+}
+
+void check(kiv_result result) {
+    if (result != KIV_OK) throw run_failure(kiv_error_text());
+}
+
+void host_date(void *, kiv_date *date) {
+    const platform::local_time now = platform::current_local_time();
+    *date = {now.year, now.month, now.day, now.hour, now.minute, std::min(now.second, 59)};
+}
+
 class machine_run {
   public:
     explicit machine_run(const run_options &run) : options(run) {}
-    ~machine_run() { cassette_set_output(""); }
     machine_run(const machine_run &) = delete;
     machine_run &operator=(const machine_run &) = delete;
 
@@ -69,110 +77,113 @@ class machine_run {
     std::string stop_line() const;
 
   private:
-    void load_font();
+    void use_calendar() const;
+    void use_settings() const;
+    void load_tape() const;
+    void load_state();
+    void save_state() const;
     void at_keyboard();
     void frame_shown();
-    void compose();
-    void slice_ended();
-    void flush_tape();
+    void draw() { check(kiv_draw_indexed(pixels, KIV_WIDTH)); }
+    void run_ended();
     bool ended() const { return options.seconds ? cycles >= cycle_limit : frames >= frame_limit; }
+    // A run that ends in mid-frame leaves the last whole picture, and nobody knows which one that will be.
+    bool picture_wanted() const {
+        return !options.png.empty() &&
+               (options.seconds || (options.png_every != 0 && frames % options.png_every == 0));
+    }
     void show_progress();
-    double machine_seconds() const { return static_cast<double>(cycles) / machine.clock_hz; }
+    double machine_seconds() const { return static_cast<double>(cycles) / kiv_clock_hz(); }
 
     const run_options &options;
-    typist keys;
+    typed_text typing;
+    bool typing_begun = false;
     wav_file wav;
     output_file tape_out;
     bool dump_loaded = false;
-    bool charge_waits = true;
     uint64_t frame_limit = 0, cycle_limit = 0;
-    uint64_t frames = 0, cycles = 0;
-    uint64_t slice_cycles = 0; // T-states of the current sound slice
-    alignas(64) uint8_t pixels[frame_width * frame_height] = {};
+    uint64_t frames = 0, cycles = 0; // of this run
+    uint64_t first_cycle = 0;        // of the machine
+    alignas(64) uint8_t pixels[KIV_WIDTH * KIV_HEIGHT] = {};
     std::chrono::steady_clock::time_point started, progress_shown;
     bool on_terminal = false;
     bool progress_line = false;
 };
 
-void machine_run::load_font() {
-    register_program_resources();
-    const platform::resource font = platform::find_resource(platform::resource_type::font, font_resource_id);
-    if (font.data == nullptr || font.size < font_size)
-        throw run_failure("the character font is missing from the program");
-    std::memcpy(machine.font_rom, font.data, font_size);
-    for (uint32_t i = 0; i < font_work_size; ++i) machine.font_work[i] = font.data[i];
+void machine_run::use_calendar() const {
+    if (!options.date) return void(kiv_calendar_host(host_date, nullptr));
+    const calendar_time &t = *options.date;
+    const kiv_date date = {t.year, t.month, t.day, t.hour, t.minute, t.second};
+    check(kiv_calendar_fix(&date));
 }
 
-void machine_run::prepare() {
-    keys = typist(options.type, options.type_at);
-    frame_limit = options.frames.value_or(
-        options.type.empty() ? default_frames : std::max(default_frames, keys.end() + frames_after_typing));
-
-    // Power-on, in the program's own order.
-    use_host_clock();
-    if (options.seed) z80_fix_seed(*options.seed);
-    if (options.date) calendar_fix_time(*options.date);
-    host_callbacks_listen(listener);
-    z80_install(main_cpu, mem_read, mem_write, io_in, io_out);
-    machine_init(
-        machine, [] {}, [] {});
-    machine_restart_clock_counter();
-    if (const std::string error = load_rom_images(options.roms); !error.empty()) throw run_failure(error);
-
+void machine_run::use_settings() const {
     setting_values settings = default_settings();
     if (!options.settings.empty()) {
         check_readable(options.settings);
         settings = read_settings_file(options.settings);
     }
-    charge_waits = settings[setting_z80_no_wait] == 0;
-    machine.dma_load = static_cast<uint32_t>(settings[setting_dma_load]);
-    machine.interlace = static_cast<uint32_t>(settings[setting_interlace]);
-    machine.boot_rom = static_cast<uint8_t>(settings[setting_boot_rom]);
-    machine.crt_standard = settings[setting_hires_crt] == 0;
-    machine.timing_reset();
-    load_font();
-    machine.select_scanline_colours(machine.interlace);
-    machine.init_ram(machine);
-    map_cursor_keys(settings[setting_tenkeyless] != 0);
-    sound().reset_cpu_clk(machine.clock_hz);
-    sound().setSoftVolume(settings[setting_soft_volume]);
-    cycle_limit = static_cast<uint64_t>(options.seconds.value_or(0) * machine.clock_hz);
+    for (size_t i = 0; i < setting_count; ++i)
+        kiv_set_setting(setting_rules[i].key, settings[i]); // those that the machine has
+}
 
+void machine_run::load_tape() const {
+    const std::vector<uint8_t> tape = bytes_of(options.tape, UINT32_MAX);
+    check(kiv_tape_insert(tape.data(), tape.size()));
+}
+
+void machine_run::load_state() {
+    const std::vector<uint8_t> state = bytes_of(options.load_state, SIZE_MAX);
+    if (kiv_snapshot_load(state.data(), state.size()) != KIV_OK)
+        throw run_failure(options.load_state + ": " + kiv_error_text());
+    first_cycle = kiv_t_states();
+    if (options.date) use_calendar();
+}
+
+void machine_run::save_state() const {
+    std::vector<uint8_t> state(kiv_snapshot_size(KIV_SNAPSHOT_WHOLE));
+    kiv_snapshot_save(KIV_SNAPSHOT_WHOLE, state.data(), state.size());
+    if (!platform::atomic_write(options.save_state, state.data(), state.size()))
+        throw run_failure(options.save_state + ": " + platform::last_file_error());
+}
+
+void machine_run::prepare() {
+    typing = typed_text(options.type);
+    frame_limit = options.frames.value_or(
+        options.type.empty()
+            ? default_frames
+            : std::max(default_frames, options.type_at + typing.frames() + frames_after_typing));
+    kiv_seed(options.seed.value_or(static_cast<unsigned>(std::time(nullptr))));
+    use_calendar();
+    if (kiv_rom_files(options.roms.c_str()) != KIV_OK) throw run_failure(kiv_rom_files_error());
+    use_settings();
+    check(kiv_boot());
+    cycle_limit = static_cast<uint64_t>(options.seconds.value_or(0) * kiv_clock_hz());
     if (!options.load_dump.empty()) check_readable(options.load_dump);
-    if (!options.tape.empty()) {
-        if (!cassette_load_tape(options.tape))
-            throw run_failure(options.tape + ": " + platform::last_file_error());
-        machine.cassette_set_stopped(1);
-    }
-    if (!options.tape_out.empty()) {
-        // The deck in the window appends; here each run starts a new tape.
-        tape_out.open(options.tape_out);
-        cassette_set_output([this](const uint8_t *tape, size_t count) { return tape_out.take(tape, count); },
-                            options.tape_out);
-    }
+    if (!options.load_state.empty()) load_state();
+    if (!options.tape.empty()) load_tape();
+    if (!options.tape_out.empty()) tape_out.open(options.tape_out);
+    kiv_tape_record(!options.tape_out.empty());
     if (!options.wav.empty()) wav.open(options.wav);
-
-    set_frame_geometry(frame_width, frame_height, frame_width);
-    geometry.frame_pixels = pixels;
     on_terminal = isatty(STDERR_FILENO) != 0;
 }
 
 // What a person does between two frames: a dump is loaded, then keys are typed.
 void machine_run::at_keyboard() {
     if (!dump_loaded && !options.load_dump.empty() && frames >= options.type_at) {
-        if (!memory_dump_load(options.load_dump, main_cpu))
+        const std::vector<uint8_t> dump = bytes_of(options.load_dump, longest_dump);
+        if (kiv_dump_load(dump.data(), dump.size()) != KIV_OK)
             throw run_failure(options.load_dump + ": not a memory dump (it is shorter than 32576 bytes)");
-        machine.cassette_set_stopped(1);
         dump_loaded = true;
     }
-    keys.at_frame(frames);
+    if (typing_begun || frames < options.type_at) return;
+    typing_begun = true;
+    typing.start();
 }
 
-void machine_run::compose() { compose_frame(pixels_indexed8); }
-
 void machine_run::frame_shown() {
-    compose();
     ++frames;
+    if (picture_wanted()) draw();
     if (options.png_every != 0 && frames % options.png_every == 0)
         write_png(numbered_name(options.png, frames), pixels);
     at_keyboard();
@@ -180,35 +191,27 @@ void machine_run::frame_shown() {
     if (interrupted) throw run_failure("interrupted after " + std::to_string(frames) + " frames");
 }
 
-void machine_run::slice_ended() {
-    slice_cycles = 0;
-    const int16_t *samples = sound().renderSlice();
-    if (wav.is_open()) wav.add(samples, slice_samples);
-    flush_tape();
-}
-
-void machine_run::flush_tape() {
-    cassette_flush_output();
-    if (const std::string &reason = cassette_output_failure(); !reason.empty())
-        throw run_failure(options.tape_out + ": " + reason);
+void machine_run::run_ended() {
+    cycles = kiv_t_states() - first_cycle;
+    if (wav.is_open()) wav.add(kiv_samples(), kiv_sample_count());
+    if (!tape_out.is_open()) return;
+    if (!tape_out.take(kiv_tape_output(), kiv_tape_output_size()))
+        throw run_failure(options.tape_out + ": " + platform::last_file_error());
+    kiv_tape_output_clear();
 }
 
 bool machine_run::go() {
     started = progress_shown = std::chrono::steady_clock::now();
     at_keyboard();
     bool stopped = false;
-    for (uint32_t iteration = 0; !ended(); ++iteration) {
-        const pass_outcome outcome = machine_pass(iteration, charge_waits);
-        if (outcome == pass_outcome::stopped) {
-            stopped = true;
-            break;
-        }
-        cycles += main_cpu.step_cycles;
-        slice_cycles += main_cpu.step_cycles;
-        if (outcome == pass_outcome::frame) frame_shown();
-        if (slice_cycles >= machine.cycles_per_slice) slice_ended();
+    while (!stopped && !ended()) {
+        const uint64_t left = options.seconds ? cycle_limit - cycles : UINT32_MAX;
+        const int32_t ended_by = kiv_run(static_cast<uint32_t>(std::min<uint64_t>(left, UINT32_MAX)));
+        run_ended();
+        stopped = ended_by == KIV_RUN_STOPPED;
+        if (ended_by == KIV_RUN_FRAME) frame_shown();
     }
-    if (stopped || frames == 0) compose();
+    if (!options.png.empty() && (stopped || frames == 0 || !options.seconds)) draw();
     if (!stopped && !options.load_dump.empty() && !dump_loaded)
         throw run_failure(options.load_dump + ": not loaded, as the run ended before frame " +
                           std::to_string(options.type_at));
@@ -217,14 +220,19 @@ bool machine_run::go() {
 }
 
 void machine_run::write_outputs() {
-    flush_tape();
     if (!options.png.empty()) write_png(options.png, pixels);
-    if (!options.save_dump.empty() && !memory_dump_save(options.save_dump, main_cpu))
-        throw run_failure(options.save_dump + ": " + platform::last_file_error());
+    if (!options.save_dump.empty()) {
+        std::vector<uint8_t> dump(KIV_DUMP_SIZE);
+        kiv_dump_save(dump.data(), dump.size());
+        if (!platform::atomic_write(options.save_dump, dump.data(), dump.size()))
+            throw run_failure(options.save_dump + ": " + platform::last_file_error());
+    }
+    if (!options.save_state.empty()) save_state();
     if (wav.is_open()) wav.finish();
     if (tape_out.is_open()) tape_out.finish();
     if (options.text) {
-        const std::string screen = text_screen();
+        std::string screen(kiv_text_screen(nullptr, 0), '\0');
+        kiv_text_screen(screen.data(), screen.size() + 1);
         if (screen.empty()) std::fputs("kiv-run: the text screen is off\n", stderr);
         if (std::fputs(screen.c_str(), stdout) < 0 || std::fflush(stdout) != 0)
             throw run_failure(std::string("standard output: ") + std::strerror(errno));
@@ -254,18 +262,15 @@ void machine_run::print_stats() const {
 }
 
 std::string machine_run::stop_line() const {
+    const int32_t code = kiv_stop_reason();
+    const char *const reason = code == KIV_STOP_HALT            ? "HALT"
+                               : code == KIV_STOP_UNDEFINED     ? "undefined instruction"
+                               : code == KIV_STOP_UNIMPLEMENTED ? "instruction that is not emulated"
+                                                                : "an interrupt arrived in no interrupt mode";
+    const uint32_t pc = kiv_stop_address();
+    int32_t bytes[4];
+    for (uint32_t i = 0; i < 4; ++i) bytes[i] = kiv_peek(KIV_AREA_CPU, (pc + i) & 0xFFFF);
     char text[160];
-    const char *reason = "an interrupt arrived in no interrupt mode";
-    if (main_cpu.stop_reason == stop_halt)
-        reason = "HALT";
-    else if (main_cpu.stop_reason == stop_undefined)
-        reason = "undefined instruction";
-    else if (main_cpu.stop_reason == stop_unimplemented)
-        reason = "instruction that is not emulated";
-    const uint16_t pc = main_cpu.trace_pc;
-    uint32_t waits = 0;
-    uint8_t bytes[4];
-    for (uint16_t i = 0; i < 4; ++i) bytes[i] = mem_read(static_cast<uint16_t>(pc + i), &waits);
     std::snprintf(text, sizeof text,
                   "the processor stopped at $%04X: %s (%02X %02X %02X %02X), after %llu T-states", pc, reason,
                   bytes[0], bytes[1], bytes[2], bytes[3], static_cast<unsigned long long>(cycles));

@@ -21,6 +21,8 @@ What runs
   --roms DIR            folder of the ROM images (default: the current directory)
   --settings FILE       a settings file such as KIV.INI (default: the default settings)
   --load-dump FILE      load a memory dump (.KIV) at the frame of --type-at
+  --load-state FILE     go on from a state that --save-state left, with the same ROM images; frames and
+                        times below count from there
   --tape FILE           put a tape image (.CMT) into the cassette deck
 
 How long
@@ -40,6 +42,7 @@ What it leaves
   --wav FILE            the sound: 96000 Hz, one channel, 16 bits
   --tape-out FILE       what the machine wrote to its cassette
   --save-dump FILE      a memory dump at the end
+  --save-state FILE     the whole machine at the end, to go on from exactly
   --stats               T-states, frames and speed, on the standard error output
 
 The same again, byte for byte
@@ -118,6 +121,8 @@ run_options parse_run_options(int argc, char **argv) {
         {"--settings", path_into(o.settings)},
         {"--load-dump", path_into(o.load_dump)},
         {"--save-dump", path_into(o.save_dump)},
+        {"--load-state", path_into(o.load_state)},
+        {"--save-state", path_into(o.save_state)},
         {"--tape", path_into(o.tape)},
         {"--tape-out", path_into(o.tape_out)},
         {"--png", path_into(o.png)},

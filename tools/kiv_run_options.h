@@ -29,6 +29,7 @@ struct run_options {
     std::string wav;
     std::string tape, tape_out;
     std::string load_dump, save_dump;
+    std::string load_state, save_state;
 };
 
 extern const char run_help[];

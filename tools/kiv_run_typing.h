@@ -1,30 +1,25 @@
-// Types a text on the emulated keyboard, frame by frame, through the host key table.
+// The text of --type: the keys that it stands for, and how long typing them takes.
 #pragma once
 
+#include "api/typing.h"
 #include <cstdint>
 #include <string>
 #include <vector>
 
-// Key presses and releases of a text, each with the frame at which it happens. Keys are held and released
-// for several frames, so that a ROM that looks at the matrix once a frame sees every one.
-class typist {
+class typed_text {
   public:
-    typist() = default;
+    typed_text() = default;
     // Throws run_failure for a character that no key types.
-    typist(const std::string &text, uint64_t first_frame);
-    // Presses and releases what is due once `frame` frames have been shown.
-    void at_frame(uint64_t frame);
-    // The frame of the last release.
-    uint64_t end() const { return actions.empty() ? 0 : actions.back().frame; }
+    explicit typed_text(const std::string &text);
+    // Hands everything to the machine's typist, who begins at once.
+    void start() const;
+    // Frames from the start to the last release.
+    uint64_t frames() const;
 
   private:
-    struct action {
-        uint64_t frame;
-        uint32_t virtual_key;
-        bool press;
+    struct item {
+        key_stroke stroke;
+        uint32_t pause; // frames; 0: the stroke
     };
-    void add_key(uint32_t virtual_key, bool shifted);
-    std::vector<action> actions;
-    size_t next = 0;
-    uint64_t now = 0;
+    std::vector<item> items;
 };
