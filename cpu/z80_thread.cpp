@@ -206,6 +206,7 @@ void z80_thread::run_machine() {
     if (directx != nullptr) directx->play();
     clock.slice_start = platform::performance_counter();
     run_block &run = run_state;
+    uint64_t charged_cycles = elapsed_cycles; // of this object's runs, whatever a snapshot brings
     for (;; ++run.pass_counter) {
         if (run.pass_counter % passes_between_looks == 0 &&
             control.load(std::memory_order_relaxed) != control_run) {
@@ -215,6 +216,7 @@ void z80_thread::run_machine() {
         const pass_outcome outcome = machine_pass(run.pass_counter, run.charge_waits != 0);
         if (outcome == pass_outcome::stopped) break;
         const uint32_t charged = main_cpu.step_cycles;
+        charged_cycles += charged;
         run.cycles += charged;
         run.slice_cycles += charged;
         if (outcome == pass_outcome::frame) {
@@ -223,12 +225,12 @@ void z80_thread::run_machine() {
             // A slice runs in a fraction of a millisecond. Two frames that fall into one would be drawn as
             // one, and the picture would move at 50 instead of the machine's 55 Hz: each waits for its time.
             sleep_towards(clock, run.slice_cycles);
-            show_cycles(run.cycles);
+            show_cycles(charged_cycles);
             render->post_message(render_frame, 0, 0);
         }
         if (run.slice_cycles < machine.cycles_per_slice) continue;
         wait_for_slice_end(clock, run.slice_cycles);
-        show_cycles(run.cycles);
+        show_cycles(charged_cycles);
         if (directx != nullptr) directx->tickPCM();
         cassette_flush_output();
         run.slice_cycles = 0;
@@ -272,7 +274,7 @@ uint16_t z80_thread::get_register(int index) { return z80_register(main_cpu, ind
 
 uint32_t z80_thread::take_elapsed_cycles() {
     const uint64_t elapsed = elapsed_cycles;
-    const uint64_t since = elapsed > elapsed_taken ? elapsed - elapsed_taken : 0; // a snapshot may go back
+    const uint64_t since = elapsed - elapsed_taken;
     elapsed_taken = elapsed;
     return static_cast<uint32_t>(since);
 }

@@ -20,4 +20,5 @@ int fuzz_tape(const uint8_t *data, size_t size);     // a tape image, read by ev
 int fuzz_dump(const uint8_t *data, size_t size);     // a memory dump, then ten frames of it running
 int fuzz_settings(const uint8_t *data, size_t size); // a settings file, read, written, read again
 int fuzz_bitmap(const uint8_t *data, size_t size);   // a bitmap, as a file and as a resource
+int fuzz_snapshot(const uint8_t *data, size_t size); // a snapshot spoilt as the input says
 int fuzz_program(const uint8_t *data, size_t size);  // port writes in any order, then a program, then frames
