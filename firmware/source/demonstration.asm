@@ -1,0 +1,4 @@
+; DEMO
+
+far_demo:
+        RET

@@ -1,0 +1,1 @@
+; Statement loop, table of handlers

@@ -1,0 +1,1 @@
+; AUTO DELETE EDIT

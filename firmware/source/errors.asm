@@ -1,0 +1,2 @@
+; Errors
+error:  JR error

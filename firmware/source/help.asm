@@ -1,0 +1,4 @@
+; HELP
+
+far_help:
+        RET

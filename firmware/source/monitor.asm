@@ -1,0 +1,4 @@
+; Monitor
+
+far_monitor:
+        RET

@@ -1,0 +1,1 @@
+; Title at power-on
