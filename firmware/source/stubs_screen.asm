@@ -1,17 +1,4 @@
 ; Names that stand in until their owner's routine lands: each owner deletes the line with it.
-devices_init:
-console_out:
-console_text:
-console_newline:
-console_fresh:
-console_column:
-console_row:
-console_line:
-key_wait:
-key_poll:
-console_width:
-console_locate:
-console_colour:
 do_locate:
 do_color:
 do_width:
@@ -39,9 +26,6 @@ fn_time:
 fn_date:
 fn_csrlin:
 fn_pos:
-interrupt_usart:
-interrupt_vrtc:
-interrupt_clock:
 tape_open_out:
 tape_put:
 tape_close_out:
