@@ -832,8 +832,9 @@ console_clear:
 _row:   CALL row_clear
         LD A,(window_bottom)
         CP D
+        JR Z,console_home
         INC D
-        JR NZ,_row
+        JR _row
 console_home:
         LD A,(window_top)
         LD L,A

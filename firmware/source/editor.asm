@@ -141,8 +141,9 @@ _wide:  DEC E
         JR NZ,_char
 _below: LD A,(edit_last)
         CP D
+        JR Z,_trim
         INC D
-        JR NZ,_row
+        JR _row
 _trim:  LD A,C                  ; blanks at the end
         CP line_text AND 0FFh
         JR NZ,_any
@@ -469,6 +470,6 @@ _cell:  LD (HL)," "
 _next:  LD B,0
         LD A,(edit_last)
         CP D
+        RET Z
         INC D
-        JR NZ,_row
-        RET
+        JR _row
