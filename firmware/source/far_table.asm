@@ -2,3 +2,5 @@
         JP far_monitor
         JP far_help
         JP far_demo
+        JP monitor_stopped
+        JP far_logo

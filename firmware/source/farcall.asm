@@ -8,7 +8,9 @@
 FAR_MONITOR     EQU 0
 FAR_HELP        EQU 1
 FAR_DEMO        EQU 2
-FAR_GRAPHICS    EQU 3           ; the graphics' first
+FAR_STOPPED     EQU 3           ; a breakpoint of the monitor
+FAR_LOGO        EQU 4           ; large letters for the title
+FAR_GRAPHICS    EQU 5           ; the graphics' first
 
         IF NBASIC
 far_call:

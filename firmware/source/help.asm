@@ -36,6 +36,7 @@ _blank: LD A,(HL)
         INC HL
         CP " "
         JR Z,_blank
+        CALL help_upper
         CALL help_letter
         JR C,help_subjects
         DEC HL
@@ -64,7 +65,13 @@ _count: LD A,(HL)
         INC HL
         INC B
         CALL help_letter
-        JR NC,_count
+        JR C,_counted
+        DEC HL
+        BIT 7,(HL)
+        INC HL
+        JR Z,_count
+        INC B
+_counted:
         POP HL
         CALL console_column
         ADD A,B
@@ -214,7 +221,7 @@ help_phrases:
         DEFB "(n",")"+80h
         DEFB "(a$",")"+80h
         DEFB "[,colour","]"+80h
-        DEFB " [""name""","]"+80h
+        DEFB " [\"name\"","]"+80h
         DEFB "addres","s"+80h
         DEFB "statement","s"+80h
         DEFB "[,...","]"+80h
@@ -237,12 +244,12 @@ help_texts:
         DEFB "TRO","N"+80h
         DEFB "TROF","F"+80h
         DEFB 1,"Tap","e"+80h
-        DEFB "CSAVE ""name",""""+80h
+        DEFB "CSAVE \"name",022h+80h
         DEFB "CLOAD",H_NAME," (CLOAD? compares",")"+80h
-        DEFB "SAVE ""name",""""+80h
+        DEFB "SAVE \"name",022h+80h
         DEFB "LOAD",H_NAME+80h
         DEFB "MERGE",H_NAME+80h
-        DEFB "BSAVE ""name"",",H_ADDRESS,",bytes[,start","]"+80h
+        DEFB "BSAVE \"name\",",H_ADDRESS,",bytes[,start","]"+80h
         DEFB "BLOAD",H_NAME,"[,R","]"+80h
         DEFB "MOTOR [ON|OFF","]"+80h
         DEFB 1,"Flo","w"+80h
@@ -266,8 +273,8 @@ help_texts:
         DEFB "DATA ",H_VALUE,H_MORE+80h
         DEFB "READ ",H_VARIABLE,H_MORE+80h
         DEFB "RESTORE [",H_LINE,"]"+80h
-        DEFB "INPUT [""text"";]",H_VARIABLE,H_MORE+80h
-        DEFB "LINE INPUT [""text"";]a","$"+80h
+        DEFB "INPUT [\"text\";]",H_VARIABLE,H_MORE+80h
+        DEFB "LINE INPUT [\"text\";]a","$"+80h
         DEFB "SWAP a,","b"+80h
         DEFB "ERASE a",H_MORE+80h
         DEFB "DEF FNa(x)=",H_VALUE+80h
@@ -276,7 +283,7 @@ help_texts:
         DEFB "RANDOMIZE [n","]"+80h
         DEFB 1,"Scree","n"+80h
         DEFB "PRINT ",H_VALUE,"[;|,]..","."+80h
-        DEFB "PRINT USING ""format"";",H_VALUE,H_MORE+80h
+        DEFB "PRINT USING \"format\";",H_VALUE,H_MORE+80h
         DEFB "TAB",H_N+80h
         DEFB "SPC",H_N+80h
         DEFB "LOCATE x,y[,cursor","]"+80h

@@ -226,7 +226,7 @@ monitor_bytes:
         EXX
 _next:  CALL monitor_next
         JR Z,_end
-        CP """"
+        CP 022h
         JR Z,_text
         CALL dis_hex
         JR Z,_error
@@ -240,7 +240,7 @@ _text:  INC HL
         LD A,(HL)
         OR A
         JR Z,_next
-        CP """"
+        CP 022h
         JR Z,_close
         CALL _store
         JR _text
@@ -722,6 +722,8 @@ _on:    LD DE,(monitor_pc)
         LD A,(HL)
         LD (monitor_byte),A
         LD (HL),0FFh            ; RST 38h
+        LD A,1
+        LD (monitor_set),A
 _run:   LD HL,(monitor_others)
         PUSH HL
         POP AF
@@ -752,7 +754,6 @@ monitor_stopped:
         POP HL
         LD (monitor_af),HL
         POP HL
-        DEC HL
         LD (monitor_pc),HL
         LD (monitor_sp),SP
         EX AF,AF'
@@ -765,12 +766,9 @@ monitor_stopped:
         POP HL
         LD (monitor_others),HL
         LD HL,(monitor_break)
-        LD A,H
+        LD A,(monitor_set)
         OR A
         JR Z,_whole
-        LD A,(HL)
-        INC A
-        JR NZ,_whole
         LD A,(monitor_byte)
         LD (HL),A
 _whole: LD HL,(monitor_stack)
@@ -790,17 +788,23 @@ _entered:
         EI
         CALL console_fresh
         LD DE,(monitor_pc)
-        LD HL,monitor_return
+        LD HL,monitor_return + 1
         OR A
         SBC HL,DE
         LD HL,_returned
         JR Z,_text
+        DEC DE
+        LD HL,monitor_set
+        LD A,(HL)
+        LD (HL),0
         LD HL,(monitor_break)
-        OR A
         SBC HL,DE
-        LD HL,_break
-        JR Z,_text
         LD HL,_strange
+        JR NZ,_text
+        DEC A
+        JR NZ,_text
+        LD (monitor_pc),DE      ; the instruction itself is still to be run
+        LD HL,_break
 _text:  CALL console_text
         CALL monitor_show
         JP monitor_loop

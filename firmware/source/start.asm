@@ -14,8 +14,8 @@ start:  DI
         ENDIF
 
         DEFS 0038h - $
-        EI                      ; IM 1 is not used
-        RETI
+        PUSH AF                 ; RST 38h: a breakpoint of the monitor
+        JP monitor_trap
         DEFS 0066h - $
         RETN                    ; nothing raises an NMI
 

@@ -11,8 +11,5 @@ do_renum:
 do_auto:
 do_delete:
 do_edit:
-do_mon:
-do_help:
-do_demo:
         LD E,ERR_UNAVAILABLE
         JP error

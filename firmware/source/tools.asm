@@ -1,0 +1,55 @@
+; The way from the interpreter to what stands in the expansion ROM besides graphics, and back.
+;
+;   do_mon do_help do_demo   statements
+;   upper_call      from the expansion ROM: calls IX in the main ROM at 6000h; all other registers reach it and come
+;                   back from it
+;   monitor_leave   from the monitor to its program: AF on the stack, then the address
+;   monitor_return  the address to which such a program returns
+;   monitor_trap    where RST 38h leads, AF pushed
+
+do_mon: LD A,FAR_MONITOR
+        JP far_call
+do_help:
+        LD A,FAR_HELP
+        JP far_call
+do_demo:
+        LD A,FAR_DEMO
+        JP far_call
+
+        IF NBASIC
+monitor_trap:
+        LD SP,STACK
+        EI
+        JP ready
+        ELSE
+upper_call:
+        PUSH AF
+        LD A,EXPANSION_OFF
+        OUT (EXPANSION),A
+        POP AF
+        CALL _there
+        PUSH AF
+        LD A,EXPANSION_4TH
+        OUT (EXPANSION),A
+        POP AF
+        RET
+_there: JP (IX)
+
+monitor_leave:
+        LD A,EXPANSION_OFF
+        OUT (EXPANSION),A
+        POP AF
+        RET
+monitor_return:
+        RST 38h
+monitor_trap:
+        LD A,(far_found)
+        OR A
+        JR Z,_bare
+        LD A,EXPANSION_4TH
+        OUT (EXPANSION),A
+        JP EXPANSION_TABLE + 3 * FAR_STOPPED
+_bare:  LD SP,STACK
+        EI
+        JP ready
+        ENDIF
