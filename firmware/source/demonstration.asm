@@ -146,12 +146,11 @@ _frame: LD A,(frames)
         CP CTRL_STOP
         JP NZ,demo_key
 _stop:  POP HL
-        XOR A
+_drain: CALL key_poll           ; STOP is a key as well
+        JR NZ,_drain
         LD (stop_flag),A
         LD A,CRTC_START
         OUT (CRTC_COMMAND),A    ; not reversed
-        LD HL,sound_stop
-        CALL demo_upper
         CALL demo_planes
         CALL glyphs_restore
         XOR A
@@ -178,19 +177,10 @@ _back:  POP DE
         POP HL
         RET
 
-; Calls HL in the main ROM.
-demo_upper:
-        PUSH HL
-        POP IX
-        JP upper_call
-
 far_logo:
-        PUSH HL
-        LD HL,demo_logo_top
-        CALL demo_list
-        CALL demo_logo_cells
-        POP HL
-        RET
+        LD HL,0
+        LD (cursor_row),HL
+        JP demo_logo_cells
 
 ; ---- Lists of characters
 
@@ -1021,7 +1011,7 @@ demo_high:
         DEFB L_AT,DEMO_HINT_ROW,54,L_INK,I_WHITE," F5 ",L_INK,I_CYAN,"picture "
         DEFB L_AT,DEMO_COUNT_ROW,25,"24 kHz monitor"
         DEFB L_AT,DEMO_COUNT_ROW,55,"VRTC"
-demo_logo_top:
+demo_logo_place:
         DEFB L_AT,2,1,L_END
 demo_standard:
         DEFB L_AT,DEMO_COUNT_ROW,25,L_INK,I_CYAN,"15",L_END
