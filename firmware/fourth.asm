@@ -12,8 +12,6 @@ far_module_planes:
         INCLUDE "planes.asm"
 far_module_monitor:
         INCLUDE "monitor.asm"
-far_module_help:
-        INCLUDE "help.asm"
 far_module_demonstration:
         INCLUDE "demonstration.asm"
 far_module_free:

@@ -6,11 +6,10 @@
 ; of far_table.asm.
 
 FAR_MONITOR     EQU 0
-FAR_HELP        EQU 1
-FAR_DEMO        EQU 2
-FAR_STOPPED     EQU 3           ; a breakpoint of the monitor
-FAR_LOGO        EQU 4           ; large letters for the title
-FAR_GRAPHICS    EQU 5           ; the graphics' first
+FAR_DEMO        EQU 1
+FAR_STOPPED     EQU 2           ; a breakpoint of the monitor
+FAR_LOGO        EQU 3           ; large letters for the title
+FAR_GRAPHICS    EQU 4           ; the graphics' first
 
         IF NBASIC
 far_call:

@@ -1,14 +1,16 @@
 ; HELP: the words by subject, or the syntax of one.
 ;
-;   far_help        the statement. The word behind it is taken from the line as typed (line_text), so that it
-;                   needs no tokens; HL ends at the end of the line.
+;   do_help         the statement. The word behind it is taken from the line as typed (line_text), so that it
+;                   needs no tokens; ends at ready.
 ;
 ; A subject begins with 01h; the entries behind it, up to the next, are its words. An entry begins with its word,
 ; in capitals; bit 7 marks its last character; codes below 20h stand for help_phrases.
 
 HELP_COLUMN     EQU 11          ; where a subject's words begin
 
-far_help:
+do_help:
+        LD HL,ready
+        PUSH HL
         LD HL,line_text
 _find:  LD DE,help_name         ; behind the word HELP itself
         PUSH HL
@@ -91,7 +93,7 @@ _letter:
         LD A," "
         CALL console_out
         DEC HL
-        CALL dis_skip
+        CALL help_skip
         JR _entry
 _end:   CALL console_fresh
         LD HL,help_hint
@@ -143,7 +145,7 @@ _show:  CALL help_character
 _other: POP DE
         POP HL
 _next:  EX DE,HL
-        CALL dis_skip
+        CALL help_skip
         EX DE,HL
         JR _entry
 _end:   CALL console_fresh
@@ -152,6 +154,13 @@ _end:   CALL console_fresh
         RET NZ
         LD HL,help_unknown
         JP console_text
+
+; HL moves behind an entry. Keeps all else.
+help_skip:
+        BIT 7,(HL)
+        INC HL
+        JR Z,help_skip
+        RET
 
 ; Shows the character or phrase at HL and moves on; carry when it was the last. Keeps BC, DE.
 help_character:
@@ -165,7 +174,7 @@ help_character:
         SUB 2
         JR Z,_phrase
         LD B,A
-_skip:  CALL dis_skip
+_skip:  CALL help_skip
         DJNZ _skip
 _phrase:
         CALL help_character

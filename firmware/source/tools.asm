@@ -1,6 +1,6 @@
 ; The way from the interpreter to what stands in the expansion ROM besides graphics, and back.
 ;
-;   do_mon do_help do_demo   statements
+;   do_mon do_demo   statements
 ;   upper_call      from the expansion ROM: calls IX in the main ROM at 6000h; all other registers reach it and come
 ;                   back from it
 ;   monitor_leave   from the monitor to its program: AF on the stack, then the address
@@ -8,9 +8,6 @@
 ;   monitor_trap    where RST 38h leads, AF pushed
 
 do_mon: LD A,FAR_MONITOR
-        JP far_call
-do_help:
-        LD A,FAR_HELP
         JP far_call
 do_demo:
         LD A,FAR_DEMO
