@@ -8,10 +8,6 @@ float_atn:
 float_exp:
 float_log:
 float_rnd:
-number_parse:
-number_print:
-number_hex:
-number_octal:
 print_using:
 do_randomize:
         LD E,ERR_UNAVAILABLE
