@@ -1,2 +1,225 @@
-; Errors
-error:  JR error
+; Errors, Ok, and the direct mode.
+;
+;   error           E = number: to the program's handler, or message and Ok. Never returns
+;   break_message   STOP: message and Ok
+;   ready           Ok, then what is typed is done. Never returns
+;   direct_mode     the same without Ok
+;   enter_line      HL = text: with a line number, the line is stored, C; without NC, HL behind blanks
+;   direct_line     HL = text without a line number: it is run
+
+error:  LD SP,STACK
+        LD A,E
+        LD (error_number),A
+        CALL error_map
+        CALL line_direct
+        LD HL,0FFFFh
+        JR Z,_number
+        LD HL,(line_pointer)
+        INC HL
+        INC HL
+        LD A,(HL)
+        INC HL
+        LD H,(HL)
+        LD L,A
+_number:
+        LD (error_line),HL
+        LD A,(error_handling)
+        OR A
+        JR NZ,error_message
+        LD DE,(error_target)
+        LD A,D
+        OR E
+        JR Z,error_message
+        CALL line_direct
+        JR Z,error_message
+        LD A,1
+        LD (error_handling),A
+        PUSH DE
+        LD HL,(statement_pointer)
+        LD DE,resume_place
+        CALL place_put
+        LD HL,temps
+        LD (temp_top),HL
+        POP DE
+        DEC DE
+        JP goto_line
+; Everything back where statements expect it: memory at C000h, the main ROM, the running line's page.
+error_map:
+        OUT (SELECT_RAM),A
+        IF NBASIC = 0
+        LD A,EXPANSION_OFF
+        OUT (EXPANSION),A
+        ENDIF
+        LD A,(page_borrowed)
+        INC A
+        JR Z,_own
+        DEC A
+        OUT (WINDOW_PAGE),A
+        LD A,0FFh
+        LD (page_borrowed),A
+_own:   EI
+        RET
+; The number is already there, and its line.
+error_resumed:
+        LD SP,STACK
+error_message:
+        XOR A
+        LD (error_handling),A
+        CALL console_fresh
+        LD A,(error_number)
+        LD B,A
+        LD HL,messages
+_look:  DEC B
+        JR Z,_found
+_skip:  LD A,(HL)
+        INC HL
+        OR A
+        JR NZ,_skip
+        LD A,(HL)
+        INC A                   ; FFh ends them
+        JR NZ,_look
+        LD HL,message_unprintable
+_found: LD A,(HL)
+        OR A
+        JR NZ,_text
+        LD HL,message_unprintable
+_text:  CALL console_text
+error_place:
+        LD DE,(error_line)
+        LD A,D
+        AND E
+        INC A
+        JR Z,_direct
+        LD HL,text_in
+        CALL console_text
+        LD HL,(error_line)
+        CALL number_word
+        CALL console_text
+_direct:
+        CALL console_newline
+        JR ready
+
+break_message:
+        LD SP,STACK
+        CALL error_map
+        CALL line_direct
+        LD HL,0FFFFh
+        JR Z,_number
+        LD HL,(line_pointer)
+        INC HL
+        INC HL
+        LD A,(HL)
+        INC HL
+        LD H,(HL)
+        LD L,A
+_number:
+        LD (error_line),HL
+        CALL console_fresh
+        LD HL,text_break
+        CALL console_text
+        JR error_place
+
+ready:  LD SP,STACK
+        CALL console_fresh
+        LD HL,text_ok
+        CALL console_text
+        CALL console_newline
+direct_mode:
+        LD SP,STACK
+        CALL error_map
+        CALL frames_direct
+        LD HL,temps
+        LD (temp_top),HL
+        LD HL,TOKENS
+        LD (line_pointer),HL
+        LD HL,0FFFFh
+        LD (TOKENS + 2),HL
+        CALL console_line
+        JR C,direct_mode
+        CALL enter_line
+        JR C,direct_mode
+        LD A,(HL)
+        OR A
+        JR Z,direct_mode
+direct_line:
+        CALL crunch
+        LD HL,0FFFFh
+        LD (TOKENS + 2),HL
+        XOR A
+        LD (stop_flag),A
+        LD HL,TOKENS
+        JP run_line
+
+enter_line:
+        CALL line_number
+        JR C,_direct
+        PUSH DE
+        CALL crunch
+        POP DE
+        LD (TOKENS + 2),DE
+        CALL line_store
+        SCF
+        RET
+_direct:
+        CALL skip_blanks
+        OR A
+        RET
+
+; Frames that lead into a direct line would lead nowhere: then none is left, and CONT cannot go on.
+frames_direct:
+        LD HL,(frame_top)
+_look:  LD A,(HL)
+        PUSH AF
+        CALL frame_before
+        JR Z,_end
+        POP AF
+        DEC HL
+        LD A,(HL)               ; high byte of its line
+        INC HL
+        CP TOKENS / 256
+        JR NZ,_look
+        LD A,0FFh
+        LD (cont_place),A
+        JP frames_clear
+_end:   POP AF
+        RET
+
+text_ok:
+        DEFB "Ok",0
+text_in:
+        DEFB " in ",0
+text_break:
+        DEFB "Break",0
+messages:
+        DEFB "NEXT without FOR",0
+        DEFB "Syntax error",0
+        DEFB "RETURN without GOSUB",0
+        DEFB "Out of DATA",0
+        DEFB "Illegal function call",0
+        DEFB "Overflow",0
+        DEFB "Out of memory",0
+        DEFB "Undefined line number",0
+        DEFB "Subscript out of range",0
+        DEFB "Duplicate definition",0
+        DEFB "Division by zero",0
+        DEFB "Illegal direct",0
+        DEFB "Type mismatch",0
+        DEFB "Out of string space",0
+        DEFB "String too long",0
+        DEFB "String formula too complex",0
+        DEFB "Can't continue",0
+        DEFB "Undefined user function",0
+        DEFB "No RESUME",0
+        DEFB "RESUME without error",0
+message_unprintable:
+        DEFB "Unprintable error",0
+        DEFB "Missing operand",0
+        DEFB "Line buffer overflow",0
+        DEFB "Tape read error",0
+        DEFB "Device unavailable",0
+        DEFB "FOR without NEXT",0
+        DEFB 0
+        DEFB 0
+        DEFB "WHILE without WEND",0
+        DEFB "WEND without WHILE",0
+        DEFB 0FFh

@@ -47,5 +47,19 @@ cold_start:
         LD BC,LINE_TEXT - FLOAT_RAM - 1
         LD (HL),0
         LDIR
+        XOR A
+        DEC A
+        LD (page_borrowed),A
+        LD HL,DATA_TOP
+        LD (memory_top),HL
+        LD HL,TOKENS
+        LD (line_pointer),HL
+        LD HL,0
+        LD (TOKENS + 4),HL
+        LD (TOKENS + 6),HL
+        CALL program_clear
+        IF NBASIC = 0
+        CALL far_init
+        ENDIF
         CALL devices_init
         JP title_show           ; ends with JP ready

@@ -1,5 +1,4 @@
 ; Names that stand in until their owner's routine lands: each owner deletes the line with it.
-ready:
 do_csave:
 do_cload:
 do_save:
