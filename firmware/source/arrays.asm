@@ -99,7 +99,7 @@ _size:  LD (HL),E
         INC HL
         DJNZ _size
         POP HL
-        JR array_make
+        JP array_make
 
 ; Several indices: the first in DE, A = the character behind it, the symbol on the stack.
 array_several:

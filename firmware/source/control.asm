@@ -506,7 +506,7 @@ _float: PUSH DE
         CALL fac_load
         CALL for_passed
         POP DE
-        JR C,for_skip
+        JP C,for_skip
         POP HL
         PUSH DE
         LD C,FLOAT_SIZE
@@ -679,7 +679,7 @@ _there: LD A,(HL)
 ; ---- NEXT
 
 do_next:
-        JR Z,_newest
+        JP Z,next_newest
 next_variable:
         LD A,(HL)
         CP TOK_VAR
@@ -691,17 +691,18 @@ next_variable:
         INC HL
         PUSH HL
         LD HL,(frame_top)
-_look:  LD A,(HL)
+next_look:
+        LD A,(HL)
         CP FRAME_INTEGER
-        JR NZ,_no_integer
+        JR NZ,next_no_integer
         INC HL
         LD A,(HL)
         INC HL
         CP E
-        JR NZ,_inner
+        JR NZ,next_inner
         LD A,(HL)
         CP D
-        JR NZ,_inner
+        JR NZ,next_inner
         INC HL
 next_integer:                   ; DE variable, HL frame's step
         LD A,(DE)
@@ -726,13 +727,13 @@ next_integer:                   ; DE variable, HL frame's step
         LD (HL),E
         POP HL
         BIT 7,B
-        JR NZ,_down
+        JR NZ,next_down
         LD A,(HL)
         SUB E
         INC HL
         LD A,(HL)
         SBC A,D
-        JP PE,_flip
+        JP PE,next_flip
         JP M,next_done
 next_loop:
         INC HL
@@ -754,20 +755,23 @@ next_loop:
         OR A
         RET Z
         JP stop_pressed_at
-_flip:  JP M,next_loop
+next_flip:
+        JP M,next_loop
         JR next_done
-_down:  LD A,E
+next_down:
+        LD A,E
         SUB (HL)
         INC HL
         LD A,D
         SBC A,(HL)
-        JP PE,_flip
+        JP PE,next_flip
         JP P,next_loop
         JR next_done
-_inner: DEC HL
+next_inner:
+        DEC HL
         DEC HL
         LD A,FRAME_INTEGER
-_no_integer:
+next_no_integer:
         CP FRAME_FLOAT
         JR NZ,_other
         INC HL
@@ -786,8 +790,8 @@ _other: CP FRAME_GOSUB + 1
         JR C,next_without
         CALL frame_before
         LD (frame_top),HL       ; inner loops are left
-        JR _look
-_newest:
+        JP next_look
+next_newest:
         PUSH HL
         LD HL,(frame_top)
         LD A,(HL)
@@ -799,7 +803,7 @@ _newest:
         JR Z,next_float
         INC HL
         CP FRAME_INTEGER
-        JR Z,next_integer
+        JP Z,next_integer
         DEC HL
         DEC HL
         DEC HL
@@ -811,7 +815,7 @@ _newest:
         JR do_next_newest
 do_next_newest:
         XOR A
-        JR do_next
+        JP do_next
 next_without:
         LD E,ERR_NEXT
         JP error
@@ -866,7 +870,7 @@ next_mixed:
         INC HL
         INC HL
         JR C,next_done
-        JR next_loop
+        JP next_loop
 ; HL behind the variable's low byte in the frame, DE the variable.
 next_float:
         INC HL
@@ -883,7 +887,7 @@ next_float:
         CALL next_step
         POP HL
         JR C,next_done
-        JR next_loop
+        JP next_loop
 
 ; Variable DE one step on; carry: past its limit.
 next_step:
@@ -1147,7 +1151,7 @@ _plain: PUSH HL
 ; DEF FNname[(parameters)] = expression; DEF USR[n] = address
 do_def: LD A,(HL)
         CP TOK_FUNCTION
-        JR Z,_usr
+        JR Z,def_usr
         CP TOK_FN
         JP NZ,syntax_error
         CALL line_direct        ; it must stay where it is
@@ -1180,7 +1184,8 @@ _skip:  LD A,(HL)
         RET Z
         CALL token_skip
         JR _skip
-_usr:   INC HL
+def_usr:
+        INC HL
         LD A,(HL)
         INC HL
         CP FN_USR

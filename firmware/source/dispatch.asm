@@ -105,7 +105,7 @@ statement_again:
         CP TOK_FIRST
         JR C,_implied
         CP TOK_LAST + 1
-        JR NC,_other
+        JR NC,statement_function
         INC HL
         EX DE,HL
         ADD A,A
@@ -138,12 +138,13 @@ statement_none:
         RET Z                   ; an empty line
         CP ":"
         RET Z
-        JR syntax_error
-_other: LD BC,statement_end
+        JP syntax_error
+statement_function:
+        LD BC,statement_end
         PUSH BC
         CP TOK_FUNCTION
         JP Z,do_function
-        JR syntax_error
+        JP syntax_error
 
 statement_end:
         LD A,(HL)
@@ -153,7 +154,7 @@ statement_end:
         JP statement
 _line:  OR A
         JR Z,line_end
-        JR syntax_error
+        JP syntax_error
 
 ; A word that is no statement.
 do_nothing_known EQU syntax_error

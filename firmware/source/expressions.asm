@@ -370,7 +370,7 @@ _false: POP HL
 op_and: INC B
         DEC B
         LD A,TOK_AND
-        JR NZ,mixed
+        JP NZ,mixed
         EX (SP),HL
         LD A,H
         AND D
@@ -384,7 +384,7 @@ op_and: INC B
 op_or:  INC B
         DEC B
         LD A,TOK_OR
-        JR NZ,mixed
+        JP NZ,mixed
         EX (SP),HL
         LD A,H
         OR D
@@ -408,7 +408,7 @@ op_intdiv:
 op_word:
         INC B
         DEC B
-        JR NZ,mixed
+        JP NZ,mixed
         EX (SP),HL
 word_operator:                  ; A operator, HL left, DE right. Stack: text, level
         CALL word_operate
@@ -420,14 +420,14 @@ word_operator:                  ; A operator, HL left, DE right. Stack: text, le
 ; A = operator; HL, DE operands: DE = result.
 word_operate:
         CP TOK_MOD
-        JR NC,_divide
+        JR NC,word_divide
         CP TOK_AND
-        JR Z,_and
+        JR Z,word_and
         CP TOK_OR
-        JR Z,_or
+        JR Z,word_or
         LD C,A
         CP TOK_IMP
-        JR Z,_imp
+        JR Z,word_imp
         LD A,H
         XOR D
         LD D,A
@@ -445,16 +445,19 @@ complement:
         CPL
         LD E,A
         RET
-_imp:   EX DE,HL
+word_imp:
+        EX DE,HL
         CALL complement
-_or:    LD A,H
+word_or:
+        LD A,H
         OR D
         LD D,A
         LD A,L
         OR E
         LD E,A
         RET
-_and:   LD A,H
+word_and:
+        LD A,H
         AND D
         LD D,A
         LD A,L
@@ -462,11 +465,11 @@ _and:   LD A,H
         LD E,A
         RET
 ; Both cut toward zero; the remainder has the sign of the dividend.
-_divide:
+word_divide:
         PUSH AF
         LD A,D
         OR E
-        JR Z,_zero
+        JR Z,word_zero
         LD A,H
         LD B,A                  ; sign of the remainder
         XOR D
@@ -482,7 +485,7 @@ _divide:
         POP DE                  ; signs: D remainder, E quotient
         POP AF
         CP TOK_MOD
-        JR Z,_remainder
+        JR Z,word_remainder
         BIT 7,E
         LD D,B
         LD E,C
@@ -495,12 +498,13 @@ negate_de:
         SUB D
         LD D,A
         RET
-_remainder:
+word_remainder:
         BIT 7,D
         EX DE,HL
         RET Z
         JR negate_de
-_zero:  LD E,ERR_ZERO
+word_zero:
+        LD E,ERR_ZERO
         JP error
 
 ; HL = its absolute value.
@@ -594,7 +598,7 @@ integers_by_float:
 ; A = operator, operands in left_operand and FAC. Stack: text, level.
 binary_float:
         CP TOK_PLUS
-        JR C,_below
+        JR C,binary_below
         SUB TOK_PLUS
         ADD A,A
         LD E,A
@@ -619,8 +623,9 @@ binary_result:
         LD B,A
         LD DE,(FAC + 1)
         JP expression_on
-_below: CP TOK_EQUAL
-        JR C,_word
+binary_below:
+        CP TOK_EQUAL
+        JR C,binary_word
         PUSH AF
         LD HL,left_operand
         CALL float_compare
@@ -633,7 +638,8 @@ compared:                       ; C operator, Z and C as compared. Stack: text, 
         JP C,relation
         LD A,4
         JP relation
-_word:  CALL float_words
+binary_word:
+        CALL float_words
         JP word_operator
 ; FAC and left_operand: HL left, DE right. A is kept.
 float_words:
@@ -648,10 +654,11 @@ float_words:
         RET
 float_mod:
         LD A,TOK_MOD
-        JR _go
+        JR float_word_operate
 float_intdiv:
         LD A,TOK_INTDIV
-_go:    CALL float_words
+float_word_operate:
+        CALL float_words
         CALL word_operate
         EX DE,HL
         JP integer_to_fac
@@ -679,7 +686,7 @@ _right: POP AF
         LD (left_operand),DE
         LD A,C
         PUSH HL
-        JR binary_float
+        JP binary_float
 _strings:
         OR A
         JP P,type_mismatch
@@ -693,7 +700,7 @@ _strings:
         PUSH BC
         CALL string_compare
         POP BC
-        JR compared
+        JP compared
 _join:  CALL string_join
         POP HL
         POP BC
@@ -747,7 +754,7 @@ primary:
         LD A,(HL)
         INC HL
         CP TOK_VAR
-        JR NZ,_constant
+        JR NZ,primary_constant
         LD E,(HL)
         INC HL
         LD D,(HL)
@@ -778,7 +785,7 @@ _float: PUSH BC
         POP BC
         LD B,1
         RET
-_constant:
+primary_constant:
         CP " "
         JR NC,primary_above
         SUB TOK_DIGIT
@@ -869,9 +876,9 @@ primary_above:
         CP 22h
         JP Z,string_literal
         CP TOK_MINUS
-        JR Z,_negative
+        JR Z,primary_negative
         CP TOK_NOT
-        JR Z,_not
+        JR Z,primary_not
         CP TOK_PLUS
         JP Z,primary
         JP primary_bad
@@ -888,14 +895,14 @@ primary_end:                    ; the level back, the type stays
         POP BC
         LD B,A
         RET
-_negative:
+primary_negative:
         PUSH BC
         CALL check_stack
         LD C,TOK_POWER
         CALL evaluate_level
         LD A,B
         OR A
-        JR NZ,_negative_float
+        JR NZ,primary_negative_float
         CALL negate_de
         LD A,D
         CP 80h
@@ -904,14 +911,15 @@ _negative:
         OR A
         JR NZ,primary_end
         CALL value_to_fac       ; 32768
-_negative_float:
+primary_negative_float:
         JP M,type_mismatch
         PUSH HL
         CALL float_negate
         POP HL
         CALL result_fac
         JR primary_end
-_not:   PUSH BC
+primary_not:
+        PUSH BC
         CALL check_stack
         LD C,TOK_EQUAL
         CALL evaluate_level

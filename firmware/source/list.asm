@@ -174,7 +174,7 @@ list_operator:
         LD (list_last),A
         RET
 _mod:   LD BC,w_mod
-        JR list_name_of
+        JP list_name_of
 _word:  SUB TOK_IMP
         LD BC,word_operators
         JR list_indexed
@@ -182,7 +182,7 @@ _signs: DEFB "=",0,"<",0,">",0,"<=",">=","<>","+",0,"-",0,0,0,5Ch,0,"*",0,"/",0,
 
 list_word:
         CP TOK_FUNCTION
-        JR Z,list_function
+        JP Z,list_function
         CP TOK_THEN
         JR NC,_inner
         CP TOK_QUOTE
@@ -229,7 +229,7 @@ _data_end:
 _quote: CALL list_space_name
         LD A,"'"
         CALL list_put
-        JR list_rest
+        JP list_rest
 _inner: SUB TOK_THEN
         LD BC,word_inner
 ; Word A of the table BC.

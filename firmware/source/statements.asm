@@ -17,7 +17,7 @@ print_item:
         CP TOK_TAB
         JR Z,_tab
         CP TOK_SPC
-        JR Z,_spc
+        JP Z,_spc
         CP TOK_USING
         JP Z,print_using
         CALL evaluate

@@ -147,7 +147,7 @@ temp_newest:
 
 string_assign:
         CALL temp_newest
-        JR NZ,_copy
+        JR NZ,string_copy
         LD (temp_top),DE
         EX DE,HL
         PUSH DE
@@ -174,7 +174,8 @@ string_owned:
         INC HL
         LD (HL),D
         RET
-_copy:  LD A,(DE)
+string_copy:
+        LD A,(DE)
         OR A
         JR Z,_none
         EX DE,HL                ; DE target, HL source
@@ -703,12 +704,12 @@ _end:   POP HL
         JP result_descriptor
 
 fn_left:
-        CALL _two
+        CALL string_count
         LD B,0
         LD C,A
         JR substring
 fn_right:
-        CALL _two
+        CALL string_count
         LD C,A
         LD A,(DE)
         SUB C
@@ -717,7 +718,8 @@ fn_right:
 _start: LD B,A
         JR substring
 ; ( string , byte ): DE descriptor, A
-_two:   CALL arg_open
+string_count:
+        CALL arg_open
         CALL evaluate
         BIT 7,B
         JP Z,type_mismatch

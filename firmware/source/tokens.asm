@@ -173,7 +173,7 @@ _arithmetic:
 _word:  XOR A
         LD (crunch_start),A
         LD A,C
-        JR crunch_put
+        JP crunch_put
 ; C one of = < >: with the one that may follow, <= >= <>.
 _pair:  PUSH HL
         CALL skip_blanks
@@ -227,7 +227,7 @@ crunch_text:
         LD A,E
         CP 0F0h
         RET C
-        JR crunch_full
+        JP crunch_full
 
 crunch_string:
         CALL crunch_text
@@ -423,7 +423,7 @@ _counted:
         DEC B
         JR NC,_found_dollar
 _plain: CALL word_find
-        JR C,crunch_name
+        JP C,crunch_name
         JR _found
 _found_dollar:
         INC HL
