@@ -448,10 +448,6 @@ _power: POP AF
         CALL float_mul
         LD HL,function_other
         JP float_add
-illegal_call:
-        LD E,ERR_CALL
-        JP error
-
 ; ---- SQR: eight bits by trial, then twice the mean of root and quotient
 
 float_sqr:
