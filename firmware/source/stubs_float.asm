@@ -1,5 +1,4 @@
 ; Names that stand in until their owner's routine lands: each owner deletes the line with it.
 print_using:
-eval_number:
         LD E,ERR_UNAVAILABLE
         JP error
