@@ -999,7 +999,7 @@ value_same:
         RET
 function_table:
         DEFW float_sgn, float_int, float_abs, float_sqr, float_rnd, float_log, float_exp, float_cos, float_sin
-        DEFW float_tan, float_atn, float_fix, fac_cint, value_same, fac_same
+        DEFW float_tan, float_atn, float_fix, fac_cint, value_same, value_same
         DEFW fn_peek, fn_inp, fn_len, fn_val, fn_asc, fn_str, fn_chr, fn_hex, fn_oct, fn_space
         DEFW fn_left, fn_right, fn_mid, fn_string, fn_instr, fn_inkey, fn_input, fn_csrlin, fn_pos, fn_point
         DEFW fn_fre, fn_usr, fn_varptr, fn_err, fn_erl, fn_time, fn_date

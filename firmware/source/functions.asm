@@ -412,7 +412,7 @@ _one:   LD HL,1
 
 float_log:
         CALL fac_to_float
-        JR Z,illegal_call
+        JP Z,illegal_call
         LD A,(FAC + 4)
         OR A
         JP M,illegal_call
