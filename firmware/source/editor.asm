@@ -41,7 +41,8 @@ _look:  CP (HL)
         RET
 _found: EX DE,HL
         JP (HL)
-_stop:  CALL editor_line
+_stop:  CALL sound_stop
+        CALL editor_line
         CALL editor_leave
         LD HL,line_text
         LD (HL),0

@@ -3,3 +3,11 @@
         JP far_demo
         JP monitor_stopped
         JP far_logo
+        JP plane_init
+        JP plane_clear
+        JP plane_pset
+        JP plane_point
+        JP plane_line
+        JP plane_fill
+        JP plane_paint
+        JP circle_draw

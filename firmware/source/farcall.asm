@@ -9,7 +9,14 @@ FAR_MONITOR     EQU 0
 FAR_DEMO        EQU 1
 FAR_STOPPED     EQU 2           ; a breakpoint of the monitor
 FAR_LOGO        EQU 3           ; large letters for the title
-FAR_GRAPHICS    EQU 4           ; the graphics' first
+FAR_INIT        EQU 4           ; graphics: planes.asm
+FAR_CLEAR       EQU 5
+FAR_PSET        EQU 6
+FAR_POINT       EQU 7
+FAR_LINE        EQU 8
+FAR_FILL        EQU 9
+FAR_PAINT       EQU 10
+FAR_CIRCLE      EQU 11
 
         IF NBASIC
 far_call:
