@@ -1,25 +1,9 @@
 #include "display/text_screen.h"
 
+#include "display/character_set.h"
 #include "machine/kiv_machine.h"
 
 namespace {
-
-// Characters 0x80-0xFF of the font; the codes below are ASCII with the yen sign at 0x5C.
-constexpr char16_t upper_half[] = u"▁▂▃▄▅▆▇█▏▎▍▌▋▊▉┼"
-                                  u"┴┬┤├▔─│▕┌┐└┘╭╮╰╯"
-                                  u" ｡｢｣､･ｦｧｨｩｪｫｬｭｮｯ"
-                                  u"ｰｱｲｳｴｵｶｷｸｹｺｻｼｽｾｿ"
-                                  u"ﾀﾁﾂﾃﾄﾅﾆﾇﾈﾉﾊﾋﾌﾍﾎﾏ"
-                                  u"ﾐﾑﾒﾓﾔﾕﾖﾗﾘﾙﾚﾛﾜﾝﾞﾟ"
-                                  u"═╞╪╡◢◣◥◤♠♥♦♣●○╱╲"
-                                  u"╳円年月日時分秒        ";
-static_assert(sizeof upper_half / sizeof *upper_half == 128 + 1);
-
-char16_t character_of(uint8_t code) {
-    if (code >= 0x80) return upper_half[code - 0x80];
-    if (code < 0x20 || code == 0x7F) return u' ';
-    return code == '\\' ? u'¥' : static_cast<char16_t>(code);
-}
 
 // Bits 0-3 are the left column from the top, 4-7 the right one; Braille counts its dots 1 2 3 7, 4 5 6 8.
 char16_t braille_of(uint8_t code) {
@@ -39,16 +23,6 @@ struct bounded_text {
         if (length + 1 < size) buffer[length] = static_cast<char>(byte);
         ++length;
     }
-    void add_utf8(char16_t c) {
-        if (c < 0x80) return add(c);
-        if (c < 0x800) {
-            add(0xC0 | c >> 6);
-        } else {
-            add(0xE0 | c >> 12);
-            add(0x80 | (c >> 6 & 0x3F));
-        }
-        add(0x80 | (c & 0x3F));
-    }
 };
 
 char16_t shown_in(uint8_t code, uint8_t attribute) {
@@ -67,7 +41,7 @@ void add_row(uint32_t row, bounded_text &text) {
             continue;
         }
         for (; blanks > 0; --blanks) text.add(' ');
-        text.add_utf8(c);
+        put_utf8(c, [&text](int byte) { text.add(byte); });
     }
     text.add('\n');
 }

@@ -1,9 +1,9 @@
 #include "tools/kiv_run_listing.h"
 
+#include "display/character_set.h"
 #include "tools/kiv_run_options.h"
-#include "tools/kiv_run_outputs.h"
 
-#include <array>
+#include <cstdio>
 #include <numeric>
 
 namespace {
@@ -139,6 +139,7 @@ std::optional<std::string> listing_of_tape(std::string_view tape) {
     if (end == std::string_view::npos || end + 1 >= text.size()) return std::nullopt;
     if (check_of(text.substr(0, end + 1)) != text[end + 1]) return std::nullopt;
     std::string listing;
+    const auto put = [&listing](int byte) { listing += static_cast<char>(byte); };
     for (const char c : text.substr(0, end)) {
         const auto code = static_cast<uint8_t>(c);
         if (c == line_end)
@@ -146,9 +147,9 @@ std::optional<std::string> listing_of_tape(std::string_view tape) {
         else if (code >= 0x20 && code < 0x7F)
             listing += c;
         else if (const char16_t character = character_of(code); character != u' ')
-            append_utf8(listing, character);
+            put_utf8(character, put);
         else
-            append_utf8(listing, static_cast<char16_t>(private_use + code));
+            put_utf8(static_cast<char16_t>(private_use + code), put);
     }
     return listing;
 }
