@@ -52,7 +52,7 @@ _line:  CALL place_to_text
         CALL list_line          ; LINE_TEXT = its text
         LD A,E
         CP 0FEh
-        JR NC,tape_long         ; it may have been cut
+        JP NC,tape_long         ; it may have been cut
         LD HL,LINE_TEXT
 _byte:  LD A,(HL)
         INC HL
@@ -253,7 +253,10 @@ tape_read:
         LD A,(tape_pushed)
         JR NZ,_pushed
         CALL tape_get
-        JR C,tape_stopped
+        JP C,tape_stopped
+        LD HL,(tape_count)
+        INC HL
+        LD (tape_count),HL
 _pushed:
         LD HL,tape_sum
         LD C,A
@@ -270,6 +273,8 @@ _pushed:
 tape_find:
         CALL tape_open_in
         JP C,tape_stopped
+        LD HL,0
+        LD (tape_count),HL
         XOR A
         LD (tape_next),A
 _next:  CALL tape_read
@@ -337,7 +342,7 @@ _text:  CALL tape_read
 _block: LD A,TAPE_SKIPS
         LD (tape_mode),A
         CALL tape_records_in
-        JR _next
+        JP _next
 tape_tell:
         CALL console_fresh
         CALL console_text
@@ -385,6 +390,7 @@ _entered:
         LD A,(LINE_TEXT)        ; what is left of the last line
         OR A
         CALL NZ,tape_enter
+        CALL tape_round
         JR _done
 _end:   LD A,(tape_kind)
         CP TAPE_PROGRAM
@@ -430,10 +436,11 @@ tape_verify:
 _line:  CALL tape_line
         JR C,_end
         CALL tape_wrapped
-        JR C,_end
+        PUSH AF
+        CALL C,tape_round
         LD HL,LINE_TEXT
         CALL line_number
-        JR C,_line
+        JR C,_none
         LD (TOKENS + 2),DE
         CALL crunch
         LD DE,(tape_bounds)
@@ -454,7 +461,8 @@ _byte:  LD A,(DE)
         LD HL,(tape_bounds)
         ADD HL,BC
         LD (tape_bounds),HL
-        JR _line
+_none:  POP AF
+        JR NC,_line
 _end:   LD DE,(tape_bounds)     ; nothing may be left
         CALL place_to_text
         LD A,(HL)
@@ -581,6 +589,8 @@ _other: POP HL
 _no:    OR A
         RET
 _first: LD (HL),B
+        LD DE,(tape_count)
+        LD (tape_turn),DE
         INC HL
         EX DE,HL
         LD HL,LINE_TEXT
@@ -588,6 +598,20 @@ _first: LD (HL),B
         LDIR
         OR A
         RET
+
+; The first line of a bare text was read a second time: on to the tape's beginning.
+tape_round:
+        LD HL,(tape_count)
+        LD DE,(tape_turn)
+        OR A
+        SBC HL,DE
+        SBC HL,DE               ; the length of the tape is the first difference
+_byte:  LD A,H
+        OR L
+        RET Z
+        CALL tape_read
+        DEC HL
+        JR _byte
 
 ; Records up to the end of the block, stored or passed over. DE = first address, HL behind the last, BC = start.
 ; Carry: damaged.
@@ -689,7 +713,7 @@ _next:  CALL tape_find
 _block: XOR A
         LD (tape_mode),A
         CALL tape_records_in
-        JR C,tape_damaged
+        JP C,tape_damaged
         PUSH BC
         CALL tape_close_out
         POP DE                  ; start
