@@ -272,7 +272,6 @@ _pushed:
 ; first line or record. Those passed over are named.
 tape_find:
         CALL tape_open_in
-        JP C,tape_stopped
         LD HL,0
         LD (tape_count),HL
         XOR A
@@ -675,7 +674,6 @@ _colon: CALL tape_read
 
 tape_read_block:
         CALL tape_open_in
-        JP C,tape_stopped
         XOR A
         LD (tape_next),A
         LD (tape_mode),A
