@@ -969,11 +969,11 @@ _numeric:
         CP FN_FIX
         JR C,_fac
         RET
-_fac:   CALL _handler
-        PUSH HL
-        PUSH DE
+_fac:   PUSH AF
         CALL value_to_fac
-        POP DE
+        POP AF
+        CALL _handler
+        PUSH HL
         LD HL,_back
         PUSH HL
         PUSH DE

@@ -68,8 +68,7 @@ string_room:
         POP AF
         PUSH AF
         CALL _take
-        LD E,ERR_STRINGS
-        JP C,error
+        JR C,_full
 _there: LD (heap_low),HL
         POP AF
         PUSH HL
@@ -83,6 +82,8 @@ _there: LD (heap_low),HL
         LD (HL),D
         POP HL
         RET
+_full:  LD E,ERR_STRINGS
+        JP error
 _take:  ADD A,OVERHEAD          ; HL = lower by so much, carry: there is no room
         LD C,A
         LD A,0

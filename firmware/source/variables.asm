@@ -536,11 +536,11 @@ _keep:  POP HL
         ADD HL,DE
         JR _next
 _tokens:
-        POP HL
         BIT 0,C
-        RET Z
         LD DE,token_type
-        JP tokens_walk
+        CALL NZ,tokens_walk
+        POP HL
+        RET
 
 ; For tokens_walk: HL at a token. A variable's token says whether its symbol is a string.
 token_type:
