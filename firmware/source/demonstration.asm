@@ -123,7 +123,7 @@ _glyph: CALL glyph_define
         LD (demo_row),HL
         LD A,I_WHITE
         LD (demo_ink),A
-        CALL demo_tune
+        CALL demo_melody
         CALL picture            ; drawn while one looks
 
 _frame: LD A,(frames)
@@ -151,6 +151,7 @@ _drain: CALL key_poll           ; STOP is a key as well
         LD (stop_flag),A
         LD A,CRTC_START
         OUT (CRTC_COMMAND),A    ; not reversed
+        CALL sound_stop
         CALL demo_planes
         CALL glyphs_restore
         XOR A
@@ -425,7 +426,7 @@ demo_second:
         RET
 demo_function:
         SUB DEMO_F1
-        JR Z,demo_tune
+        JP Z,demo_melody
         DEC A
         JR Z,_ink
         DEC A
@@ -459,10 +460,6 @@ _glyphs:
         XOR PCG_GLYPHS_ON
         LD (demo_glyphs),A
         OUT (PCG_SWITCH),A
-        RET
-
-; Two voices in the background.
-demo_tune:
         RET
 
 ; ---- Glyphs

@@ -123,6 +123,8 @@ tape_write:
         RET
 tape_stopped:
         CALL tape_close_out
+        LD HL,0                 ; the monitor is left as well
+        LD (monitor_stack),HL
         XOR A
         LD (stop_flag),A
         JP break_message

@@ -1,6 +1,7 @@
 ; The way from the interpreter to what stands in the expansion ROM besides graphics, and back.
 ;
 ;   do_mon do_demo   statements
+;   demo_melody     for DEMO: two voices, played in the background
 ;   upper_call      from the expansion ROM: calls IX in the main ROM at 6000h; all other registers reach it and come
 ;                   back from it
 ;   monitor_leave   from the monitor to its program: AF on the stack, then the address
@@ -19,6 +20,10 @@ monitor_trap:
         EI
         JP ready
         ELSE
+demo_melody:
+        LD HL,demo_notes
+        LD IX,do_play
+        CALL this_char
 upper_call:
         PUSH AF
         LD A,EXPANSION_OFF
@@ -31,6 +36,10 @@ upper_call:
         POP AF
         RET
 _there: JP (IX)
+
+demo_notes:
+        DEFB 022h,"T240L8O5CEG>C<BGEGA>C<FAGECEDFA>DC<AGB>C4<GE>C4.",022h
+        DEFB ",",022h,"T240L8O4CC<GG>CC<EEFFFF>CCCCDDDD<GGGG>C4CCC4.",022h,0
 
 monitor_leave:
         LD A,EXPANSION_OFF
