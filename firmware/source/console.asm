@@ -413,7 +413,14 @@ pair_add:
         JR Z,_function
         LD A,C
         AND CELL_FUNCTION
-        JR Z,_colour
+        JR NZ,_function
+        CALL pair_early
+        JR NC,_colour
+        LD A,L
+        XOR C
+        AND 0F0h
+        XOR C
+        LD C,A
 _function:
         LD A,L
         CALL pair_function
@@ -434,6 +441,42 @@ _colour:
         XOR C
 _whole: LD C,A
         POP HL
+        RET
+
+; Where both halves change, and a blank stands before: its colour is not seen, so the pair of the new colour, of
+; cell attribute L, goes there, and C is set. Keeps BC, DE, HL.
+pair_early:
+        LD A,79
+        SUB B
+        CCF
+        RET NC                  ; the first cell
+        PUSH HL
+        PUSH DE
+        LD E,A
+        CALL console_address
+        LD A,(HL)
+        CP " "
+        JR NZ,_no
+        LD HL,(pair_next)       ; no two pairs at one column
+        LD A,L
+        CP pair_buffer AND 0FFh
+        JR Z,_free
+        DEC HL
+        DEC HL
+        LD A,(HL)
+        CP E
+        JR Z,_no
+_free:  POP DE
+        POP HL
+        LD A,L
+        INC B
+        CALL pair_colour
+        DEC B
+        SCF
+        RET
+_no:    POP DE
+        POP HL
+        OR A
         RET
 
 ; Adds the pair of the colour, or of the function, of the cell attribute A at column 80 - B. Keep BC, DE, HL.

@@ -55,8 +55,11 @@ gfx_circle:
 ; ---- What the statements have in common
 
 ; The place at HL, perhaps with STEP: gfx_x, gfx_y and the last point; HL behind it, A = (HL).
-; A third number in the parentheses, a colour, is left for the caller, who sees a "," then.
 gfx_place:
+        CALL gfx_place_open
+        JR gfx_close
+; The same without the closing parenthesis: PSET may have a colour before it.
+gfx_place_open:
         LD DE,0
         PUSH DE
         PUSH DE
@@ -89,9 +92,7 @@ _absolute:
         LD (gfx_y),HL
         LD (gfx_last_y),HL
         POP HL
-        LD A,(HL)
-        CP ","
-        RET Z
+        JP this_char
 gfx_close:
         CALL expect
         DEFB ")"
@@ -140,14 +141,11 @@ do_pset:
         LD A,(gfx_default)
 gfx_dot_statement:
         LD (gfx_ink),A
-        CALL gfx_place
+        CALL gfx_place_open
         CP ","
-        JR NZ,_behind
-        CALL gfx_colour_kept    ; (x,y,c)
+        CALL Z,gfx_colour_kept  ; (x,y,c)
         CALL gfx_close
-        JR _draw
-_behind:
-        CALL gfx_colour_kept
+        CALL gfx_colour_kept    ; (x,y),c
 _draw:  PUSH HL
         CALL gfx_dot
         POP HL

@@ -341,14 +341,20 @@ keys_show:
         LD (cursor_row),HL
         LD B,0
 _field: PUSH BC
+        LD A,INK_WHITE          ; a blank on either side: of two changes at a column only one counts
+        LD (console_ink),A
+        LD A," "
+        CALL console_put
+        POP BC
+        PUSH BC
         LD A,(keys_base)
         ADD A,B
         CALL key_text
-        LD A,(screen_columns)   ; a fifth of the row: field and a blank
+        LD A,(screen_columns)   ; a fifth of the row
         CP 80
-        LD B,15
+        LD B,14
         JR Z,_wide
-        LD B,7
+        LD B,6
 _wide:  LD A,INK_WHITE + CELL_REVERSE
         LD (console_ink),A
 _char:  LD A,(HL)

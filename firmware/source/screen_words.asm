@@ -1,4 +1,4 @@
-; Statements of the screen and the keyboard, above 6000h.
+; Statements of the screen and the keyboard.
 ;
 ;   do_locate   LOCATE [x][,[y][,cursor]]
 ;   do_color    COLOR [text][,[function][,graphics]]; COLOR =(number,colour): palette
