@@ -95,9 +95,36 @@ error_place:
         LD HL,(error_line)
         CALL number_word
         CALL console_text
+        LD A,(error_number)
+        CP ERR_SYNTAX
+        JR NZ,_direct
+        LD (error_listed),A
 _direct:
         CALL console_newline
         JR ready
+
+; The line with the error, the cursor at its statement.
+error_list:
+        XOR A
+        LD (error_listed),A
+        LD HL,(statement_pointer)
+        LD (list_at),HL
+        LD HL,(line_pointer)
+        CALL list_line
+        LD HL,LINE_TEXT
+        CALL console_text
+        LD HL,(list_mark)
+        LD A,H
+        OR A
+        RET Z
+        EX DE,HL
+        OR A
+        SBC HL,DE
+        LD B,L
+_left:  LD A,CTRL_LEFT
+        CALL console_out
+        DJNZ _left
+        RET
 
 break_message:
         LD SP,STACK
@@ -114,6 +141,8 @@ break_message:
         LD L,A
 _number:
         LD (error_line),HL
+        XOR A
+        LD (error_number),A
         CALL console_fresh
         LD HL,text_break
         CALL console_text
@@ -124,6 +153,9 @@ ready:  LD SP,STACK
         LD HL,text_ok
         CALL console_text
         CALL console_newline
+        LD A,(error_listed)
+        OR A
+        CALL NZ,error_list
 direct_mode:
         LD SP,STACK
         CALL error_map

@@ -423,6 +423,8 @@ _counted:
         DEC B
         JR NC,_found_dollar
 _plain: CALL word_find
+        JR NC,_found
+        CALL crunch_go
         JP C,crunch_name
         JR _found
 _found_dollar:
@@ -482,6 +484,59 @@ _line_words:
         DEFB TOK_GOTO,TOK_GOSUB,TOK_THEN,TOK_ELSE,TOK_RESTORE,TOK_RUN,TOK_RESUME,TOK_LIST,TOK_DELETE,TOK_EDIT
         DEFB TOK_RETURN
 _line_words_end:
+
+; GO TO, GO SUB: NC, A = token, HL behind it. Carry: it is neither. HL, B, DE are kept then.
+crunch_go:
+        LD A,B
+        CP 2
+        SCF
+        RET NZ
+        PUSH BC
+        PUSH HL
+        LD HL,(name_start)
+        LD BC,_go
+        CALL _same
+        JR NZ,_neither
+        CALL skip_blanks
+        LD BC,_to
+        CALL _same
+        LD A,TOK_GOTO
+        JR Z,_is
+        LD BC,_sub
+        CALL _same
+        LD A,TOK_GOSUB
+        JR Z,_is
+_neither:
+        POP HL
+        POP BC
+        SCF
+        RET
+_is:    POP BC
+        POP BC
+        OR A
+        RET
+; Z: the text BC, ended by 0, is at HL, which moves behind it; else HL is kept.
+_same:  PUSH HL
+_letter:
+        LD A,(BC)
+        OR A
+        JR Z,_end
+        PUSH BC
+        LD C,A
+        LD A,(HL)
+        CALL upper
+        CP C
+        POP BC
+        INC HL
+        INC BC
+        JR Z,_letter
+        POP HL
+        RET
+_end:   POP BC
+        RET
+_go:    DEFB "GO",0
+_to:    DEFB "TO",0
+_sub:   DEFB "SUB",0
 
 ; The word of B characters at (name_start): NC, A = token, C = the function's when it is TOK_FUNCTION. Carry: it is
 ; none. HL, DE, B are kept.
