@@ -238,7 +238,7 @@ messages:
         DEFB "Type mismatch",0
         DEFB "Out of string space",0
         DEFB "String too long",0
-        DEFB "String formula too complex",0
+        DEFB "Formula too complex",0
         DEFB "Can't continue",0
         DEFB "Undefined user function",0
         DEFB "No RESUME",0
