@@ -11,7 +11,7 @@
 ;
 ; Both ways go over 64 bits, multiplied or divided by ten as often as it takes: DE HL, the highest word in DE, and
 ; DE' HL' below; bit 63 set; float_exponent. So the nine digits are right, ties away from zero, and what was printed
-; reads back as the nearest float.
+; reads back as the nearest float. Of a number of more than nine digits those from the tenth or eleventh on are rounded.
 
 number_power    EQU float_quotient      ; power of ten of the first digit
 number_flags    EQU number_digits       ; of number_parse:
