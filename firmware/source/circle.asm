@@ -66,7 +66,10 @@ _outer: LD (circle_d),HL
         OR A
         SBC HL,DE
         RET C
-        JR _step
+        LD A,(stop_flag)
+        OR A
+        RET NZ
+        JP _step
 
 ; Bits: 0 the two legs change places, 1 left, 2 below.
 circle_eighths:

@@ -443,13 +443,7 @@ _eighths:
 gfx_absolute:
         BIT 7,H
         RET Z
-        XOR A
-        SUB L
-        LD L,A
-        SBC A,A
-        SUB H
-        LD H,A
-        RET
+        JP gfx_negate
 
 ; At a comma: the ratio of the radii.
 gfx_flatness:
@@ -527,7 +521,7 @@ _even:  LD (circle_y),HL        ; the shorter leg; the longer one by the circle'
         EX DE,HL
 _legs:  PUSH DE
         BIT 1,C
-        CALL NZ,_negate
+        CALL NZ,gfx_negate
         CALL gfx_wide
         LD DE,(gfx_cx)
         ADD HL,DE
@@ -535,7 +529,7 @@ _legs:  PUSH DE
         POP HL
         POP BC
         BIT 2,C
-        CALL Z,_negate
+        CALL Z,gfx_negate
         CALL gfx_high
         LD DE,(gfx_cy)
         ADD HL,DE
@@ -545,14 +539,6 @@ _legs:  PUSH DE
         LD HL,(gfx_cy)
         LD (gfx_y),HL
         JP gfx_line
-_negate:
-        XOR A
-        SUB L
-        LD L,A
-        LD A,0
-        SBC A,H
-        LD H,A
-        RET
 _bits:  DEFB 0,1,3,2,6,7,5,4
 
 ; HL = the root of radius squared less circle_y squared.
@@ -619,3 +605,249 @@ _draw:  PUSH HL
         JP NC,this_char
         LD E,ERR_MEMORY
         JP error
+
+; ---- DRAW
+
+; Moves of a pen: U D L R up, down, left, right, E F G H aslant (up right, down right, down left, up left), each with
+; a number; Mx,y to a place, M+x,y or M-x,y by a way; B before it: without drawing, N: and back again; Cn colour;
+; Sn scale in quarters; An turned by n quarters of a circle. It starts at the last point.
+do_draw:
+        CALL eval_string
+        PUSH HL
+        LD (mml_text),DE
+        LD A,B
+        LD (mml_left),A
+        LD A,(gfx_default)
+        LD (gfx_ink),A
+draw_move:
+        XOR A
+        LD (draw_how),A
+draw_next:
+        CALL mml_char
+        JR NC,_command
+        POP HL
+        JP this_char
+_command:
+        LD HL,draw_how
+        CP "B"
+        JR NZ,_back
+        SET 0,(HL)
+        JR draw_next
+_back:  CP "N"
+        JR NZ,_colour
+        SET 1,(HL)
+        JR draw_next
+_colour:
+        CP "C"
+        JR NZ,_scale
+        CALL draw_number
+        LD A,E
+        CALL gfx_ink_set
+        JR draw_next
+_scale: CP "S"
+        JR NZ,_angle
+        CALL draw_number
+        LD A,E
+        LD (draw_scale),A
+        JR draw_next
+_angle: CP "A"
+        JR NZ,_to
+        CALL draw_number
+        LD A,E
+        CP 4
+        JR NC,draw_bad
+        LD (draw_angle),A
+        JR draw_next
+_to:    CP "M"
+        JR NZ,_way
+        CALL mml_char
+        JP C,draw_bad
+        PUSH AF
+        CALL mml_back
+        CALL draw_signed
+        CALL mml_char
+        CP ","
+        JR NZ,draw_bad
+        PUSH DE
+        CALL draw_signed
+        POP BC
+        POP AF
+        CP "+"
+        JR Z,draw_by
+        CP "-"
+        JR Z,draw_by
+        JR draw_to
+_way:   LD HL,draw_ways
+        LD B,8
+_look:  CP (HL)
+        INC HL
+        JR Z,draw_found
+        INC HL
+        DJNZ _look
+draw_bad:
+        JP illegal_call
+draw_ways:
+        DEFB "U",0Ch,"D",04h,"L",03h,"R",01h,"E",0Dh,"F",05h,"G",07h,"H",0Fh
+draw_found:
+        LD A,(HL)               ; two bits each: 1 with, 3 against the axis
+        PUSH AF
+        CALL draw_number
+        POP AF
+        LD B,D
+        LD C,E
+        PUSH AF
+        CALL draw_along         ; BC level
+        POP AF
+        RRA
+        RRA
+        PUSH BC
+        LD B,D
+        LD C,E
+        CALL draw_along
+        LD D,B
+        LD E,C
+        POP BC
+; BC to the right, DE down, scaled and turned.
+draw_by:
+        CALL draw_scaled
+        PUSH DE
+        LD D,B
+        LD E,C
+        CALL draw_scaled
+        LD B,D
+        LD C,E
+        POP DE
+        LD A,(draw_angle)
+        OR A
+        JR Z,_turned
+_turn:  PUSH AF                 ; x, y = y, -x
+        LD HL,0
+        OR A
+        SBC HL,BC
+        LD B,D
+        LD C,E
+        EX DE,HL
+        POP AF
+        DEC A
+        JR NZ,_turn
+_turned:
+        LD HL,(gfx_last_x)
+        ADD HL,BC
+        LD B,H
+        LD C,L
+        LD HL,(gfx_last_y)
+        ADD HL,DE
+        EX DE,HL
+; To BC, DE.
+draw_to:
+        LD HL,(gfx_last_x)
+        LD (gfx_x),HL
+        LD HL,(gfx_last_y)
+        LD (gfx_y),HL
+        LD (gfx_x2),BC
+        LD (gfx_y2),DE
+        LD A,(draw_how)
+        BIT 1,A
+        JR NZ,_stay
+        LD (gfx_last_x),BC
+        LD (gfx_last_y),DE
+_stay:  RRA
+        CALL NC,gfx_line
+        JP draw_move
+
+; BC times the low two bits of A: 0, 1, 3 for -1. Keeps AF, DE.
+draw_along:
+        BIT 0,A
+        JR NZ,_sign
+        LD BC,0
+_sign:  BIT 1,A
+        RET Z
+        LD HL,0
+        OR A
+        SBC HL,BC
+        LD B,H
+        LD C,L
+        RET
+; DE times the scale. Keeps BC.
+draw_scaled:
+        LD A,(draw_scale)
+        OR A
+        RET Z
+        PUSH BC
+        BIT 7,D
+        PUSH AF
+        EX DE,HL
+        CALL NZ,gfx_negate
+        EX DE,HL
+        LD B,A
+        LD HL,0
+_add:   ADD HL,DE
+        DJNZ _add
+        SRL H
+        RR L
+        SRL H
+        RR L
+        POP AF
+        CALL NZ,gfx_negate
+        EX DE,HL
+        POP BC
+        RET
+; DE = a number with a sign, perhaps.
+draw_signed:
+        CALL mml_char
+        JP C,draw_bad
+        CP "+"
+        JR Z,draw_needed
+        CP "-"
+        JR Z,_minus
+        CALL mml_back
+        JR draw_needed
+_minus: CALL draw_needed
+        EX DE,HL
+        CALL gfx_negate
+        EX DE,HL
+        RET
+draw_needed:
+        CALL draw_number
+        LD A,B
+        OR A
+        RET NZ
+        JP draw_bad
+; DE = the number at hand, 1 where there is none; B not 0: there was one.
+draw_number:
+        LD DE,0
+        LD B,E
+_digit: CALL mml_char
+        JR C,_end
+        SUB "0"
+        CP 10
+        JR NC,_back
+        LD B,1
+        LD H,D
+        LD L,E
+        ADD HL,HL
+        ADD HL,HL
+        ADD HL,DE
+        ADD HL,HL
+        LD E,A
+        LD D,0
+        ADD HL,DE
+        EX DE,HL
+        JR _digit
+_back:  CALL mml_back
+_end:   LD A,B
+        OR A
+        RET NZ
+        INC DE
+        RET
+; HL negative.
+gfx_negate:
+        PUSH AF
+        XOR A
+        SUB L
+        LD L,A
+        LD A,0
+        SBC A,H
+        LD H,A
+        POP AF
+        RET
