@@ -376,7 +376,9 @@ _on:    CALL demo_walk_at
         AND 1
         ADD A,A
         ADD A,CHAR_PCG
+        LD C,A
         CALL demo_put
+        LD A,C
         INC A
         JP demo_put
 demo_walk_at:

@@ -97,12 +97,20 @@ assemble:
         LD (dis_origin),DE
         LD A,1
         LD (dis_matching),A
+        LD HL,dis_code
+        LD (dis_next),HL
+        XOR A
+        LD (dis_index),A
+        LD HL,dis_defb
+        CALL dis_attempt
+        CALL NC,dis_at_end
+        JR NC,dis_length
         LD HL,dis_ways
 _way:   LD A,(HL)
         INC HL
-        INC A
-        JR Z,_defb
-        DEC A
+        CP 0FFh
+        CCF
+        RET Z
         LD (dis_index),A
         LD A,(HL)
         INC HL
@@ -155,17 +163,6 @@ _next_way:
         JR _way
 _found: POP HL
         JR dis_length
-
-_defb:  LD HL,dis_code          ; bytes, as many as an instruction has
-        LD (dis_next),HL
-        XOR A
-        LD (dis_index),A
-        LD HL,dis_defb
-        CALL dis_attempt
-        RET C
-        CALL dis_at_end
-        JR NC,dis_length
-        RET
 
 ; Carry unless the text ends here.
 dis_at_end:

@@ -54,31 +54,33 @@ _free:  CALL console_out
         CALL console_line
         JR C,_end
         CALL edit_star
+        JR Z,_end
         CALL edit_take_line
         JR C,_end
-        LD A,(TOKENS + 4)
-        OR A
-        JR Z,_end
         LD DE,(auto_step)
         LD HL,(TOKENS + 2)      ; the number may have been changed
         ADD HL,DE
         LD (auto_line),HL
         JR NC,_next
 _end:   JP ready
-; The star behind the number becomes a blank.
+; The star behind the number becomes a blank. Z: nothing else follows, and a line that is there stays.
 edit_star:
-        LD HL,LINE_TEXT
-_digit: LD A,(HL)
-        INC HL
+        LD HL,LINE_TEXT - 1
+_digit: INC HL
+        LD A,(HL)
         CP "0"
         JR C,_behind
         CP "9" + 1
         JR C,_digit
 _behind:
         CP "*"
-        RET NZ
-        DEC HL
+        JR NZ,_blank
         LD (HL)," "
+_blank: LD A,(HL)
+        INC HL
+        CP " "
+        JR Z,_blank
+        OR A
         RET
 
 ; The line in LINE_TEXT into the program. Carry: it has no number.

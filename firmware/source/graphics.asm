@@ -31,9 +31,15 @@ gfx_init:
         LD A,7
         LD (gfx_default),A
         LD A,FAR_INIT
-        JP far_call
+        JR gfx_if_there
 gfx_clear:
         LD A,FAR_CLEAR
+gfx_if_there:                   ; without the expansion ROM there is nothing to empty
+        PUSH HL
+        LD HL,far_found
+        BIT 0,(HL)
+        POP HL
+        RET Z
         JP far_call
 gfx_dot:
         LD A,FAR_PSET

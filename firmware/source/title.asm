@@ -15,7 +15,6 @@ title_show:
         OUT (LAYERS),A
         IF NBASIC
         ELSE
-        CALL far_init
         LD A,(far_found)
         OR A
         LD A,FAR_LOGO

@@ -1,43 +1,25 @@
-// The ROM set on the real machine: every screen, every kind of interrupt and sound, and typing.
+// The ROM set on the real machine: title, demonstration, help, monitor, tape and the commands on program
+// lines. The language itself has tests of its own.
 #include "machine/kiv_machine.h"
 #include "machine/machine_pass.h"
 #include "machine/rom_loader.h"
 #include "resources/resources.h"
 #include "tests/temporary_folder.h"
+#include "tools/kiv_run_listing.h"
 #include "tools/kiv_run_outputs.h"
+#include "tools/kiv_run_typing.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <regex>
 #include <sstream>
 #include <vector>
 
 namespace {
 
-// Virtual-key codes of keys that are no letters or digits; `shift` is added to a key.
-enum virtual_key : uint32_t {
-    vk_back = 0x08,
-    vk_return = 0x0D,
-    vk_shift = 0x10,
-    vk_convert = 0x1C,
-    vk_home = 0x24,
-    vk_left = 0x25,
-    vk_up = 0x26,
-    vk_right = 0x27,
-    vk_down = 0x28,
-    vk_delete = 0x2E,
-    vk_numpad7 = 0x67,
-    vk_add = 0x6B,
-    vk_f1 = 0x70,
-    vk_f3 = 0x72,
-    vk_f5 = 0x74,
-    vk_colon = 0xBA,
-    vk_minus = 0xBD,
-    vk_slash = 0xBF,
-    vk_yen = 0xDC,
-    vk_caret = 0xDE,
-    shift = 0x100,
-};
+enum virtual_key : uint32_t { vk_return = 0x0D, vk_shift = 0x10, vk_home = 0x24, vk_down = 0x28 };
 
 struct setup {
     bool zun = true; // the switch
@@ -51,7 +33,6 @@ class firmware : public testing::Test {
     static inline int beeps;                              // beginnings of a beep
     static inline bool beeping;
 
-    // Runs until the whole screen stands and the tune plays.
     static void power_on(const setup &s = {}) {
         register_program_resources();
         calendar_fix_time({2026, 11, 9, 23, 5, 47});
@@ -76,8 +57,13 @@ class firmware : public testing::Test {
         run(1);
         EXPECT_FALSE(beeping);
         tones.clear();
-        beeps = 0;
-        run(119);
+    }
+    // Powers on, types a text as kiv-run does and lets the machine finish.
+    static void session(const std::string &text, int frames = 60, const setup &s = {}) {
+        power_on(s);
+        run(29);
+        type(text);
+        run(frames);
     }
     void TearDown() override { calendar_use_host_time(); }
 
@@ -88,24 +74,46 @@ class firmware : public testing::Test {
             if (outcome == pass_outcome::frame) --frames;
         }
     }
-    static void type(const std::vector<uint32_t> &keys) {
-        for (const uint32_t key : keys) {
-            if (key & shift) key_press(vk_shift);
-            key_press(key & 0xFF);
-            run(2);
-            key_release(key & 0xFF);
-            key_release(vk_shift);
-            run(2);
+    static void type(const std::string &text) {
+        typist keys(text, 0);
+        for (uint64_t frame = 0; frame <= keys.end(); ++frame) {
+            keys.at_frame(frame);
+            run(1);
         }
     }
-
-    // A row of the typing area, without the spaces at its end.
-    static std::string typed(int row) {
+    static void press(uint32_t key, bool shifted = false) {
+        if (shifted) key_press(vk_shift);
+        key_press(key);
+        run(2);
+        key_release(key);
+        key_release(vk_shift);
+        run(2);
+    }
+    // Small letters, digits, blanks and line ends, as fast as the machine looks at its keys.
+    static void type_fast(const std::string &text) {
+        for (const char c : text) {
+            const uint32_t key = c == '\n' ? vk_return : static_cast<uint32_t>(std::toupper(c));
+            key_press(key);
+            run(1);
+            key_release(key);
+            run(1);
+        }
+    }
+    static std::vector<std::string> rows() {
+        std::vector<std::string> all;
         std::istringstream screen(text_screen());
-        std::string line;
-        for (row += 22; row >= 0; --row) std::getline(screen, line);
-        line = line.substr(5, line.rfind("│") - 5); // behind the frame and a space
-        return line.substr(0, line.find_last_not_of(' ') + 1);
+        for (std::string row; std::getline(screen, row);) all.push_back(row);
+        return all;
+    }
+    // What stands above the last prompt: the rows from the one that holds `from` on.
+    static std::string shown(const std::string &from) {
+        std::string text;
+        bool seen = false;
+        for (const std::string &row : rows()) {
+            if (seen && !row.empty()) text += row + "\n";
+            seen = seen || row.find(from) != std::string::npos;
+        }
+        return text;
     }
 
     // The colour code of a dot of the graphic planes: bit 0 blue, 1 red, 2 green.
@@ -119,11 +127,13 @@ class firmware : public testing::Test {
     // Compares text and attributes with tests/firmware/expected/NAME; KIV_WRITE_EXPECTED=1 writes the file.
     static void expect_screen(const std::string &name) {
         std::ostringstream screen;
-        screen << text_screen()
+        screen << std::regex_replace(text_screen(), std::regex("VRTC [0-9]{5}"), "VRTC #####")
                << "The attribute of each cell that differs from the one before it:" << std::hex;
         for (uint32_t row = 0; row < text_rows; ++row) { // rows hand attributes down
             machine.text_row_fetch(row);
             machine.text_row_decode(row);
+            if (row == machine.cursor_y) // it blinks
+                machine.cell_attr[machine.cursor_x] = machine.cell_attr[machine.cursor_x + 1];
             screen << "\nrow " << std::dec << row << ':';
             for (int column = 0; column < text_columns; ++column)
                 if (column == 0 || text_work.cell_attr[column] != text_work.cell_attr[column - 1])
@@ -136,67 +146,55 @@ class firmware : public testing::Test {
     }
 };
 
-// Text, attributes, date and time, and how many interrupts of each kind came in 120 frames.
-TEST_F(firmware, main_rom_shows_its_screen) {
-    power_on();
-    EXPECT_EQ(machine.screen_mode, 3u) << "80 columns, 25 rows";
-    EXPECT_EQ(machine.crtc_raster, 16) << "lines a row";
-    EXPECT_NE(machine.port31 & port31_graphics_on, 0);
-    for (int i = 0; i < 8; ++i) EXPECT_EQ(machine.palette[i], i) << "palette entry " << i;
-    expect_screen("zun.txt");
-
-    // Reset leaves planes, glyphs and tones as they were; the ROM comes up the same over them.
-    type({vk_f3, 'Q'});
-    EXPECT_EQ(machine.crtc_reverse, 1);
-    std::memset(machine.gvram, 0x5A, sizeof machine.gvram);
-    machine.font_work[8 * 0xB1] = uint8_t{0x55};
-    machine_restart_clock_counter();
-    machine.machine_reset(machine);
-    z80_reset(main_cpu);
-    run(120);
-    EXPECT_EQ(dot(0, 199), 0);
-    EXPECT_EQ(machine.font_work[8 * 0xB1], machine.font_rom[8 * 0xB1]);
-    expect_screen("zun.txt");
+// Nothing half-written is ever seen: each picture on the way is empty or the whole title.
+TEST_F(firmware, title_stands_within_half_a_second_and_without_a_flash) {
+    const struct {
+        setup machine;
+        const char *expected;
+    } cases[] = {{{}, "title.txt"},
+                 {{.standard_monitor = true}, "title.txt"},
+                 {{.expansion = false}, "title-no-expansion.txt"},
+                 {{.zun = false}, "title-nbasic.txt"}};
+    for (const auto &c : cases) {
+        power_on(c.machine);
+        EXPECT_EQ(machine.crtc_raster, c.machine.standard_monitor ? 8 : 16);
+        std::vector<std::string> pictures;
+        for (int frame = 0; frame < 27; ++frame, run(1)) {
+            const std::string text = text_screen();
+            if (text.find_first_not_of('\n') == std::string::npos) continue;
+            if (pictures.empty() || pictures.back() != text) pictures.push_back(text);
+        }
+        EXPECT_EQ(pictures.size(), 1u) << c.expected;
+        expect_screen(c.expected);
+    }
 }
 
-TEST_F(firmware, standard_monitor_takes_rows_of_eight_lines) {
-    power_on({.standard_monitor = true});
-    EXPECT_EQ(machine.crtc_raster, 8);
-    EXPECT_NE(text_screen().find("15 kHz monitor"), std::string::npos);
-}
-
-TEST_F(firmware, switch_chooses_nbasic) {
-    power_on({.zun = false});
-    EXPECT_NE(machine.port31 & port31_nbasic, 0);
-    type({'N', shift | 'B'});
-    expect_screen("nbasic.txt");
-}
-
-TEST_F(firmware, expansion_rom_draws_and_its_absence_is_told) {
+TEST_F(firmware, demonstration_shows_all_and_leaves_the_program) {
+    session("10 REM kept\nPSET(5,199)\nDEMO\n", 150);
+    while (text_screen().find("blink") == std::string::npos) run(1); // the phase of blinking
+    expect_screen("demo.txt");
     const struct {
         int x, y, colour;
         const char *what;
     } dots[] = {
-        {472, 60, 6, "sun"},          {472, 90, 7, "horizon"},    {320, 90, 7, "its first dot"},
-        {623, 90, 7, "its last dot"}, {319, 90, 0, "left of it"}, {624, 90, 0, "right of it"},
-        {472, 119, 3, "plain"},       {330, 80, 0, "mountain"},   {400, 49, 0, "night"},
+        {472, 60, 6, "sun"},
+        {472, 90, 7, "horizon"},
+        {320, 90, 7, "its first dot"},
+        {623, 90, 7, "its last dot"},
+        {319, 90, 0, "left of it"},
+        {624, 90, 0, "right of it"},
+        {472, 119, 3, "plain"},
+        {330, 80, 0, "mountain"},
+        {400, 49, 0, "night"},
+        {5, 199, 0, "what was there"},
+        {5, 37, 3, "edge below the title"},
     };
-    power_on();
     for (const auto &d : dots) EXPECT_EQ(dot(d.x, d.y), d.colour) << d.what;
-
-    power_on({.expansion = false});
-    for (int i = 0; i < 72 * 304; ++i) ASSERT_EQ(dot(320 + i % 304, 48 + i / 304), 0);
-    EXPECT_NE(text_screen().find("No expansion ROM, no picture"), std::string::npos);
-    for (const auto &[frequency, channel] : tones) EXPECT_EQ(frequency, 0) << "there is no tune to play";
-    type({vk_f5, 'A'});
-    EXPECT_EQ(typed(0), "a") << "F5 does nothing";
-}
-
-TEST_F(firmware, figure_walks_in_glyphs_of_its_own) {
-    power_on();
+    EXPECT_NE(std::count(tones.begin(), tones.end(), std::pair(523, 0)), 0) << "the tune, C5";
+    EXPECT_NE(std::count(tones.begin(), tones.end(), std::pair(262, 1)), 0) << "the other voice, C4";
     EXPECT_EQ(machine.pcg_glyphs_on, 1);
     EXPECT_NE(machine.font_work[8 * 0xF8 + 3], 0);
-    EXPECT_TRUE(std::equal(machine.font_rom + 0x400, machine.font_rom + 8 * 0xF8, machine.font_work + 0x400));
+
     const uint8_t *const row = machine.ram + machine.text_start + 19 * text_row_bytes, *before = nullptr;
     for (int step = 0; step < 100; ++step) { // to the edge and back
         run(8);
@@ -206,81 +204,124 @@ TEST_F(firmware, figure_walks_in_glyphs_of_its_own) {
         EXPECT_TRUE(before == nullptr || figure == before + 1 || figure == before - 1) << "step " << step;
         before = figure;
     }
-    EXPECT_EQ(row[39], 0x96) << "the frame is whole";
-    EXPECT_EQ(row[78], 0x96);
-}
+    type("ab\\f3");
+    EXPECT_EQ(rows()[22].substr(0, 7), " │ ab");
+    EXPECT_EQ(machine.crtc_reverse, 1);
 
-TEST_F(firmware, tune_and_beeps_sound_and_end) {
-    power_on();
-    EXPECT_EQ(beeps, 1) << "at the start";
-    EXPECT_FALSE(beeping);
-    run(360);
-    ASSERT_GE(tones.size(), 3u);
-    for (size_t i = tones.size() - 3; i < tones.size(); ++i) EXPECT_EQ(tones[i].first, 0) << "the end";
+    type("\\b");
+    run(30);
+    EXPECT_EQ(machine.crtc_reverse, 0);
+    EXPECT_EQ(machine.pcg_glyphs_on, 0);
+    EXPECT_EQ(dot(472, 60), 0);
+    EXPECT_EQ(machine.font_work[8 * 0xF8 + 3], machine.font_rom[8 * 0xF8 + 3]);
     tones.clear();
+    type("LIST\n\\f1");
     run(60);
-    EXPECT_TRUE(tones.empty()) << "nothing more to play";
-    type({vk_f1});
-    run(30);
-    const auto first = [](int frequency) {
-        return std::find(tones.begin(), tones.end(), std::pair(frequency, 0)) - tones.begin();
-    };
-    EXPECT_LT(first(523), first(0)) << "F1 plays it again, from C5";
-    EXPECT_LT(first(0), first(659)) << "silence before E5";
-    EXPECT_NE(std::count(tones.begin(), tones.end(), std::pair(262, 1)), 0) << "the other voice";
-    type({vk_left});
-    EXPECT_EQ(beeps, 2) << "nothing lies left of the first column";
-    run(10);
-    EXPECT_FALSE(beeping);
+    EXPECT_EQ(shown("LIST").substr(0, 11), "10 REM kept");
+    EXPECT_TRUE(tones.empty()) << "the tune has ended";
 }
 
-TEST_F(firmware, typed_keys_echo) {
+// What is typed, from which row on the screen is looked at, and what stands there.
+TEST_F(firmware, sessions) {
     const struct {
-        const char *what;
-        std::vector<uint32_t> keys;
-        const char *line_1, *line_2;
-        int cursor_row, cursor_column; // within the area
+        const char *what, *typed, *from, *expected;
+        setup machine = {};
     } cases[] = {
-        {"letters and digits",
-         {shift | 'K', 'I', 'V', '1', shift | '1', shift | '2', '0'},
-         "Kiv1!\"0",
-         "",
-         0,
-         7},
-        {"marks", {vk_minus, vk_colon, vk_yen, vk_caret}, "-:¥^", "", 0, 4},
-        {"their shifts",
-         {shift | vk_minus, shift | vk_colon, shift | vk_yen, shift | vk_slash},
-         "=*|?",
-         "",
-         0,
-         4},
-        {"ten-key", {vk_numpad7, vk_add}, "7+", "", 0, 2},
-        {"return and scroll", {'A', vk_return, 'B', vk_return, 'C'}, "b", "c", 1, 1},
-        {"delete", {vk_delete, 'A', 'B', 'C', vk_left, vk_delete}, "ac", "", 0, 1},
-        {"insert", {'A', 'C', vk_left, shift | vk_delete, 'B'}, "abc", "", 0, 2},
-        {"cursor keys", {'A', vk_down, 'B', vk_up, vk_left, 'C', vk_right, 'D'}, "ac d", " b", 0, 4},
-        {"home clears", {'A', vk_return, 'B', vk_home, 'C'}, "c", "", 0, 1},
-        {"kana", {vk_convert, 'T', shift | 'Z', shift | '3', vk_convert, 'A'}, "ｶｯｧa", "", 0, 4},
-        {"stop is no text", {'A', vk_back, 'B'}, "ab", "", 0, 2},
+        {"HELP for a word", "HELP line\n", "HELP line",
+         "LINE INPUT [\"text\";]a$\nLINE [(x,y)]-(x,y)[,colour][,B|BF]\nOk\n"},
+        {"HELP for a function", "help Left$\n", "help", "LEFT$(a$,n)\nOk\n"},
+        {"HELP for nothing known", "HELP xyz\n", "HELP xyz", "No such word. HELP alone lists them.\nOk\n"},
+        {"no expansion ROM", "DEMO\n", "DEMO\n", "", {.expansion = false}},
+        {"AUTO", "AUTO 100,5\nCLS\nEND\n\nLIST\n", "LIST", "100 CLS\n105 END\nOk\n"},
+        {"AUTO keeps what is there", "20 CLS\nAUTO\nEND\n\nLIST\n", "LIST", "10 END\n20 CLS\nOk\n"},
+        {"DELETE", "1 CLS\n2 CLS\n3 CLS\n4 CLS\nDELETE 2-3\nLIST\n", "LIST", "1 CLS\n4 CLS\nOk\n"},
+        {"DELETE up to", "1 CLS\n2 CLS\n3 CLS\nDELETE -2\nLIST\n", "LIST", "3 CLS\nOk\n"},
+        {"DELETE of nothing", "1 CLS\nDELETE 2\n", "DELETE", "Undefined line number\nOk\n"},
+        {"EDIT", "10 CLS\nEDIT 10\nEND:\nLIST\n", "LIST", "10 END:\nOk\n"},
+        {"RENUM", "5 GOTO 7\n7 ON X GOSUB 5,9,7\n9 IF X THEN 5 ELSE 7\nRENUM\nLIST\n", "LIST",
+         "10 GOTO 20\n20 ON X GOSUB 10,30,20\n30 IF X THEN 10 ELSE 20\nOk\n"},
+        {"RENUM of the rest", "1 GOTO 3\n2 REM\n3 GOTO 1\nRENUM 100,2,50\nLIST\n", "LIST",
+         "1 GOTO 150\n100 REM\n150 GOTO 1\nOk\n"},
+        {"RENUM after a run", "1 GOTO 3\n2 REM\n3 PRINT 7\nRUN\nRENUM 100\nRUN\n", "RENUM",
+         "Ok\nRUN\n 7\nOk\n"},
+        {"RENUM tells what is missing", "1 GOTO 3\nRENUM\n", "RENUM", "Undefined line 3 in 1\nOk\n"},
+        {"RENUM out of order", "1 REM\n9 REM\nRENUM 1,9\n", "RENUM", "Illegal function call\nOk\n"},
+        {"RENUM too high", "1 REM\n9 REM\nRENUM 65529\n", "RENUM", "Illegal function call\nOk\n"},
+        {"dump, changed on the screen",
+         "MON\n:9000 1 \"AB\"\nD 9000 900f\n\\u\\r\\r\\r\\r\\r7f\n\nD 9000 9000\n",
+         "*D 9000 9000",
+         ":9000 7F 41 42",
+         {}},
+        {"fill, move down, move up, search",
+         "MON\nF 9000 9020 0\nF 9000 9004 1 2\nM 9000 9004 9002\nM 9002 9006 9001\nS 9000 9020 1 2 1\nD 9000 "
+         "9000\n",
+         "*S", "9001 9003\n"},
+        {"one line of the assembler, and what it does",
+         "MON\nA 9000\nld a,12\nadd a,34\nret\n\nG 9000\n",
+         "*G",
+         "Returned\nPC=",
+         {}},
+        {"a breakpoint", "MON\n:9000 3E 12 3C C9\nB 9002\nG 9000\n\\pX A\nX AF 4500\nG\n", "*X AF",
+         "*G\nReturned\nPC="},
+        {"the breakpoint is gone from memory", "MON\n:9000 3E 12 3C C9\nB 9002\nG 9000\n\\pL 9002 9002\n",
+         "*L", ".9002 INC A           ;3C\n"},
+        {"RST 38 in a program of one's own", "POKE &H9000,255\nDEF USR=&H9000\nA=USR(0)\n\\pQ\nPRINT 5\n",
+         "*Q", "Ok\nPRINT 5\n 5\nOk\n"},
+        {"nonsense", "MON\nfoo\nA 9000\nld b,hl\n", ".9000", "What? Type ? for the commands.\n"},
     };
-    power_on();
     for (const auto &c : cases) {
-        type({vk_home});
-        type(c.keys);
-        EXPECT_EQ(typed(0), c.line_1) << c.what;
-        EXPECT_EQ(typed(1), c.line_2) << c.what;
-        EXPECT_EQ(machine.cursor_y, 22 + c.cursor_row) << c.what;
-        EXPECT_EQ(machine.cursor_x, 3 + c.cursor_column) << c.what;
+        session(c.typed, 90, c.machine);
+        EXPECT_EQ(shown(c.from).substr(0, std::strlen(c.expected)), c.expected) << c.what << "\n"
+                                                                                << text_screen();
     }
-    type({vk_home});
-    for (uint32_t i = 0; i < 2 * 74 + 3; ++i) type({'0' + i % 10});
-    EXPECT_EQ(typed(0).substr(0, 4) + typed(1), "4567890") << "full lines scroll";
-    type({vk_home});
-    key_press('X');
-    run(24 + 9 + 2);
-    key_release('X');
-    run(30);
-    EXPECT_EQ(typed(0), "xxxxx") << "a held key repeats";
+}
+
+// A disassembly on the screen is taken back by the assembler, a RETURN a line, and gives the same bytes: all
+// opcodes, each with operands that show their order and sign.
+TEST_F(firmware, assembler_takes_what_the_disassembler_writes) {
+    std::vector<uint8_t> code;
+    const std::vector<std::vector<uint8_t>> prefixes = {
+        {}, {0xCB}, {0xED}, {0xDD}, {0xFD}, {0xDD, 0xCB, 5}, {0xFD, 0xCB, 0xF0}};
+    for (const auto &prefix : prefixes)
+        for (int opcode = 0; opcode < 256; ++opcode) {
+            if (prefix.empty() && (opcode == 0xCB || opcode == 0xED || opcode == 0xDD || opcode == 0xFD))
+                continue;
+            if (prefix == prefixes[2] && (opcode == 0x63 || opcode == 0x6B)) continue;     // LD (nn),HL twice
+            if (!prefix.empty() && prefix[0] == 0xFD && (opcode & 0x30) != 0x30) continue; // as with DD
+            code.insert(code.end(), prefix.begin(), prefix.end());
+            code.push_back(static_cast<uint8_t>(opcode));
+            if (prefix.size() == 3 || prefix == prefixes[1]) continue;
+            code.insert(code.end(), {0x85, 0x47});
+        }
+    session("MON\n");
+    uint16_t at = 0x9000;
+    const uint16_t end = static_cast<uint16_t>(at + code.size());
+    std::copy(code.begin(), code.end(), machine.ram + at);
+    while (at < end) {
+        char command[16];
+        std::snprintf(command, sizeof command, "l %04x\n", at);
+        press(vk_home, true); // clears
+        type_fast(command);
+        run(40);
+        const std::vector<std::string> listed = rows();
+        unsigned last = 0, first = 0;
+        ASSERT_EQ(std::sscanf(listed.at(1).c_str(), ".%x", &first), 1);
+        ASSERT_EQ(std::sscanf(listed.at(16).c_str(), ".%x", &last), 1);
+        ASSERT_EQ(first, at);
+        const std::string bytes = listed[16].substr(listed[16].find(';') + 1);
+        const auto next = static_cast<uint16_t>(last + bytes.size() / 2);
+        const std::vector<uint8_t> before(machine.ram + at, machine.ram + next);
+        std::fill(machine.ram + at, machine.ram + next, uint8_t{});
+        press(vk_home);
+        press(vk_down);
+        for (int row = 1; row <= 16; ++row) {
+            press(vk_return);
+            for (int wait = 0; wait < 300 && !(machine.cursor_y == row + 1 && machine.cursor_x == 6); ++wait)
+                run(1);
+        }
+        EXPECT_EQ(std::vector<uint8_t>(machine.ram + at, machine.ram + next), before) << text_screen();
+        at = next;
+    }
 }
 
 } // namespace
