@@ -1,0 +1,11 @@
+// A short run of the same lines every time; tests/fuzz/run makes long ones.
+#include "tests/fuzz/basic/basic_fuzz.h"
+
+#include <gtest/gtest.h>
+
+TEST(BasicFuzz, RandomLinesAlwaysComeBackToOk) {
+    const basic_fuzz_result result = fuzz_basic(2000, 1);
+    EXPECT_EQ(result.lines, 2000u);
+    EXPECT_GT(result.tapes, 50u);
+    for (const basic_fault &fault : result.faults) ADD_FAILURE() << fault.what << '\n' << fault.lines;
+}
