@@ -457,6 +457,9 @@ float_mul:
         LD (float_sign),A
         SET 7,(HL)
         SET 7,B
+        LD A,E
+        OR A
+        CALL Z,_exchange        ; rows of 0 cost nothing
         CALL multiply_mantissas
         BIT 7,B
         JR Z,_short
@@ -474,6 +477,18 @@ _short: ADD A,A                 ; below a half: one bit to the left
         RL C
         RL B
         JR _rounded
+_exchange:
+        LD HL,(FAC + 1)
+        LD A,L
+        OR A
+        RET Z
+        LD (FAC + 1),DE
+        EX DE,HL
+        LD HL,(FAC + 3)
+        LD (FAC + 3),BC
+        LD B,H
+        LD C,L
+        RET
 
 ; BCDE * the mantissa at FAC + 1 (with its leading 1) -> BCDE and guard bits in A. The first of the four rows leaves
 ; out what is below 1/100 of the last bit; of a product of 33 bits nothing is lost.
