@@ -383,7 +383,9 @@ _overflow:
 _pad:   JR Z,_number
         LD B,A
         CALL using_filler
-_fill:  CALL console_out
+        LD C,A
+_fill:  LD A,C
+        CALL console_out
         DJNZ _fill
 _number:
         CALL using_lead

@@ -50,6 +50,7 @@ struct rom_routines {
                 output += static_cast<char>(cpu.AF >> 8);
                 cpu.PC = static_cast<uint16_t>(memory[cpu.SP] | memory[cpu.SP + 1] << 8);
                 cpu.SP += 2;
+                cpu.AF = 0xE0FF; // it keeps BC, DE and HL only
             } else if (cpu.z80_step(cpu) || steps > 200000) {
                 throw std::runtime_error(name + " does not return");
             }
