@@ -134,8 +134,40 @@ _fits:  LD D,L
         CP 80
         JR Z,_wide
         SLA E
-_wide:  CALL console_address
+_wide:  LD HL,row_attributes
+        LD A,L
+        ADD A,D
+        LD L,A
+        LD A,(console_ink)
+        CP (HL)
+        JR NZ,_mixed
+        CALL console_address    ; all the row has this attribute
         LD (HL),C
+        RET
+_mixed: CALL row_flush_other
+        CALL retrace_over       ; character and attribute show in the same picture
+        CALL console_address
+        LD (HL),C
+        CALL console_paint
+        EI
+        RET
+
+; Interrupts off, and the retrace, in which the picture is taken over, not going on. Keeps all but AF.
+retrace_over:
+        DI
+        IN A,(STATUS)
+        AND STATUS_VRTC
+        RET Z
+        EI
+        JR retrace_over
+
+; One row at a time waits for the retrace: makes the pairs of another than row D. Keeps all but AF.
+row_flush_other:
+        LD A,(dirty_row)
+        CP D
+        RET Z
+        JP row_flush
+
 ; The cell at row D, column E of 80 takes the attribute console_ink.
 console_paint:
         LD HL,row_attributes
@@ -148,12 +180,8 @@ console_paint:
 ; The same with the attribute A, HL at the row's entry in row_attributes.
 cell_paint:
         LD C,A
-        LD A,(dirty_row)        ; one row at a time waits for the retrace
-        CP D
-        JR Z,_mine
-        INC A
-        CALL NZ,row_flush
-_mine:  CALL cells_open
+        CALL row_flush_other
+        CALL cells_open
         PUSH HL
         LD HL,row_attributes
         LD A,L
@@ -253,8 +281,17 @@ _page:  LD A,(HL)
 
 ; ---- Attribute pairs
 
-; Makes the pairs of the row that waits, if one does. Keeps BC, DE, HL.
+; Makes the pairs of the row that waits, if one does, between two retraces. Keeps BC, DE, HL.
 row_flush:
+        LD A,(dirty_row)
+        CP 0FFh
+        RET Z
+        CALL retrace_over
+        CALL row_flush_now
+        EI
+        RET
+; The same in the retrace.
+row_flush_now:
         LD A,(dirty_row)
         CP 0FFh
         RET Z
@@ -263,25 +300,29 @@ row_flush:
         PUSH BC
         LD D,A
         LD A,0FFh
-        LD (dirty_row),A        ; the retrace must not begin it a second time
-        CALL row_encode
+        LD (dirty_row),A
+        CALL row_pairs
         POP BC
         POP DE
         POP HL
         RET
 
-; Makes the pairs of row D from its attributes, and those of the next row when what flows into it changes.
-; The pairs go in from the last to the first, so that a picture drawn meanwhile has no colour that neither the
-; old nor the new row has. Uses AF, BC, DE, HL; keeps D.
+; Makes the pairs of row D between two retraces. Keeps D.
 row_encode:
-        LD HL,pair_buffer
+        CALL retrace_over
+        CALL row_pairs
+        EI
+        RET
+
+; Makes the pairs of row D from its attributes, and those of the next row when what flows into it changes. With
+; interrupts off; done before the picture is taken over. Uses AF, BC, DE, HL; keeps D.
+row_pairs:
+        LD E,80
+        CALL console_address
         LD (pair_next),HL
-        LD B,20
-_clear: LD (HL),80              ; no change in this row
-        INC HL
-        LD (HL),0
-        INC HL
-        DJNZ _clear
+        LD A,L
+        ADD A,40
+        LD (pair_limit),A
         LD HL,row_out           ; what flows in
         LD A,D
         DEC A
@@ -291,6 +332,7 @@ _before:
         ADD A,L
         LD L,A
         LD C,(HL)
+        CALL pair_mask
         LD HL,row_attributes
         LD A,L
         ADD A,D
@@ -299,17 +341,19 @@ _before:
         CP ROW_MIXED
         JR NZ,_uniform
 
-        IF NBASIC
         CALL cells_row
+        IF NBASIC
         ELSE
-        CALL cells_row          ; the retrace may come here while another part uses the window
-        IN A,(WINDOW_PAGE)
+        IN A,(WINDOW_PAGE)      ; the retrace may come here while another part uses the window
         PUSH AF
         LD A,H
         OUT (WINDOW_PAGE),A
-        LD H,080h
+        LD H,WINDOW / 256
         ENDIF
-        CALL pair_mask
+        LD A,L
+        LD (pair_cells),A
+        BIT 7,E
+        JR Z,_mono
         LD A,(HL)               ; the first cell names its colour even when it is that of the row above
         XOR C
         AND CELL_FUNCTION
@@ -320,29 +364,60 @@ _before:
         AND 0F0h
         XOR C
         LD C,A
-_first: LD B,80
+_first: LD A,C
+        LD B,10
+_eight: CP (HL)
+        CALL NZ,pair_add
+        INC HL
+        CP (HL)
+        CALL NZ,pair_add
+        INC HL
+        CP (HL)
+        CALL NZ,pair_add
+        INC HL
+        CP (HL)
+        CALL NZ,pair_add
+        INC HL
+        CP (HL)
+        CALL NZ,pair_add
+        INC HL
+        CP (HL)
+        CALL NZ,pair_add
+        INC HL
+        CP (HL)
+        CALL NZ,pair_add
+        INC HL
+        CP (HL)
+        CALL NZ,pair_add
+        INC HL
+        DJNZ _eight
+        LD C,A
+        JR _mixed
+_mono:  LD B,0                  ; column
 _cell:  LD A,(HL)
         AND E
         CP C
-        CALL NZ,pair_add
+        LD C,A
+        CALL NZ,pair_function
         INC HL
-        DJNZ _cell
+        INC B
+        LD A,B
+        CP 80
+        JR NZ,_cell
+_mixed: ; and
         IF NBASIC
         ELSE
         POP AF
         OUT (WINDOW_PAGE),A
         ENDIF
-        JR _write
+        JR _rest
 
 _uniform:
-        LD L,A
-        CALL pair_mask
-        LD A,L
         AND E
         LD L,A
         XOR C
         LD C,L
-        LD B,80
+        LD B,0
         BIT 7,E
         JR Z,_function          ; monochrome
         AND CELL_FUNCTION
@@ -350,23 +425,24 @@ _uniform:
 _function:
         LD A,L
         CALL pair_function
-        DEC B
+        INC B
         BIT 7,E
-        JR Z,_write
+        JR Z,_rest
 _colour:
         LD A,L
         CALL pair_colour
-_write: PUSH DE
-        PUSH BC
-        LD E,80 + 39
-        CALL console_address
-        EX DE,HL
-        LD HL,pair_buffer_end - 1
-        LD BC,40
-        LDDR
-        POP BC
-        POP DE
-        LD HL,row_out
+_rest:  LD HL,(pair_next)
+        LD A,(pair_limit)
+        LD B,A
+_next:  LD A,L
+        CP B
+        JR Z,_full
+        LD (HL),80              ; no more changes
+        INC HL
+        LD (HL),0
+        INC HL
+        JR _next
+_full:  LD HL,row_out
         LD A,L
         ADD A,D
         LD L,A
@@ -380,7 +456,7 @@ _write: PUSH DE
         RET Z
         PUSH DE
         INC D
-        CALL row_encode
+        CALL row_pairs
         POP DE
         RET
 
@@ -396,14 +472,20 @@ pair_mask:
         LD C,A
         RET
 
-; The cell at column 80 - B wants the attribute A, where C holds: one pair, C becomes what holds then. Of two
+; The cell at HL wants another attribute than A, which holds there: one pair; A becomes what holds then. Of two
 ; pairs at one column the second would be lost, so when both halves change, one follows a column later: colour
-; first, except where a function ends, for a space that is still reversed would be seen. Keeps B, DE, HL.
+; first, except where a function ends, for a space that is still reversed would be seen. Keeps BC, DE, HL.
 pair_add:
+        PUSH BC
         PUSH HL
-        LD L,A
-        BIT 7,E
-        JR Z,_function          ; monochrome: no colours
+        LD C,A
+        LD A,(pair_cells)
+        LD B,A
+        LD A,L
+        SUB B
+        LD B,A                  ; column
+        LD L,(HL)
+        LD A,L
         XOR C
         LD H,A
         AND CELL_FUNCTION
@@ -424,13 +506,9 @@ pair_add:
 _function:
         LD A,L
         CALL pair_function
-        LD A,E
-        RLCA
         LD A,L
-        JR NC,_whole
         XOR C
         AND CELL_FUNCTION
-        XOR C
         JR _whole
 _colour:
         LD A,L
@@ -438,40 +516,37 @@ _colour:
         LD A,L
         XOR C
         AND 0F0h
-        XOR C
-_whole: LD C,A
+_whole: XOR C
         POP HL
+        POP BC
         RET
 
 ; Where both halves change, and a blank stands before: its colour is not seen, so the pair of the new colour, of
 ; cell attribute L, goes there, and C is set. Keeps BC, DE, HL.
 pair_early:
-        LD A,79
-        SUB B
-        CCF
-        RET NC                  ; the first cell
+        LD A,B
+        OR A
+        RET Z                   ; the first cell
         PUSH HL
         PUSH DE
+        DEC A
         LD E,A
         CALL console_address
         LD A,(HL)
         CP " "
         JR NZ,_no
-        LD HL,(pair_next)       ; no two pairs at one column
-        LD A,L
-        CP pair_buffer AND 0FFh
-        JR Z,_free
+        LD HL,(pair_next)       ; no two pairs at one column; before the first one stands a character
         DEC HL
         DEC HL
         LD A,(HL)
         CP E
         JR Z,_no
-_free:  POP DE
+        POP DE
         POP HL
         LD A,L
-        INC B
-        CALL pair_colour
         DEC B
+        CALL pair_colour
+        INC B
         SCF
         RET
 _no:    POP DE
@@ -479,7 +554,7 @@ _no:    POP DE
         OR A
         RET
 
-; Adds the pair of the colour, or of the function, of the cell attribute A at column 80 - B. Keep BC, DE, HL.
+; Adds the pair of the colour, or of the function, of the cell attribute A at column B. Keep BC, DE, HL.
 pair_colour:
         AND 0F0h
         OR 008h
@@ -500,21 +575,20 @@ _colours:
         POP BC
 pair_store:
         PUSH HL
-        PUSH DE
-        LD E,A
-        LD HL,(pair_next)
-        LD A,L
-        CP pair_buffer_end AND 0FFh
+        LD H,A
+        LD A,(pair_next)
+        LD L,A
+        LD A,(pair_limit)
+        CP L
         JR Z,_full              ; more changes than the controller takes: the row keeps the last
-        LD A,80
-        SUB B
+        LD A,H
+        LD HL,(pair_next)
+        LD (HL),B
+        INC HL
         LD (HL),A
         INC HL
-        LD (HL),E
-        INC HL
         LD (pair_next),HL
-_full:  POP DE
-        POP HL
+_full:  POP HL
         RET
 
 ; ---- The cursor
@@ -750,8 +824,13 @@ _clear: CALL row_clear
         POP DE
         RET
 
-; Copies row E over row D. Keeps DE.
+; Copies row E over row D, between two retraces, so that its characters never show in other colours. Keeps DE.
 row_copy:
+        CALL retrace_over
+        CALL row_move
+        EI
+        RET
+row_move:
         PUSH DE
         LD C,E
         LD E,0

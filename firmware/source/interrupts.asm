@@ -57,7 +57,7 @@ interrupt_vrtc:
         JR Z,_clean
         IN A,(SELECT_BLUE)      ; text is out of reach while a plane is in its place
         AND 7
-        CALL Z,row_flush
+        CALL Z,row_flush_now
 _clean: CALL cursor_follow
         CALL keyboard_scan
 interrupt_end:
