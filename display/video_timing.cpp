@@ -57,6 +57,7 @@ uint32_t end_line() {
     machine.line_clock = 0;
     machine.vrtc = 1;
     machine.blink_tick();
+    keyboard_retrace();
     machine.dma_stall = 0;
     return timing_vblank_begins;
 }

@@ -18,9 +18,9 @@ struct interrupt_block {
     uint16_t interrupt_pending; // bit n: level n
     void (*interrupt_init)();
     void (*interrupt_reset)();
-    void (*interrupt_service)(z80_cpu &cpu);  // offers the lowest pending level to the CPU
+    void (*interrupt_service)(z80_cpu &cpu);       // offers the lowest pending level to the CPU
     void (*interrupt_request_usart)(z80_cpu &cpu); // USART receive: pending until the CPU takes it
-    void (*interrupt_request_vrtc)(z80_cpu &cpu); // VRTC: pending while the CPU refuses, lost while masked
+    void (*interrupt_request_vrtc)(z80_cpu &cpu);  // VRTC: pending while the CPU refuses, lost while masked
     void (*interrupt_request_clock)(z80_cpu &cpu); // the 1/600 s clock, likewise
 };
 

@@ -56,16 +56,79 @@ uint8_t key_of(uint32_t virtual_key) {
     return virtual_key < virtual_keys.size() ? virtual_keys[virtual_key] : no_key;
 }
 
+// A key that is pressed during one frame is down at the two retraces that follow, and is released as the
+// third begins, before a program looks there. A second press waits until the release was seen at two,
+// likewise.
+constexpr uint32_t retraces_down = 3, retraces_up = 2;
+
+bool is_past(uint32_t due, uint32_t now) { return static_cast<int32_t>(now - due) >= 0; }
+
+// Two threads change bits of the same byte.
+void change_matrix(uint8_t index, bool down) {
+    const auto bit = static_cast<uint8_t>(1u << index % 8);
+    uint8_t &row = machine.key_matrix[index / 8 % key_rows].value;
+    if (down)
+        __atomic_fetch_and(&row, static_cast<uint8_t>(~bit), __ATOMIC_RELAXED);
+    else
+        __atomic_fetch_or(&row, bit, __ATOMIC_RELAXED);
+}
+
+key_change &change_number(uint32_t n) { return machine.key_changes[n % key_changes_size]; }
+
+uint32_t changes_made() { return __atomic_load_n(&machine.key_changes_made.value, __ATOMIC_ACQUIRE); }
+
+// The last change of this key that waits; none: nullptr.
+const key_change *waiting_change(uint8_t index) {
+    const uint32_t made = changes_made();
+    for (uint32_t n = machine.key_changes_asked; n != made; --n)
+        if (change_number(n - 1).key == index) return &change_number(n - 1);
+    return nullptr;
+}
+
+// After whatever waits already. With more waiting than a person could have typed, presses are lost and
+// releases come early.
+void wait_with_change(uint8_t index, bool down, uint32_t due) {
+    const uint32_t made = changes_made(), asked = machine.key_changes_asked;
+    if (asked - made >= (down ? key_changes_size / 4 : key_changes_size)) return;
+    if (asked != made && is_past(due, change_number(asked - 1).due)) due = change_number(asked - 1).due;
+    if (down) machine.key_pressed_at[index] = due - 1; // as if in the frame before
+    key_change &change = change_number(asked);
+    change.due = due;
+    change.key = index;
+    change.down = uint8_t{down};
+    __atomic_store_n(&machine.key_changes_asked.value, asked + 1, __ATOMIC_RELEASE);
+}
+
 } // namespace
 
 void key_press(uint32_t virtual_key) {
     const uint8_t index = key_of(virtual_key);
-    if (index < matrix_keys) machine.key_matrix[index / 8] &= static_cast<uint8_t>(~(1u << index % 8));
+    if (index >= matrix_keys) return;
+    if (const key_change *last = waiting_change(index)) {
+        if (last->down == 0) wait_with_change(index, true, last->due + retraces_up);
+        return;
+    }
+    machine.key_pressed_at[index] = machine.key_retraces;
+    change_matrix(index, true);
 }
 
 void key_release(uint32_t virtual_key) {
     const uint8_t index = key_of(virtual_key);
-    if (index < matrix_keys) machine.key_matrix[index / 8] |= static_cast<uint8_t>(1u << index % 8);
+    if (index >= matrix_keys) return;
+    const uint32_t due = machine.key_pressed_at[index] + retraces_down;
+    if (machine.key_changes_asked == changes_made() && is_past(due, machine.key_retraces))
+        change_matrix(index, false);
+    else
+        wait_with_change(index, false, due);
+}
+
+void keyboard_retrace() {
+    const uint32_t now = machine.key_retraces = machine.key_retraces + 1;
+    const uint32_t asked = __atomic_load_n(&machine.key_changes_asked.value, __ATOMIC_ACQUIRE);
+    uint32_t made = machine.key_changes_made;
+    for (; made != asked && is_past(change_number(made).due, now); ++made)
+        change_matrix(change_number(made).key, change_number(made).down != 0);
+    __atomic_store_n(&machine.key_changes_made.value, made, __ATOMIC_RELEASE);
 }
 
 void map_cursor_keys(bool tenkeyless) {
@@ -76,5 +139,6 @@ void map_cursor_keys(bool tenkeyless) {
 }
 
 void reset_keyboard(kiv_machine &m) {
+    static_cast<key_matrix_block &>(m) = {};
     for (auto &row : m.key_matrix) row = uint8_t{0xFF};
 }

@@ -5,7 +5,11 @@
 
 namespace {
 
-using Keyboard = Machine;
+struct Keyboard : Machine {
+    static void retraces(int count) {
+        for (; count > 0; --count) keyboard_retrace();
+    }
+};
 
 // Row and bit of every host key, row by row, bit 0 first; 0 where no host key stands for the machine's.
 constexpr uint32_t matrix[key_rows][8] = {
@@ -41,17 +45,57 @@ TEST_F(Keyboard, EveryKeyHasItsPlaceAndNoOtherHasOne) {
                 EXPECT_EQ(in(row), held ? 0xFF & ~(1 << place->second % 8) : 0xFF)
                     << "key 0x" << std::hex << code << " row " << row;
             }
+            retraces(3);
             key_release(code);
             for (const auto &row : machine.key_matrix) EXPECT_EQ(row, 0xFF) << "key 0x" << std::hex << code;
         }
     }
     for (const uint32_t key : {0x41u, 0x43u, 0x2Du, 0x2Eu}) key_press(key);
+    retraces(3);
     key_release(0x41);
     EXPECT_EQ(in(2), 0xF7);
     key_release(0x2D);
     EXPECT_EQ(in(8), 0xFF) << "insert and delete are one key here";
     machine.reset_keyboard(machine);
     key_release(0x43); // comes late
+    EXPECT_EQ(in(2), 0xFF);
+}
+
+// Changes as a host sends them, some within one frame; what the program sees at each retrace.
+TEST_F(Keyboard, ATapLastsTwoRetracesAndReleasesFollowInOrder) {
+    const struct {
+        const char *what;
+        std::vector<const char *>
+            changes;       // before each retrace: a letter presses A or B, or '^' shift; small releases
+        const char *downs; // after each: what is down, in hex: 1 A, 2 B, 4 shift
+    } cases[] = {
+        {"a tap", {"Aa"}, "1100"},
+        {"across a retrace", {"A", "a"}, "1100"},
+        {"held long", {"A", "", "", "", "a", ""}, "111100"}, // at once
+        {"struck twice", {"AaAa"}, "110011000"},
+        {"struck while it waits", {"Aa", "A", "", "", "", "", "", "a"}, "1100111000"},
+        {"two keys", {"AaBb"}, "33000"},
+        {"the second a frame later", {"Aa", "Bb"}, "13200"},
+        {"a long shift let go of right after a tap", {"^", "", "", "Aa_"}, "44455000"},
+        {"shift and key let go of together", {"^Aa_"}, "55000"},
+    };
+    for (const auto &c : cases) {
+        SetUp();
+        std::string shown;
+        for (size_t i = 0; c.downs[i] != 0; ++i) {
+            for (const char *change = i < c.changes.size() ? c.changes[i] : ""; *change != 0; ++change) {
+                const bool shift = *change == '^' || *change == '_';
+                const uint32_t key = shift ? 0x10u : static_cast<uint32_t>(*change & ~0x20);
+                *change >= 'A' && *change <= '^' ? key_press(key) : key_release(key);
+            }
+            retraces(1);
+            shown +=
+                static_cast<char>('0' + (in(2) & 2 ? 0 : 1) + (in(2) & 4 ? 0 : 2) + (in(8) & 0x40 ? 0 : 4));
+        }
+        EXPECT_EQ(shown, c.downs) << c.what;
+    }
+    for (int i = 0; i < 100; ++i) key_press('A'), key_release('A'); // more than can wait
+    retraces(500);
     EXPECT_EQ(in(2), 0xFF);
 }
 
