@@ -13,7 +13,7 @@ struct resource {
     size_t size = 0;
 };
 
-// Adds a resource; the build's generated code does so before main, tests may replace one (data null removes
+// Adds a resource; the program does so at its start, tests may replace one (data null removes
 // it). Not while other threads look resources up.
 void register_resource(resource_type type, uint16_t id, resource r);
 

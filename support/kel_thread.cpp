@@ -1,16 +1,28 @@
 #include "support/kel_thread.h"
 
 #include "platform/event.h"
+
 #include "support/log.h"
+#include <cstdio>
+#include <exception>
 
 kel_thread::~kel_thread() { kel_thread::stop(); }
 
 void kel_thread::thread_entry(void *object) {
     kel_thread &self = *static_cast<kel_thread *>(object);
     self.running.exchange(1);
-    self.run();
+    try {
+        self.run();
+    } catch (const std::exception &e) { // out of memory, as a rule: the thread ends, the program need not
+        self.failed(e.what());
+    }
     self.running.exchange(0);
     self.release_handle();
+}
+
+void kel_thread::failed(const char *reason) {
+    trace("thread %u ends: %s", id(), reason);
+    std::fprintf(stderr, "kiv: a thread has ended: %s\n", reason);
 }
 
 platform::thread_handle kel_thread::current_thread() {

@@ -39,6 +39,9 @@ class kel_thread {
     uint32_t id() const { return thread_id; }
 
   protected:
+    // On the thread: the body threw. Says so; the thread then ends as if the body had returned.
+    virtual void failed(const char *reason);
+
     uint32_t grace_ms = 5000; // before the thread is ended by force
 
   private:

@@ -43,6 +43,9 @@ const instruction instructions[] = {
      {.AF = 0x20E9, .BC = 0, .DE = 0x9001, .HL = 0xA009}, 0x1002, 16, 2, "R A008 08 wait, W 9000 08 wait"},
     {"CPIR, not found", {0xED, 0xB1}, {.AF = 0x2000, .BC = 5, .HL = 0xA001}, {.AF = 0x201E, .BC = 4, .HL = 0xA002},
      0x1000, 21, 2, "R A001 01 wait"},
+    {"ADC HL,HL to zero", {0xED, 0x6A}, {.HL = 0x8000}, {.AF = 0x0045}, 0x1002, 15, 2},
+    {"SBC HL,DE to zero by the carry", {0xED, 0x52}, {.AF = 1, .DE = 0x7FFF, .HL = 0x8000}, {.AF = 0x0056, .DE = 0x7FFF},
+     0x1002, 15, 2},
     {"INIR", {0xED, 0xB2}, {.BC = 1}, {.BC = 1}, 0x1002, 0, 2, "", stop_unimplemented},
     {"LD (IX-1),n", {0xDD, 0x36, 0xFF, 0x42}, {}, {}, 0x1004, 19, 2, "R 1002 FF wait, R 1003 42 wait, W FFFF 42 wait"},
     {"LD IXH,IXL", {0xDD, 0x65}, {.HL = 0x1234, .IX = 0x5678}, {.HL = 0x1234, .IX = 0x7878}, 0x1002, 8, 2},
@@ -80,6 +83,14 @@ TEST(Z80Instruction, RegistersTimeAndBus) {
         EXPECT_EQ(text(data), i.bus) << i.name;
         EXPECT_EQ(z80_bench::step(), i.stop_reason != stop_none) << i.name << ": a stop stays";
     }
+}
+
+TEST(Z80Instruction, RegistersByIndex) {
+    z80_cpu cpu{};
+    cpu.BC = 0, cpu.DE = 1, cpu.HL = 2, cpu.AF = 3, cpu.BC_alt = 4, cpu.DE_alt = 5, cpu.HL_alt = 6,
+    cpu.AF_alt = 7;
+    cpu.IX = 8, cpu.IY = 9, cpu.PC = 10, cpu.SP = 11;
+    for (int index = 0; index < register_words; ++index) EXPECT_EQ(z80_register(cpu, index), index);
 }
 
 TEST(Z80Instruction, ResetClearsRegistersAndKeepsTheRest) {

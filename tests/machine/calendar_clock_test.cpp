@@ -49,6 +49,20 @@ TEST_F(Calendar, HoldsTheTimeOfTheLastResetOrRead) {
     EXPECT_EQ(machine.calendar_register[4], (t.tm_mon + 1) * 16);
 }
 
+// A command is taken when the strobe falls, once: not when it rises or stays.
+TEST_F(Calendar, OnlyTheFallingStrobeTakesACommand) {
+    calendar_fix_time({2003, 12, 31, 9, 5, 37});
+    command(3);
+    out(0x10, 3);
+    calendar_fix_time({2024, 2, 28, 23, 59, 58});
+    for (const int level : {0, +strobe, +strobe}) {
+        out(0x40, level);
+        EXPECT_EQ(machine.calendar_register[0], 0x37) << "strobe " << level;
+    }
+    out(0x40, 0);
+    EXPECT_EQ(machine.calendar_register[0], 0x58);
+}
+
 // What each command does to a shifting register 1 0 0 ..., whether the clock falls with the strobe or later.
 TEST_F(Calendar, CommandsStartAndStopTheShifting) {
     calendar_fix_time({2003, 12, 31, 9, 5, 1});

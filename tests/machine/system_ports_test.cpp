@@ -98,6 +98,10 @@ TEST_F(SystemPorts, EveryReadReturnsWhatTheMapSays) {
 
     machine.boot_rom = uint8_t{0};
     EXPECT_EQ(in(0x30), 0xD2);
+    for (const int select : {0x01, 0x7F, 0x80, 0xFE}) {
+        out(0x71, select);
+        EXPECT_EQ(in(0x71), select);
+    }
     out(0x71, 0x00);
     EXPECT_EQ(in(0x71), 0xFF);
     EXPECT_EQ(machine.port71, 0xFF) << "a select of 0 turns into none when it is read";

@@ -2,6 +2,7 @@
 #include "platform/event.h"
 #include "support/kel_thread.h"
 #include <gtest/gtest.h>
+#include <new>
 #include <thread>
 
 namespace {
@@ -28,6 +29,14 @@ class brief_worker : public kel_thread {
     ~brief_worker() override { stop(); }
     void run() override { runs++; }
     std::atomic<int> runs{0};
+};
+
+class failing_worker : public kel_thread {
+  public:
+    ~failing_worker() override { stop(); }
+    void run() override { throw std::bad_alloc(); }
+    void failed(const char *) override { failures++; }
+    std::atomic<int> failures{0};
 };
 
 class deaf_worker : public kel_thread {
@@ -96,6 +105,16 @@ TEST(ThreadBase, StartAndStopManyTimes) {
         while ((i & 1) && brief.has_thread()) std::this_thread::yield();
     }
     EXPECT_EQ(w.runs, 400);
+}
+
+TEST(ThreadBase, ABodyThatFailsIsToldAndOverAndCanBeStartedAgain) {
+    failing_worker w;
+    for (int i = 1; i <= 2; i++) {
+        ASSERT_EQ(w.create_thread(0), 1);
+        while (w.has_thread()) std::this_thread::yield();
+        EXPECT_EQ(w.failures, i);
+        expect_no_thread(w);
+    }
 }
 
 TEST(ThreadBase, ABodyThatDoesNotEndIsEndedByForceAfterTheGracePeriod) {
