@@ -7,13 +7,12 @@
 #include "display/kiv_directx.h"
 #include "machine/host_clock.h"
 #include "machine/kiv_machine.h"
+#include "machine/machine_boot.h"
 #include "machine/rom_loader.h"
 #include "platform/resources.h"
 #include "resources/resources.h"
 #include "support/kel_fstream.h"
 #include "support/log.h"
-
-#include <algorithm>
 
 namespace {
 
@@ -33,16 +32,13 @@ int kiv_form::initialize() {
     trace("IME禁止");
     window->disable_input_method();
     use_host_clock();
-    z80_install(main_cpu, mem_read, mem_write, io_in, io_out);
     video_lock_section = &video_section;
-    host_callbacks_listen(directx_host_callbacks());
-    machine_init(machine, video_lock, video_unlock);
+    machine_power_on(directx_host_callbacks(), video_lock, video_unlock);
     if (!load_roms()) return failed("ROMイメージファイル読み込み失敗");
     if (!load_settings_file()) return failed("INIファイル読み込み失敗");
     if (!load_picture()) return failed("BMPリソース読み込み失敗");
     if (!load_font()) return failed("FNTリソース読み込み失敗");
-    machine.select_scanline_colours(machine.interlace);
-    machine.init_ram(machine);
+    machine_get_ready();
     remap_cursor_keys();
     sync_event = platform::event::create("SYNC");
     ack_event = platform::event::create("ACK");
@@ -101,8 +97,7 @@ int kiv_form::load_font() {
         trace("load_font: FNT %d is missing or too short", font_resource_id);
         return 0;
     }
-    std::copy_n(font.data, font_size, machine.font_rom);
-    for (uint32_t i = 0; i < font_work_size; ++i) machine.font_work[i] = font.data[i];
+    machine_put_font(font.data);
     return 1;
 }
 

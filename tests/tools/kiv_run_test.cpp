@@ -138,6 +138,24 @@ TEST_F(kiv_run, DumpAndTapeGoOutAndIn) {
     EXPECT_EQ(first_line(o.out, 1), "xyzw");
 }
 
+// The first half, saved, and the second half from there leave what the whole run leaves.
+TEST_F(kiv_run, AStateGoesOnExactly) {
+    const std::string fixed = "--date 1982-11-01T12:34:56 --seed 7 ";
+    ASSERT_EQ(
+        run(fixed + "--frames 120 --type abc8 --type-at 20 --text --png w.png --save-state w.state").code, 0);
+    const std::string text = get_file(folder / "out.txt");
+    ASSERT_EQ(run(fixed + "--frames 70 --type abc8 --type-at 20 --save-state half.state").code, 0);
+    const outcome o =
+        run(fixed + "--load-state half.state --frames 50 --text --png h.png --save-state h.state");
+    EXPECT_EQ(o.code, 0) << o.err;
+    EXPECT_EQ(o.out, text);
+    EXPECT_EQ(get_file(folder / "h.png"), get_file(folder / "w.png"));
+    EXPECT_EQ(get_file(folder / "h.state"), get_file(folder / "w.state"));
+    put_file(folder / "8801-4th.rom", "other");
+    EXPECT_NE(run("--load-state half.state").err.find("half.state: a snapshot made with other ROM"),
+              std::string::npos);
+}
+
 TEST_F(kiv_run, SettingsReachTheMachine) {
     put_file(folder / "s.ini", "[Default]\nhires_crt=0\nsoft_volume=3\n");
     ASSERT_EQ(run("--seconds 0.5 --type 8 --type-at 2 --wav s.wav --settings s.ini --stats").code, 0);
@@ -179,6 +197,9 @@ TEST_F(kiv_run, WhatFailsSaysWhyAndLeavesNothing) {
         {"--load-dump none.kiv", {"none.kiv", "No such file"}},
         {"--frames 10 --load-dump too-long.rom", {"too-long.rom", "before frame 60"}},
         {"--settings none.ini", {"none.ini", "No such file"}},
+        {"--load-state none.state", {"none.state", "No such file"}},
+        {"--load-state 8801-4th.rom", {"8801-4th.rom", "not a snapshot"}},
+        {"--frames 2 --save-state missing/s.state", {"missing/s.state", "No such file"}},
         {"--frames 0", {"--frames 0"}},
         {"--frames 12x", {"--frames 12x"}},
         {"--frames -5", {"--frames -5"}},
