@@ -176,10 +176,12 @@ _end:   XOR A
         RET
 _small: CP -4
         JR C,_exponential
-        ADD A,NUMBER_DIGITS + 1 ; room for so many digits
+        CP -2
+        JR NC,_point            ; from .01 on always
+        ADD A,NUMBER_DIGITS + 1 ; below, if nine places hold all digits
         CP B
         JR C,_exponential
-        LD A,'.'
+_point: LD A,'.'
 _zero:  CALL _put
         INC C
         LD A,'0'

@@ -11,7 +11,7 @@ constexpr int err_call = 5, err_overflow = 6, err_zero = 11;
 struct Numbers : testing::Test {
     static int points() {
         const char *set = std::getenv("KIV_NUMBER_POINTS");
-        return set != nullptr ? std::atoi(set) : 20000;
+        return set != nullptr ? std::atoi(set) : 10000;
     }
     rom_routines rom;
     operands operand;
@@ -111,7 +111,7 @@ std::string printed(real v) {
         if (count <= power) return text + digits + std::string(power + 1 - count, '0');
         return text + digits.substr(0, power + 1) + (count > power + 1 ? "." : "") + digits.substr(power + 1);
     }
-    if (power < 0 && power >= -4 && count - power - 1 <= 9)
+    if (power < 0 && power >= -4 && (power >= -2 || count - power - 1 <= 9))
         return text + "." + std::string(-power - 1, '0') + digits;
     char exponent[8];
     std::snprintf(exponent, sizeof exponent, "E%+03d", power);
