@@ -89,7 +89,7 @@ _float: CALL float_operands
         NEG
         EX DE,HL
 _order: CP 34                   ; DE: the larger, HL: the smaller, A: bits between them
-        JR NC,_larger
+        JP NC,_larger
         EX AF,AF'
         LD BC,4
         ADD HL,BC
@@ -121,6 +121,11 @@ _bytes: SUB 8
         JR NC,_byte
         ADD A,8
         JR Z,_aligned
+        CP 5
+        JR C,_bit
+        INC H
+        DEC H
+        JR Z,_left
 _bit:   SRL B
         RR C
         RR D
@@ -128,6 +133,21 @@ _bit:   SRL B
         RR H
         DEC A
         JR NZ,_bit
+        JR _aligned
+_left:  LD H,E                  ; 5 to 7 bits: a byte, and 3 to 1 back
+        LD E,D
+        LD D,C
+        LD C,B
+        LD B,0
+_back:  SLA H
+        RL E
+        RL D
+        RL C
+        RL B
+        INC A
+        CP 8
+        JR NZ,_back
+        XOR A
 _aligned:
         LD (float_exponent + 1),A
         OR L
@@ -859,7 +879,37 @@ _halve: BIT 0,E
         JR NZ,_odd
         BIT 0,C
         JR Z,_two
-        JR _inexact
+        LD H,D
+        LD L,E
+        DEC HL
+        LD A,H
+        AND D
+        JR NZ,_inexact
+        LD A,L
+        AND E
+        JR NZ,_inexact
+        POP HL                  ; an odd number by a power of two: the exponent goes down
+_power: SRL D
+        RR E
+        INC A
+        BIT 0,E
+        JR Z,_power
+        LD H,B
+        LD L,C
+        PUSH AF
+        LD DE,FAC
+        CALL float_from_integer
+        LD HL,FAC + 4
+        LD A,(float_sign)
+        AND 80h
+        OR (HL)
+        LD (HL),A
+        POP BC
+        LD HL,FAC
+        LD A,(HL)
+        SUB B
+        LD (HL),A
+        RET
 _odd:   LD A,D
         OR A
         JR NZ,_word
