@@ -1,11 +1,11 @@
 // Kiv BASIC: the eight classic loops, each on lines of its own as the magazines printed them. T-states from
 // the first to the last line, with the text display off (no DMA, memory waits as they are) and on; beside
 // them seconds, what must be reached and what is aimed at.
+#include "api/typing.h"
 #include "machine/kiv_machine.h"
 #include "machine/machine_pass.h"
 #include "machine/rom_loader.h"
 #include "resources/resources.h"
-#include "tools/kiv_run_typing.h"
 
 #include <cstdio>
 #include <cstring>
@@ -21,7 +21,7 @@ struct loop {
 
 // A byte to a port that nothing listens to marks the beginning and the end.
 constexpr uint8_t mark_port = 0xFD;
-#define BEGIN "NEW\n1 OUT 253,1\n"
+#define BEGIN "1 OUT 253,1\n"
 #define END(line) line " OUT 253,2\n"
 
 const loop loops[] = {
@@ -41,6 +41,7 @@ const loop loops[] = {
     {BEGIN "100 K=0\n110 K=K+1\n120 A=K^2\n130 B=LOG(K)\n140 C=SIN(K)\n150 IF K<100 THEN 110\n" END("200"),
      2.2, 1.8}};
 
+constexpr uint64_t begin_frame = 60; // BASIC has said Ok
 uint64_t cycles, marked[3];
 
 void out(uint16_t port, uint8_t value) {
@@ -72,16 +73,23 @@ bool power_on() {
 // Runs `program`, typed in; T-states between its marks.
 std::optional<uint64_t> measure(const std::string &program, bool display) {
     if (!power_on()) return std::nullopt;
-    typist keys(program + "RUN\n", 60);
+    typist keys;
+    for (const char c : program + "RUN\n") {
+        key_stroke stroke{};
+        if (!stroke_of(static_cast<uint8_t>(c), stroke) || !keys.add(stroke)) return std::nullopt;
+    }
     marked[1] = marked[2] = 0;
-    uint64_t frames = 0;
+    uint64_t frames = 0, typed = 0;
     for (uint32_t iteration = 0; marked[2] == 0; ++iteration) {
         if (!display && marked[1] != 0) machine.dma_stall = 0;
         const pass_outcome outcome = machine_pass(iteration, true);
-        if (outcome == pass_outcome::stopped || frames > keys.end() + 4000) return std::nullopt;
+        if (outcome == pass_outcome::stopped || frames > typed + 4000) return std::nullopt;
         cycles += main_cpu.step_cycles;
-        if (outcome == pass_outcome::frame) keys.at_frame(++frames);
+        if (outcome != pass_outcome::frame || ++frames < begin_frame) continue;
+        keys.at_frame(frames - begin_frame);
+        if (keys.waiting() != 0) typed = frames;
     }
+    if (marked[1] == 0) return std::nullopt;
     return marked[2] - marked[1];
 }
 
