@@ -6,6 +6,8 @@
 #include "app/settings_file.h"
 #include "platform/clock.h"
 #include "platform/file.h"
+#include "tools/kiv_run_basic.h"
+#include "tools/kiv_run_listing.h"
 #include "tools/kiv_run_options.h"
 #include "tools/kiv_run_outputs.h"
 #include "tools/kiv_run_typing.h"
@@ -17,6 +19,7 @@
 #include <cstdio>
 #include <cstring>
 #include <ctime>
+#include <limits>
 #include <memory>
 #include <unistd.h>
 #include <vector>
@@ -25,7 +28,10 @@ namespace {
 
 constexpr uint64_t default_frames = 300;
 constexpr uint64_t frames_after_typing = 60;
-constexpr size_t longest_dump = 0x8000; // what is looked at of a longer file
+constexpr uint64_t frames_between_looks = 8; // at the screen, for the end of a program
+constexpr uint64_t frames_of_silence = 550;  // of the deck, before --list gives up
+constexpr size_t longest_listing = 1 << 20;  // BASIC has room for 28 KB
+constexpr size_t longest_dump = 0x8000;      // what is looked at of a longer file
 
 volatile std::sig_atomic_t interrupted = 0;
 
@@ -57,6 +63,20 @@ void check(kiv_result result) {
     if (result != KIV_OK) throw run_failure(kiv_error_text());
 }
 
+std::string screen_text() {
+    std::string screen(kiv_text_screen(nullptr, 0), '\0');
+    kiv_text_screen(screen.data(), screen.size() + 1);
+    return screen;
+}
+
+uint64_t planes_sum() {
+    uint64_t sum = 0;
+    for (const int32_t plane : {KIV_AREA_BLUE, KIV_AREA_RED, KIV_AREA_GREEN})
+        for (uint32_t i = 0; i < 0x4000; ++i)
+            sum = (sum ^ static_cast<uint64_t>(kiv_peek(plane, i))) * 0x100000001B3u;
+    return sum;
+}
+
 void host_date(void *, kiv_date *date) {
     const platform::local_time now = platform::current_local_time();
     *date = {now.year, now.month, now.day, now.hour, now.minute, std::min(now.second, 59)};
@@ -73,6 +93,8 @@ class machine_run {
     // Runs to the end of the asked time, or to a stop of the CPU: false.
     bool go();
     void write_outputs();
+    // Takes the program out through the deck. After the outputs, for it changes the screen.
+    void write_listing();
     void print_stats() const;
     std::string stop_line() const;
 
@@ -80,13 +102,17 @@ class machine_run {
     void use_calendar() const;
     void use_settings() const;
     void load_tape() const;
+    void load_listing();
     void load_state();
     void save_state() const;
     void at_keyboard();
+    void type_own();
+    void look_for_the_end();
     void frame_shown();
     void draw() { check(kiv_draw_indexed(pixels, KIV_WIDTH)); }
     void run_ended();
     bool ended() const { return options.seconds ? cycles >= cycle_limit : frames >= frame_limit; }
+    bool ends_itself() const { return options.run && !options.frames && !options.seconds; }
     // A run that ends in mid-frame leaves the last whole picture, and nobody knows which one that will be.
     bool picture_wanted() const {
         return !options.png.empty() &&
@@ -97,7 +123,8 @@ class machine_run {
 
     const run_options &options;
     typed_text typing;
-    bool typing_begun = false;
+    bool typing_begun = false; // --type is under way or done
+    basic_session basic{false, false, 0, 0};
     wav_file wav;
     output_file tape_out;
     bool dump_loaded = false;
@@ -132,6 +159,15 @@ void machine_run::load_tape() const {
     check(kiv_tape_insert(tape.data(), tape.size()));
 }
 
+void machine_run::load_listing() {
+    const std::vector<uint8_t> text = bytes_of(options.bas, longest_listing);
+    const std::string tape =
+        listing_tape({reinterpret_cast<const char *>(text.data()), text.size()}, options.bas);
+    check(kiv_tape_insert(tape.data(), tape.size()));
+    basic = basic_session(true, options.run, tape.size(), options.type_at);
+    if (!options.frames) frame_limit = std::numeric_limits<uint64_t>::max(); // until it is loaded
+}
+
 void machine_run::load_state() {
     const std::vector<uint8_t> state = bytes_of(options.load_state, SIZE_MAX);
     if (kiv_snapshot_load(state.data(), state.size()) != KIV_OK)
@@ -162,6 +198,7 @@ void machine_run::prepare() {
     if (!options.load_dump.empty()) check_readable(options.load_dump);
     if (!options.load_state.empty()) load_state();
     if (!options.tape.empty()) load_tape();
+    if (!options.bas.empty()) load_listing();
     if (!options.tape_out.empty()) tape_out.open(options.tape_out);
     kiv_tape_record(!options.tape_out.empty());
     if (!options.wav.empty()) wav.open(options.wav);
@@ -176,9 +213,24 @@ void machine_run::at_keyboard() {
             throw run_failure(options.load_dump + ": not a memory dump (it is shorter than 32576 bytes)");
         dump_loaded = true;
     }
-    if (typing_begun || frames < options.type_at) return;
+    if (typing_begun || frames < options.type_at || kiv_type_waiting() != 0) return;
+    if (basic.done()) return type_own();
+    if (const std::string text = basic.type_now(frames, kiv_tape_position()); !text.empty())
+        check(kiv_type(text.c_str()));
+}
+
+void machine_run::type_own() {
     typing_begun = true;
     typing.start();
+    if (options.bas.empty() || options.frames || ends_itself()) return;
+    frame_limit = std::max(default_frames, frames + typing.frames() + frames_after_typing);
+}
+
+// Now and then only: a look takes longer than a frame of the machine.
+void machine_run::look_for_the_end() {
+    if (!ends_itself() || !typing_begun || frames % frames_between_looks != 0 || kiv_type_waiting() != 0)
+        return;
+    if (basic.over(frames, {screen_text(), planes_sum()})) frame_limit = frames;
 }
 
 void machine_run::frame_shown() {
@@ -187,6 +239,7 @@ void machine_run::frame_shown() {
     if (options.png_every != 0 && frames % options.png_every == 0)
         write_png(numbered_name(options.png, frames), pixels);
     at_keyboard();
+    look_for_the_end();
     if (on_terminal && frames % 32 == 0) show_progress();
     if (interrupted) throw run_failure("interrupted after " + std::to_string(frames) + " frames");
 }
@@ -219,6 +272,28 @@ bool machine_run::go() {
     return !stopped;
 }
 
+void machine_run::write_listing() {
+    if (options.list.empty()) return;
+    kiv_tape_record(1);
+    kiv_tape_output_clear();
+    typed_text("\\b\\pCSAVE\"LIST\"\n").start();
+    std::string tape;
+    std::optional<std::string> listing;
+    for (uint64_t silence = 0; silence < frames_of_silence && !listing;) {
+        const int32_t ended_by = kiv_run(UINT32_MAX);
+        if (ended_by == KIV_RUN_STOPPED) break;
+        if (ended_by == KIV_RUN_FRAME && kiv_type_waiting() == 0) ++silence;
+        if (kiv_tape_output_size() == 0) continue;
+        tape.append(reinterpret_cast<const char *>(kiv_tape_output()), kiv_tape_output_size());
+        kiv_tape_output_clear();
+        silence = 0;
+        if (tape.find('\x1A') + 1 < tape.size()) listing = listing_of_tape(tape);
+    }
+    if (!listing) throw run_failure(options.list + ": no program came out of the machine; is it Kiv BASIC?");
+    if (!platform::atomic_write(options.list, listing->data(), listing->size()))
+        throw run_failure(options.list + ": " + platform::last_file_error());
+}
+
 void machine_run::write_outputs() {
     if (!options.png.empty()) write_png(options.png, pixels);
     if (!options.save_dump.empty()) {
@@ -231,8 +306,7 @@ void machine_run::write_outputs() {
     if (wav.is_open()) wav.finish();
     if (tape_out.is_open()) tape_out.finish();
     if (options.text) {
-        std::string screen(kiv_text_screen(nullptr, 0), '\0');
-        kiv_text_screen(screen.data(), screen.size() + 1);
+        const std::string screen = screen_text();
         if (screen.empty()) std::fputs("kiv-run: the text screen is off\n", stderr);
         if (std::fputs(screen.c_str(), stdout) < 0 || std::fflush(stdout) != 0)
             throw run_failure(std::string("standard output: ") + std::strerror(errno));
@@ -298,6 +372,7 @@ int main(int argc, char **argv) {
         const bool reached_end = run->go();
         if (options.stats) run->print_stats();
         run->write_outputs();
+        if (reached_end) run->write_listing();
         if (reached_end) return 0;
         complain(run->stop_line());
     } catch (const run_failure &failure) {

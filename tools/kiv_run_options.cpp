@@ -24,11 +24,15 @@ What runs
   --load-state FILE     go on from a state that --save-state left, with the same ROM images; frames and
                         times below count from there
   --tape FILE           put a tape image (.CMT) into the cassette deck
+  --bas FILE            a BASIC program as text (UTF-8), loaded through the cassette deck of Kiv BASIC at the
+                        frame of --type-at
+  --run                 RUN it; then, or when it is loaded, --type types
 
 How long
   --frames N            N pictures of the machine, about 55 a second
   --seconds S           S seconds of the machine's time
-                        (default: 300 frames, or 60 frames past the end of the typed text)
+                        (default: 300 frames, or 60 frames past the end of the typed text; with --run until
+                        the program has ended or waits for input, 30 minutes of the machine's time at most)
 
 At the keyboard
   --type TEXT           types TEXT; \n return, \e ESC, \t TAB, \b STOP, \f1 to \f5 function keys,
@@ -43,6 +47,7 @@ What it leaves
   --tape-out FILE       what the machine wrote to its cassette
   --save-dump FILE      a memory dump at the end
   --save-state FILE     the whole machine at the end, to go on from exactly
+  --list FILE           the BASIC program in the machine at the end, as text (UTF-8)
   --stats               T-states, frames and speed, on the standard error output
 
 The same again, byte for byte
@@ -52,6 +57,7 @@ The same again, byte for byte
 Examples
   kiv-run --seconds 5 --png screen.png
   kiv-run --type 'PRINT 6*7\n' --text
+  kiv-run --bas programs/mandelbrot.bas --run --png picture.png
   kiv-run --date 1982-11-01T12:00:00 --seed 1 --frames 600 --wav sound.wav --png-every 60 --png f.png
 
 Exit code: 0, or 1 with one line that says why: an option, a file, or the address at which the processor
@@ -124,6 +130,8 @@ run_options parse_run_options(int argc, char **argv) {
         {"--load-state", path_into(o.load_state)},
         {"--save-state", path_into(o.save_state)},
         {"--tape", path_into(o.tape)},
+        {"--bas", path_into(o.bas)},
+        {"--list", path_into(o.list)},
         {"--tape-out", path_into(o.tape_out)},
         {"--png", path_into(o.png)},
         {"--wav", path_into(o.wav)},
@@ -149,6 +157,8 @@ run_options parse_run_options(int argc, char **argv) {
             o.text = true;
         else if (name == "--stats")
             o.stats = true;
+        else if (name == "--run")
+            o.run = true;
         else {
             std::optional<std::string> value;
             if (const size_t equals = name.find('='); equals != std::string::npos) {
@@ -165,6 +175,8 @@ run_options parse_run_options(int argc, char **argv) {
         }
     }
     if (o.frames && o.seconds) throw run_failure("--frames and --seconds: one of them is enough");
+    if (!o.bas.empty() && !o.tape.empty()) throw run_failure("--bas and --tape: the deck holds one of them");
+    if (o.run && o.bas.empty()) throw run_failure("--run: --bas names the program");
     if (o.png_every != 0 && o.png.empty()) throw run_failure("--png-every: --png names the pictures");
     return o;
 }

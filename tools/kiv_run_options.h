@@ -28,6 +28,8 @@ struct run_options {
     std::optional<unsigned> seed;
     std::string wav;
     std::string tape, tape_out;
+    std::string bas, list; // listings, in and out
+    bool run = false;      // RUN behind bas
     std::string load_dump, save_dump;
     std::string load_state, save_state;
 };

@@ -64,6 +64,26 @@ template <class T> T number_at(const std::string &bytes, size_t at) {
     return n;
 }
 
+TEST_F(kiv_run, WhatIsWrongWithAListingIsTold) {
+    put_file(folder / "kanji.bas", "10 REM 漢\n");
+    const struct {
+        const char *arguments, *message;
+    } cases[] = {
+        {"--bas none.bas", "kiv-run: none.bas: No such file or directory"},
+        {"--bas kanji.bas", "kiv-run: kanji.bas: line 1: the machine does not have the character U+6F22"},
+        {"--bas kanji.bas --tape kanji.bas", "kiv-run: --bas and --tape: the deck holds one of them"},
+        {"--run", "kiv-run: --run: --bas names the program"},
+        {"--frames 5 --list out.bas",
+         "kiv-run: out.bas: no program came out of the machine; is it Kiv BASIC?"}, // nor is any there
+    };
+    for (const auto &c : cases) {
+        const outcome o = run(c.arguments);
+        EXPECT_EQ(o.code, 1) << c.arguments;
+        EXPECT_EQ(first_line(o.err), c.message) << c.arguments;
+    }
+    EXPECT_EQ(leftovers(), std::vector<std::string>{"kanji.bas"});
+}
+
 TEST_F(kiv_run, ShowsTheTextScreenAndSeesEveryKeyTyped) {
     const outcome o = run(R"(--type 'ABCaabbcc@:22[[' --text)");
     EXPECT_EQ(o.code, 0) << o.err;
