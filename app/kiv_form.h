@@ -15,11 +15,9 @@
 #include <string>
 #include <vector>
 
-// The window's own messages.
+// The window's own messages, besides WM_Z80ABORT.
 enum form_message : uint32_t {
     WM_Z80START = platform::wm_private + 1, // from the boot: start the emulation
-    WM_Z80ABORT =
-        platform::wm_private + 2, // from the CPU thread: wparam the instruction's address, lparam why
 };
 
 enum form_menu_item : uint32_t {

@@ -5,11 +5,13 @@
 #include "machine/machine_pass.h"
 #include "machine/run_block.h"
 #include "platform/clock.h"
+#include "platform/host.h"
 #include "platform/thread.h"
 #include "support/log.h"
 #include "support/main_window.h"
 #include <chrono>
 #include <cmath>
+#include <exception>
 
 namespace {
 
@@ -190,7 +192,12 @@ void z80_thread::run() {
         body = body_state::running;
         suspended = 0;
     }
-    run_machine();
+    try {
+        run_machine();
+    } catch (const std::exception &e) {
+        failed(e.what());
+        if (the_main_window != nullptr) the_main_window->post(platform::wm_close, 0, 0);
+    }
     const std::lock_guard lock(park_mutex);
     body = body_state::ended;
     park_changed.notify_all(); // a pause that came too late is answered, too
@@ -238,7 +245,7 @@ void z80_thread::run_machine() {
     trace("Z80: HALT スレッド退出");
     cassette_flush_output();
     if (the_main_window != nullptr)
-        the_main_window->post(z80_abort_message, main_cpu.trace_pc, main_cpu.stop_reason);
+        the_main_window->post(WM_Z80ABORT, main_cpu.trace_pc, main_cpu.stop_reason);
 }
 
 void z80_thread::show_cycles(uint64_t charged) {

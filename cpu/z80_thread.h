@@ -16,9 +16,6 @@
 #include <memory>
 #include <mutex>
 
-// To the main window when the CPU has stopped: wparam the instruction's address, lparam the z80_stop_reason.
-constexpr uint32_t z80_abort_message = 0x402;
-
 class z80_thread : public kel_thread, public emulated_clock {
   public:
     z80_thread();

@@ -138,13 +138,19 @@ void sound_slices::reset_cpu_clk(uint32_t clock_hz) {
     trace("reset_cpu_clk: m_tick_delay=%dl", static_cast<int>(state.tick_delay));
 }
 
+// Once: the emulated program decides how often it happens.
+void sound_slices::tell_overrun(const char *where) {
+    if (!overrun_told) trace("%s: bank overrun; not told again", where);
+    overrun_told = true;
+}
+
 void sound_slices::appendPCMTick(uint32_t channel, uint32_t level, uint32_t param) {
     sound_channel &c = state.channels[channel];
     sound_bank &bank = c.banks[c.fill_bank];
     if (bank.count < bank_capacity)
         append(bank, {pending(channel), c.level, c.param});
     else
-        trace("appendPCMTick: bank overrun");
+        tell_overrun("appendPCMTick");
     c.level = level;
     c.param = param;
     c.recorded_until = state.sound_clock;
@@ -162,7 +168,7 @@ void sound_slices::advanceTick(uint32_t channel, uint64_t cycles) {
         bank.entries[bank.count - 1].duration += taken;
         bank.total += taken;
     } else {
-        trace("advanceTick: bank overrun");
+        tell_overrun("advanceTick");
     }
 }
 

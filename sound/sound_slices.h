@@ -99,6 +99,8 @@ class sound_slices {
     sound_block &record() { return state; }
 
   private:
+    void tell_overrun(const char *where);
+
     struct entry_view { // a bank or a slice list
         const sound_entry *entries;
         uint32_t count;
@@ -113,4 +115,5 @@ class sound_slices {
     sound_block state;
     int16_t slice_buffer[slice_samples];
     slice_list lists[sound_channels];
+    bool overrun_told = false;
 };

@@ -3,6 +3,9 @@
 
 #include <cstdint>
 
+// To the main window when the CPU has stopped: wparam the instruction's address, lparam the z80_stop_reason.
+constexpr uint32_t WM_Z80ABORT = 0x402;
+
 class main_window {
   public:
     // Posts a message to the window; from any thread, never blocks.

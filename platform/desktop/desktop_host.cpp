@@ -28,6 +28,22 @@ bool is_set(const char *variable) {
     return value != nullptr && *value != '\0';
 }
 
+// What the toolkit says while it looks for the desktop. It aborts when there is none; a person is told the
+// reason, once, and the program ends as after any other failure.
+std::string said_at_start;
+
+void hear_start(QtMsgType type, const QMessageLogContext &, const QString &text) {
+    if (type != QtFatalMsg) {
+        if (!said_at_start.empty()) said_at_start += "; ";
+        said_at_start += text.toStdString();
+        return;
+    }
+    const char *display = std::getenv(is_set("WAYLAND_DISPLAY") ? "WAYLAND_DISPLAY" : "DISPLAY");
+    std::fprintf(stderr, "kiv: The window cannot be shown on the desktop \"%s\": %s\n",
+                 display != nullptr ? display : "", said_at_start.c_str());
+    std::_Exit(1);
+}
+
 } // namespace
 
 struct desktop_host::parts {
@@ -88,7 +104,10 @@ std::string desktop_host::missing() {
 desktop_host::desktop_host() : p(std::make_unique<parts>()) {
     // Whole factors only: a pixel of the machine stays a square on displays of any density.
     QGuiApplication::setHighDpiScaleFactorRoundingPolicy(Qt::HighDpiScaleFactorRoundingPolicy::Round);
+    const QtMessageHandler usual = qInstallMessageHandler(hear_start);
     p->application = std::make_unique<QApplication>(p->argc, p->argv);
+    qInstallMessageHandler(usual);
+    if (!said_at_start.empty()) std::fprintf(stderr, "kiv: %s\n", said_at_start.c_str());
     QApplication::setQuitOnLastWindowClosed(false); // the program says when
     QApplication::setApplicationName(QStringLiteral("kiv"));
     QApplication::setApplicationDisplayName(QString());

@@ -7,7 +7,9 @@
 #include <chrono>
 #include <cmath>
 #include <condition_variable>
+#include <cstdio>
 #include <cstring>
+#include <dlfcn.h>
 #include <limits>
 #include <mutex>
 #include <pthread.h>
@@ -47,6 +49,18 @@ void fill_callback(void *user, Uint8 *bytes, int size) {
                                                    static_cast<size_t>(size) / sizeof(int16_t));
 }
 
+void say_nothing(const char *, int, const char *, int, const char *, ...) {}
+
+// Without a device the library underneath explains itself on the terminal at every attempt, in dozens of
+// lines. What it comes to is said once, by keep_device.
+void silence_alsa() {
+    using handler = void (*)(const char *, int, const char *, int, const char *, ...);
+    void *library = dlopen("libasound.so.2", RTLD_LAZY);
+    if (library == nullptr) return;
+    const auto set = reinterpret_cast<int (*)(handler)>(dlsym(library, "snd_lib_error_set_handler"));
+    if (set != nullptr) set(say_nothing);
+}
+
 bool is_usable(int rate) { return rate >= 8000 && rate <= 192000; }
 
 // Opens the default device at the rate that it prefers; 0 on failure.
@@ -54,6 +68,7 @@ SDL_AudioDeviceID open_device(sound_output &output) {
     SDL_SetHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1");
     SDL_SetHint(SDL_HINT_AUDIO_DEVICE_APP_NAME, "Kiv");
     SDL_SetMainReady();
+    silence_alsa();
     if (SDL_InitSubSystem(SDL_INIT_AUDIO) != 0) return 0;
     SDL_AudioSpec preferred{};
     char *name = nullptr;
@@ -90,6 +105,13 @@ SDL_AudioDeviceID open_device(sound_output &output) {
     return device;
 }
 
+void tell_missing() {
+    static bool on_terminal = false;
+    trace("sound: no device (%s)", SDL_GetError());
+    if (!on_terminal) std::fprintf(stderr, "kiv: no sound: %s\n", SDL_GetError());
+    on_terminal = true;
+}
+
 // The thread that owns the device: SDL may block in opening and closing, so nobody else calls it.
 void keep_device(const std::shared_ptr<sound_output> &shared) {
     // The window thread is tied to one processor and its children with it; the sound's need not be.
@@ -109,7 +131,7 @@ void keep_device(const std::shared_ptr<sound_output> &shared) {
             device = open_device(output);
             pulled = output.feeder.get_figures().pulled;
             looks_without_callback = 0;
-            if (device == 0 && !told) trace("sound: no device (%s)", SDL_GetError());
+            if (device == 0 && !told) tell_missing();
             told = device == 0;
         } else {
             const uint64_t now_pulled = output.feeder.get_figures().pulled;

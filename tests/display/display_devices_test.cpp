@@ -50,7 +50,9 @@ std::string dma_debt() {
 
 std::string state_after_reset() {
     machine.machine_reset(machine);
-    return text_of("raster %d, row %d, burst %d, status %d, cursor %d, blink %d/%d %d/%d, chosen %d%d%d",
+    return text_of("owed %u, reverse %d, phase %d, raster %d, row %d, burst %d, status %d, cursor %d, blink "
+                   "%d/%d %d/%d, chosen %d%d%d",
+                   machine.dma_stall, machine.crtc_reverse.load(), machine.cursor_phase.load(),
                    machine.crtc_raster, machine.crtc_line_size, machine.crtc_burst,
                    machine.crtc_status.load(), machine.cursor_enabled.load(), machine.cursor_blink_on,
                    machine.cursor_blink_period, machine.attr_blink_on, machine.attr_blink_period, renderers,
@@ -80,6 +82,9 @@ TEST_F(display_devices, PortsMakeTheState) {
          {{0x51, 0}, {0x50, 0, 0x13}, {0x51, 0}, {0x50, 0, 0xD3}},
          "1/2, status 2, reverse 0, mode 0, chosen 101"},
         {crtc_state, {{0x30, 3}, {0x51, 0}, {0x50, 0, 0x13}}, "1/2, status 2, reverse 0, mode 2, chosen 201"},
+        {crtc_state,
+         {{0x51, 0x00, 0x20}, {0x50, 0x4E, 0x13}},
+         "0/2, status 0, reverse 0, mode 0, chosen 000"},
         // Columns and attributes: each acts when its bit changes.
         {crtc_state, {{0x30, 0x03, 0x03}}, "0/2, status 2, reverse 0, mode 3, chosen 100"},
         {crtc_state, {{0x30, 0x03, 0xFD, 0x01}}, "0/2, status 2, reverse 0, mode 3, chosen 110"},
@@ -87,11 +92,15 @@ TEST_F(display_devices, PortsMakeTheState) {
         {cursor_state, {{0x51, 0x80}, {0x50, 40, 8}}, "40,8, off, phase 0, parameters 0"},
         {cursor_state, {{0x51, 0x81}, {0x50, 40, 8}}, "40,8, on, phase 1, parameters 0"},
         {cursor_state, {{0x51, 0x81}, {0x50, 40, 5}}, "40,5, on, phase 1, parameters 0"},
+        {cursor_state, {{0x51, 0x81}, {0x50, 40, 0x3F}}, "40,63, on, phase 1, parameters 0"},
         {cursor_state, {{0x51, 0x81}, {0x50, 10}}, "10,5, on, phase 0, parameters 5"},
         {cursor_state, {{0x51, 0x9F}, {0x50, 0x80 | 10, 0xC0 | 5}}, "10,5, on, phase 0, parameters 0"},
         // Low byte first; the mode starts the pairs again.
         {dma_state, {{0x64, 0x34}}, "0000+0000, 0000+0000, F3C8-FF80 is BB8"},
         {dma_state, {{0x64, 0x34}, {0x68, 4}, {0x64, 0x78, 0x9A}}, "9A78+0000, 0000+0000, 9A78-FF80 is 6508"},
+        {dma_state,
+         {{0x65, 0x34}, {0x68, 4}, {0x65, 0x78, 0x1A}},
+         "0000+1A79, 0000+0000, F3C8-10E41 is 1A79"},
         {dma_state, {{0x66, 0x34, 0x12}, {0x67, 0xFF, 0xBF}}, "0000+0000, 1234+4000, F3C8-FF80 is BB8"},
         // Channel 2 is the text window, and autoload copies it to channel 3.
         {dma_state, {{0x64, 0xC8, 0xF3}, {0x65, 0xB7, 0x8B}}, "F3C8+0BB8, 0000+0000, F3C8-FF80 is BB8"},
@@ -107,7 +116,8 @@ TEST_F(display_devices, PortsMakeTheState) {
         {dma_debt, {{0x51, 0x00}}, "status 2, enable 0, autoload 0, owed 0 and 0"},
         {state_after_reset,
          {{0x53, 1}, {0x51, 0}, {0x50, 0x4E, 0xD3, 0x07, 0, 0x53}, {0x51, 0x21, 0x80}, {0x68, 0x44}},
-         "raster 10, row 0, burst 0, status 2, cursor 1, blink 24/48 72/96, chosen 102"},
+         "owed 0, reverse 0, phase 1, raster 10, row 0, burst 0, status 2, cursor 1, blink 24/48 72/96, "
+         "chosen 102"},
     };
     for (const auto &c : cases) {
         power_on();
@@ -233,6 +243,32 @@ TEST_F(video_timing, ARowIsAskedForEveryRasterLinesOfACharacter) {
     };
     EXPECT_EQ(printed("DMA under-run occured!!!\n", begin_rows), "DMA under-run occured!!!\n");
     EXPECT_EQ(machine.dma_remaining, 119);
+}
+
+// A restart in mid-row and in the blank; a row's debt is not added to the last one's; text that port 0x53
+// hides is fetched all the same.
+TEST_F(video_timing, ARestartBeginsAFrameAndEachRowIsOwedAlone) {
+    for (const int ticks : {1, 100, 161 * 400 + 50, 161 * 400 + 7719}) {
+        start_display(25);
+        machine.timing_reset();
+        for (int i = 0; i < ticks; ++i) machine.timing_tick(1);
+        machine.timing_reset();
+        EXPECT_EQ(machine.vrtc, 0) << ticks;
+        uint32_t until_blank = 1;
+        while (machine.timing_tick(1) != timing_vblank_begins) ++until_blank;
+        EXPECT_EQ(until_blank, 400u * 161) << ticks;
+        uint32_t blank = 1;
+        while (machine.timing_tick(1) != timing_vblank_ends) ++blank;
+        EXPECT_EQ(blank, 7720u) << ticks;
+    }
+    for (const int hidden : {0, 1}) {
+        start_display(25);
+        out(0x53, {hidden});
+        machine.timing_reset();
+        machine.dma_stall = 0;
+        for (int i = 0; i < 161 * 9; ++i) machine.timing_tick(1); // into the second row
+        EXPECT_EQ(machine.dma_stall, 60u * 5 + 60 * 6) << "hidden " << hidden;
+    }
 }
 
 TEST_F(video_timing, BlinkPhasesFollowTheFrames) {

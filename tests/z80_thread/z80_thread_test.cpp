@@ -3,11 +3,13 @@
 #include "cpu/z80_thread.h"
 
 #include "machine/kiv_machine.h"
+#include "platform/host.h"
 #include "support/main_window.h"
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <new>
 #include <thread>
 
 namespace {
@@ -24,9 +26,10 @@ int cycles_to_try() {
 
 struct posted_messages : main_window {
     std::atomic<int> count{0};
+    std::atomic<uint32_t> id{0};
     std::atomic<uint64_t> address{0}, reason{0};
     void post(uint32_t message, uint64_t wparam, uint64_t lparam) override {
-        EXPECT_EQ(message, z80_abort_message);
+        id = message;
         address = wparam;
         reason = lparam;
         ++count;
@@ -104,6 +107,14 @@ class z80_thread_test : public testing::Test {
     std::unique_ptr<z80_thread> cpu;
     steady_clock::duration longest{};
 };
+
+TEST_F(z80_thread_test, a_run_without_memory_ends_and_asks_for_the_close) {
+    machine.timing_tick = [](uint32_t) -> uint32_t { throw std::bad_alloc(); };
+    start();
+    while (cpu->is_running() || window.count == 0) std::this_thread::yield();
+    EXPECT_EQ(window.id, platform::wm_close);
+    EXPECT_EQ(pause(), 0);
+}
 
 TEST_F(z80_thread_test, parked_means_that_nothing_moves) {
     start_and_wait_until_it_runs();
