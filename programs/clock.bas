@@ -1,0 +1,27 @@
+10 REM *** CLOCK ***  Hands that follow the calendar chip
+20 REM STOP leaves.
+30 REM
+40 CONSOLE 0,25,0,1: COLOR 7: CLS 3
+50 CX=320: CY=98: R=90: P=3.14159265
+60 REM --- the face; a point is twice as high as it is wide
+70 CIRCLE (CX,CY),R*2,5
+80 FOR I=1 TO 60
+90 A=I*P/30: S=SIN(A): C=COS(A): L=R-3: IF I MOD 5=0 THEN L=R-8
+100 LINE (CX+S*L*2,CY-C*L)-(CX+S*(R-1)*2,CY-C*(R-1)),5
+110 NEXT I
+120 FOR I=1 TO 12
+130 A=I*P/6: LOCATE INT((CX+SIN(A)*76*2)/8)-1,INT((CY-COS(A)*74)/8): PRINT MID$(STR$(I),2);
+140 NEXT I
+150 LOCATE 37,17: PRINT MID$(DATE$,4);: ' the chip knows no year
+160 O$=""
+170 REM --- once a second
+180 T$=TIME$: IF T$=O$ THEN 180
+190 H=VAL(LEFT$(T$,2)): M=VAL(MID$(T$,4,2)): S=VAL(RIGHT$(T$,2))
+200 IF O$<>"" THEN A=OH: L=45: K=0: GOSUB 300: A=OM: L=70: GOSUB 300: A=OS: L=78: GOSUB 300
+210 OH=(H MOD 12)*P/6+M*P/360: OM=M*P/30: OS=S*P/30
+220 A=OH: L=45: K=6: GOSUB 300: A=OM: L=70: K=7: GOSUB 300: A=OS: L=78: K=2: GOSUB 300
+230 LOCATE 36,15: PRINT T$;
+240 O$=T$: GOTO 180
+300 REM --- a hand: angle A, length L, colour K
+310 LINE (CX,CY)-(CX+SIN(A)*L*2,CY-COS(A)*L),K
+320 RETURN

@@ -1,0 +1,54 @@
+10 REM *** LANDER ***  A game on the graphic planes
+20 REM Set the craft down on the yellow pad, slowly and upright.
+30 REM Keys: J left, L right, K the main engine.
+40 REM
+50 WIDTH 80,25: CONSOLE 0,25,0,1: COLOR 7: CLS 3
+60 DIM H(64)
+70 REM --- the ground: a height every ten points, and a flat pad
+80 P=INT(RND(1)*44)+10
+90 H(0)=150
+100 FOR I=1 TO 64
+110 H(I)=H(I-1)+INT(RND(1)*31)-15
+120 IF H(I)<110 THEN H(I)=110
+130 IF H(I)>185 THEN H(I)=185
+140 IF I>P AND I<=P+4 THEN H(I)=H(P)
+150 NEXT I
+160 FOR I=0 TO 63: LINE (I*10,H(I))-(I*10+10,H(I+1)),4: NEXT I
+170 LINE (P*10,H(P))-((P+4)*10,H(P)+2),6,BF
+180 FOR I=1 TO 60: PSET (INT(RND(1)*640),INT(RND(1)*100)),7: NEXT I
+190 REM --- the craft: place, speed, fuel
+200 X=60: Y=12: VX=2: VY=0: F=120
+210 XO=X: YO=Y
+220 LOCATE 0,0,0: PRINT "FUEL";F;" DOWN";INT(VY*10);" ACROSS";INT(VX*10);"    ";
+230 GOSUB 500
+240 A$=INKEY$
+250 VY=VY+.06
+260 IF F<=0 THEN 300
+270 IF A$="K" OR A$="k" THEN VY=VY-.35: F=F-2: SOUND 1,110
+280 IF A$="J" OR A$="j" THEN VX=VX-.3: F=F-1: SOUND 1,220
+290 IF A$="L" OR A$="l" THEN VX=VX+.3: F=F-1: SOUND 1,220
+300 XO=X: YO=Y: X=X+VX: Y=Y+VY
+310 IF X<6 THEN X=6: VX=-VX/2
+320 IF X>632 THEN X=632: VX=-VX/2
+330 IF Y<10 THEN Y=10: VY=0
+340 I=INT(X/10): G=H(I)+(H(I+1)-H(I))*(X-I*10)/10
+350 SOUND 1,0
+360 IF Y+4<G THEN GOSUB 600: GOTO 220
+370 REM --- down
+380 GOSUB 600: Y=G-4: GOSUB 500
+390 IF X>=P*10+4 AND X<=P*10+36 AND VY<1.2 AND ABS(VX)<.8 THEN 440
+400 FOR I=1 TO 12: CIRCLE (X,Y),I*3,2: NEXT I
+410 PLAY "T200O2C8O1G8C4"
+420 LOCATE 30,10: COLOR 2: PRINT "The craft is lost.": GOTO 460
+440 PLAY "T200O4C8E8G8O5C4"
+450 LOCATE 24,10: COLOR 6: PRINT "A perfect landing!  Fuel left:";F
+460 COLOR 7: LOCATE 30,12: PRINT "Again (Y/N)?"
+470 A$=INKEY$: IF A$="Y" OR A$="y" THEN RUN
+480 IF A$<>"N" AND A$<>"n" THEN 470
+490 CONSOLE 0,25,1,1: CLS 3: END
+500 REM --- draw the craft
+510 LINE (X-3,Y-4)-(X+3,Y),7,B: LINE (X-3,Y)-(X-5,Y+4),5: LINE (X+3,Y)-(X+5,Y+4),5
+520 RETURN
+600 REM --- wipe it where it was
+610 LINE (XO-5,YO-4)-(XO+5,YO+4),0,BF
+620 RETURN
