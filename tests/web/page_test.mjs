@@ -1,0 +1,197 @@
+// The page in a browser, as a person uses it. node page_test.mjs PAGE_FOLDER KIV_RUN ROM_FOLDER
+// Needs playwright-core (npm) and Chromium; says "skipped" and ends with 77 where they are missing.
+import { execFileSync } from 'node:child_process';
+import { createServer } from 'node:http';
+import { mkdtempSync, readFileSync, writeFileSync } from 'node:fs';
+import { tmpdir } from 'node:os';
+import { extname, join, normalize } from 'node:path';
+import assert from 'node:assert/strict';
+
+const [folder, kivRun, roms] = process.argv.slice(2);
+const chromiumPath = process.env.KIV_CHROMIUM ?? '/usr/bin/chromium';
+let chromium;
+try {
+  ({ chromium } = await import(process.env.KIV_PLAYWRIGHT ?? 'playwright-core'));
+  readFileSync(chromiumPath, { flag: 'r' });
+} catch (error) {
+  console.log(`skipped: ${error.message}`);
+  process.exit(77);
+}
+
+const scratch = mkdtempSync(join(tmpdir(), 'kiv-page-'));
+const types = { '.html': 'text/html', '.js': 'text/javascript', '.css': 'text/css', '.wasm': 'application/wasm', '.png': 'image/png', '.webmanifest': 'application/manifest+json' };
+let answering = true;
+const requests = [];
+const server = createServer((request, response) => {
+  const path = normalize(new URL(request.url, 'http://x').pathname).replace(/\/$/, '/index.html');
+  requests.push(path);
+  if (!answering) return response.destroy();
+  try {
+    const body = readFileSync(path === '/tape.cmt' ? join(scratch, 'tape.cmt') : join(folder, path));
+    response.writeHead(200, { 'Content-Type': types[extname(path)] ?? 'application/octet-stream' }).end(body);
+  } catch {
+    response.writeHead(404).end();
+  }
+});
+await new Promise((resolve) => server.listen(0, '127.0.0.1', resolve));
+const home = `http://127.0.0.1:${server.address().port}/`;
+
+const browser = await chromium.launch({ executablePath: chromiumPath, args: ['--no-sandbox', '--disable-gpu', '--disable-quic', '--no-first-run',
+  '--disable-background-networking', '--disable-component-update', '--disable-sync', '--autoplay-policy=no-user-gesture-required'] });
+const context = await browser.newContext({ viewport: { width: 1280, height: 900 }, locale: 'en-GB', permissions: ['clipboard-read', 'clipboard-write'] });
+const page = await context.newPage();
+const complaints = [];
+page.on('console', (message) => { if (message.type() === 'error') complaints.push(message.text()); });
+page.on('pageerror', (error) => complaints.push(error.message));
+page.on('request', (request) => { if (!request.url().startsWith(home) && !request.url().startsWith('blob:')) complaints.push(`asked ${request.url()}`); });
+
+const text = () => page.evaluate(() => kiv.machine.screenText());
+async function shows(wanted) {
+  await page.waitForFunction((w) => kiv.machine.screenText().includes(w), wanted, { timeout: 60000 }).catch(async () => {
+    assert.fail(`the screen never shows "${wanted}":\n${await text()}`);
+  });
+}
+async function open(query = '') {
+  await page.goto(home + query);
+  await page.waitForFunction(() => globalThis.kiv !== undefined, null, { timeout: 30000 });
+  await shows('Ok');
+}
+const send = (name, data) => page.setInputFiles('#file', { name, mimeType: 'application/octet-stream', buffer: Buffer.from(data) });
+
+const tests = {
+  async 'the picture is what kiv-run shows, to the pixel'() {
+    await open();
+    const png = join(scratch, 'run.png');
+    execFileSync(kivRun, ['--roms', roms, '--frames', '150', '--date', '1982-11-01T12:00:00', '--seed', '1', '--png', png]);
+    const expected = readFileSync(png).toString('base64');
+    const different = await page.evaluate(async (png) => {
+      const { machine } = kiv;
+      const mine = machine.save();
+      const bitmap = await createImageBitmap(await (await fetch(`data:image/png;base64,${png}`).catch(() => null))?.blob?.() ?? new Blob([Uint8Array.from(atob(png), (c) => c.charCodeAt(0))]));
+      const canvas = new OffscreenCanvas(640, 400), context = canvas.getContext('2d');
+      context.drawImage(bitmap, 0, 0);
+      const wanted = new Uint32Array(context.getImageData(0, 0, 640, 400).data.buffer);
+      machine.insertOpenRoms();
+      machine.c.kiv_seed(1);
+      machine.boot(new Date(1982, 10, 1, 12, 0, 0));
+      for (let i = 0; i < 150; i++) machine.runFrame();
+      const pixels = machine.pixels();
+      let count = 0;
+      for (let i = 0; i < wanted.length; i++) {
+        const rgb = pixels[4 * i + 2] | pixels[4 * i + 1] << 8 | pixels[4 * i] << 16;
+        if (rgb !== (wanted[i] & 0xFFFFFF)) count++;
+      }
+      machine.load(mine);
+      return count;
+    }, expected);
+    complaints.length = 0; // the page's policy forbids the data address, as it should
+    assert.equal(different, 0);
+  },
+
+  async 'what is typed arrives'() {
+    await page.locator('#machine').focus();
+    for (const key of ['Shift+Slash', '4', '2', 'Enter']) {
+      await page.keyboard.press(key);
+      await page.waitForFunction((frame) => kiv.machine.frames > frame + 8, await page.evaluate(() => kiv.machine.frames));
+    }
+    await shows('\n 42\n');
+    await page.evaluate(() => kiv.machine.type('PRINT 100+23\n'));
+    await shows('\n 123\n');
+  },
+
+  async 'sound is heard and of the right pitch'() {
+    await page.locator('#machine').click();
+    await page.waitForFunction(() => kiv.sound.running);
+    const hertz = await page.evaluate(async () => {
+      const { machine } = kiv;
+      machine.setRate(48000);
+      machine.type('BEEP 1\n');
+      const heard = [];
+      for (let i = 0; i < 260; i++) {
+        machine.runFrame();
+        heard.push(...machine.samples());
+      }
+      let first = -1, last = -1, rises = 0;
+      for (let i = 1; i < heard.length; i++) {
+        if (!(heard[i - 1] < -500 && heard[i] >= -500)) continue;
+        if (first < 0) first = i; else rises++;
+        last = i;
+      }
+      machine.type('BEEP 0\n');
+      return rises / ((last - first) / 48000);
+    });
+    assert.ok(Math.abs(hertz - 2400) < 24, `the beeper sounds at ${hertz} Hz`);
+  },
+
+  async 'a state survives a reload'() {
+    await page.evaluate(() => kiv.machine.type('NEW\n10 REM KEEP ME\nCLS\nLIST\n'));
+    await shows('10 REM KEEP ME');
+    await page.click('#states');
+    await page.click('[aria-label="Save 3"]');
+    await page.waitForSelector('[aria-label="Load 3"]:enabled');
+    await page.reload();
+    await page.waitForFunction(() => globalThis.kiv !== undefined);
+    await page.evaluate(() => { kiv.machine.boot(); });
+    await page.click('#states');
+    await page.click('[aria-label="Load 3"]');
+    await shows('10 REM KEEP ME');
+  },
+
+  async 'a tape that is dropped loads, a listing runs'() {
+    writeFileSync(join(scratch, 'tape.cmt'), '10 PRINT "FROM TAPE"\r\n20 END\r\n\x1a');
+    await send('tape.cmt', readFileSync(join(scratch, 'tape.cmt')));
+    await page.evaluate(() => kiv.machine.type('CLS\nCLOAD\nRUN\n'));
+    await shows('FROM TAPE');
+    await send('game.bas', '10 PRINT "A LISTING";1+1\n');
+    await shows('A LISTING 2');
+  },
+
+  async 'a program travels in the address'() {
+    await send('shared.bas', '10 PRINT "SHARED"\n20 PRINT "AGAIN"\n');
+    await shows('AGAIN');
+    await page.click('#share');
+    await page.waitForFunction(() => location.search.includes('bas='));
+    const query = new URL(page.url()).search;
+    await open(query);
+    await shows('SHARED');
+    await open('?tape=tape.cmt');
+  },
+
+  async 'it starts without a network'() {
+    await page.evaluate(() => navigator.serviceWorker.ready);
+    await page.waitForFunction(() => caches.keys().then((names) => names.length > 0));
+    answering = false;
+    await open();
+    answering = true;
+  },
+
+  async 'both languages, and no complaint of the browser'() {
+    await page.click('#settings');
+    await page.selectOption('#setting-rows select >> nth=0', 'ja');
+    assert.equal(await page.textContent('#reset'), 'リセット');
+    await page.selectOption('#setting-rows select >> nth=0', 'en');
+    await page.keyboard.press('Escape');
+    for (const [width, height, name] of [[1280, 900, 'desktop'], [390, 844, 'phone']]) {
+      await page.setViewportSize({ width, height });
+      await page.waitForTimeout(300);
+      if (process.env.KIV_PAGE_PICTURES) await page.screenshot({ path: join(process.env.KIV_PAGE_PICTURES, `page-${name}.png`) });
+      assert.ok(await page.evaluate(() => document.documentElement.scrollWidth <= innerWidth), `${name}: nothing sticks out`);
+    }
+    assert.deepEqual(complaints, []);
+  },
+};
+
+let failed = 0;
+for (const [name, test] of Object.entries(tests)) {
+  try {
+    await test();
+    console.log(`ok      ${name}`);
+  } catch (error) {
+    failed++;
+    console.log(`FAILED  ${name}\n${error.stack}`);
+  }
+}
+await browser.close();
+server.close();
+console.log(`${Object.keys(tests).length - failed} passed, ${failed} failed`);
+process.exit(failed ? 1 : 0);

@@ -1,0 +1,423 @@
+// The page: puts machine, screen, sound, keys and files together, and runs a frame whenever the sound wants one.
+import { Machine, ROM, RUN_STOPPED } from './machine.js';
+import { Screen, toImage } from './screen.js';
+import { Sound } from './sound.js';
+import { Keys, buildKeyboard, readGamepads } from './keys.js';
+import { listingToTape, pack, tapeToListing, unpack } from './listing.js';
+import { SLOTS, deleteState, getState, putState } from './states.js';
+import { currentLanguage, languages, say, setLanguage } from './text.js';
+
+const $ = (id) => document.getElementById(id);
+
+const defaults = { language: navigator.language.startsWith('ja') ? 'ja' : 'en', aspect: '4:3', lines: false, layout: 'place', arrows: 'tenkey',
+  sound: true, hidden: 'pause', monitor: '24', spoken: true };
+const settings = { ...defaults, ...JSON.parse(localStorage.getItem('kiv') ?? '{}') };
+
+let machine, screen, sound, keys;
+let roms = null;                // own images: [[socket, bytes], ...]
+let paused = false, fast = false, stopTold = false;
+let next = 0;                   // without sound: when the next frame is due, milliseconds
+let heard = '', heardAt = 0;
+
+let messageTimer;
+function tell(text) {
+  $('message').textContent = text;
+  clearTimeout(messageTimer);
+  messageTimer = setTimeout(() => { $('message').textContent = ''; }, 2500);
+}
+
+// ---- time
+
+function frame() {
+  if (machine.runFrame() === RUN_STOPPED && !stopTold) {
+    stopTold = true;
+    tell(say('stopped', machine.stopAddress.toString(16).toUpperCase().padStart(4, '0')));
+  }
+}
+
+// With sound, the queue's fill is the clock; without, the page's own.
+function advance() {
+  if (paused || (document.hidden && settings.hidden === 'pause')) return;
+  if (fast) return runFast();
+  if (sound.running) {
+    for (let i = 0; i < 8 && sound.wants; i++) {
+      machine.setRate(sound.rate());
+      frame();
+      sound.play(machine.samples());
+    }
+    next = 0;
+    return;
+  }
+  const now = performance.now();
+  if (next === 0 || now - next > 200) next = now;
+  for (; next <= now; next += machine.frameSeconds * 1000) frame();
+}
+
+function runFast() {
+  const end = performance.now() + 12;
+  do frame(); while (performance.now() < end);
+}
+
+function draw() {
+  requestAnimationFrame(draw);
+  readGamepads(machine);
+  advance();
+  screen.show(machine.pixels());
+  speak();
+}
+
+// The text screen for those who hear it: what changed, at most once a second, when it stands still.
+function speak() {
+  const now = performance.now();
+  if (!settings.spoken || now - heardAt < 1000) return;
+  heardAt = now;
+  const text = machine.screenText();
+  if (text === heard) return;
+  heard = text;
+  $('text').textContent = text;
+}
+
+function setPaused(on) {
+  paused = on;
+  $('pause').setAttribute('aria-pressed', String(on));
+  if (on) keys.releaseAll();
+}
+
+function setFast(on) {
+  fast = on;
+  $('fast').setAttribute('aria-pressed', String(on));
+}
+
+// ---- power and files
+
+function boot() {
+  if (roms) for (const [socket, bytes] of roms) machine.insertRom(socket, bytes);
+  else machine.insertOpenRoms();
+  machine.boot();
+  applyMachineSettings();
+  stopTold = false;
+}
+
+function applyMachineSettings() {
+  machine.setSetting('tenkeyless', settings.arrows === 'tenkey' ? 1 : 0);
+  machine.setSetting('soft_volume', 6);
+}
+
+// Runs until BASIC has said Ok, so that what is typed arrives.
+function waitForBasic() {
+  for (let i = 0; i < 300 && !machine.screenText().includes('Ok'); i++) machine.runFrame();
+}
+
+function loadListing(text, start) {
+  boot();
+  waitForBasic();
+  machine.insertTape(listingToTape(text));
+  machine.type(start ? 'CLOAD\nRUN\n' : 'CLOAD\n');
+}
+
+async function openFile(file) {
+  const bytes = new Uint8Array(await file.arrayBuffer());
+  const name = file.name.toLowerCase();
+  if (name in ROM) return openRom(name, bytes);
+  if (name.endsWith('.bas') || name.endsWith('.txt')) loadListing(new TextDecoder().decode(bytes), true);
+  else if (name.endsWith('.kiv')) machine.loadDump(bytes);
+  else if (name.endsWith('.kivstate')) machine.load(bytes);
+  else machine.insertTape(bytes);
+  stopTold = false;
+  tell(say('loaded', file.name));
+}
+
+function openRom(name, bytes) {
+  const others = (roms ?? []).filter(([socket]) => socket !== ROM[name]);
+  machine.insertRom(ROM[name], bytes);
+  roms = [...others, [ROM[name], bytes]];
+  tell(say('loaded', name));
+  if (roms.length === Object.keys(ROM).length) boot();
+}
+
+async function openFiles(files) {
+  for (const file of files) {
+    try {
+      await openFile(file);
+    } catch (error) {
+      tell(say('failed', file.name, error.message));
+    }
+  }
+  $('machine').focus();
+}
+
+// ---- states
+
+async function saveState(slot) {
+  await putState(slot, { bytes: machine.save(), time: Date.now(), pixels: machine.pixels().slice(), roms });
+}
+
+async function loadState(slot) {
+  const state = await getState(slot);
+  if (!state) return false;
+  if (JSON.stringify(state.roms?.map(([s, b]) => [s, b.length])) !== JSON.stringify(roms?.map(([s, b]) => [s, b.length]))) {
+    roms = state.roms;
+    boot();
+  }
+  machine.load(state.bytes);
+  stopTold = false;
+  return true;
+}
+
+async function showStates() {
+  const list = $('slots');
+  list.replaceChildren();
+  for (let slot = 1; slot <= SLOTS; slot++) {
+    const state = await getState(slot);
+    const item = list.appendChild(document.createElement('li'));
+    const picture = item.appendChild(document.createElement('canvas'));
+    [picture.width, picture.height] = [640, 400];
+    if (state) picture.getContext('2d').putImageData(toImage(state.pixels), 0, 0);
+    const when = state ? new Date(state.time).toLocaleString(currentLanguage()) : say('empty');
+    picture.setAttribute('role', 'img');
+    picture.setAttribute('aria-label', `${say('slot')} ${slot}: ${when}`);
+    item.appendChild(document.createElement('span')).textContent = `${slot}  ${when}`;
+    const buttons = item.appendChild(document.createElement('div'));
+    buttons.className = 'buttons';
+    const act = (name, enabled, action) => {
+      const button = buttons.appendChild(document.createElement('button'));
+      button.textContent = say(name);
+      button.disabled = !enabled;
+      button.setAttribute('aria-label', `${say(name)} ${slot}`);
+      button.addEventListener('click', async () => {
+        try {
+          await action();
+        } catch (error) {
+          tell(say('failed', `${say('slot')} ${slot}`, error.message));
+        }
+        if (name === 'load') $('dialog-states').close();
+        else await showStates();
+      });
+    };
+    act('save', true, () => saveState(slot).then(() => tell(say('saved', slot))));
+    act('load', state, () => loadState(slot).then(() => tell(say('restored', slot))));
+    act('remove', state, () => deleteState(slot));
+  }
+}
+
+// ---- out of the page
+
+function download(blob, name) {
+  const link = document.createElement('a');
+  link.href = URL.createObjectURL(blob);
+  link.download = name;
+  link.click();
+  setTimeout(() => URL.revokeObjectURL(link.href), 10000);
+}
+
+const stamp = () => new Date().toISOString().slice(0, 19).replace(/[T:]/g, '-');
+
+function savePicture() {
+  const canvas = document.createElement('canvas');
+  [canvas.width, canvas.height] = [640, 400];
+  canvas.getContext('2d').putImageData(toImage(machine.pixels()), 0, 0);
+  canvas.toBlob((blob) => download(blob, `kiv-${stamp()}.png`));
+}
+
+// Lets a copy of the machine write its program to a tape, and puts the machine back: nobody sees it.
+function takeProgram() {
+  const before = machine.save();
+  try {
+    machine.recordTape(true);
+    machine.type('SAVE "SHARE"\n');
+    for (let quiet = 0, size = 0, i = 0; i < 6000 && quiet < 60; i++) {
+      machine.runFrame();
+      const now = machine.c.kiv_tape_output_size();
+      quiet = machine.typing === 0 && now === size ? quiet + 1 : 0;
+      size = now;
+    }
+    return tapeToListing(machine.recorded());
+  } finally {
+    machine.load(before);
+    machine.recordTape(false);
+  }
+}
+
+async function share() {
+  const listing = takeProgram();
+  if (listing.trim() === '') return tell(say('noProgram'));
+  const address = new URL(location.pathname, location.href);
+  address.searchParams.set('bas', await pack(listing));
+  history.replaceState(null, '', address);
+  try {
+    await navigator.clipboard.writeText(address.href);
+    tell(say('copied'));
+  } catch {
+    tell(address.href);
+  }
+}
+
+async function paste(text) {
+  try {
+    text ??= await navigator.clipboard.readText();
+    if (!text) return tell(say('nothing'));
+    machine.type(text.replace(/\r\n?/g, '\n'));
+    tell(say('typing'));
+  } catch (error) {
+    tell(say('failed', say('paste'), error.message));
+  }
+}
+
+// ---- settings
+
+const settingRows = [
+  ['language', Object.entries(languages), (value) => { setLanguage(value); buildSettings(); buildHelp(); }],
+  ['aspect', [['4:3', 'monitor43'], ['square', 'square']], (value) => { screen.aspect = value === '4:3' ? 4 / 3 : 1.6; screen.fit(); }],
+  ['lines', [[false, 'off'], [true, 'on']], (value) => { screen.lines = value; }],
+  ['layout', [['place', 'place'], ['character', 'character']], (value) => { keys.byCharacter = value === 'character'; }],
+  ['arrows', [['tenkey', 'tenkey'], ['cursor', 'cursor']], () => applyMachineSettings()],
+  ['sound', [[true, 'on'], [false, 'off']], (value) => sound.switch(value)],
+  ['monitor', [['24', '24 kHz'], ['15', '15 kHz']], (value) => machine.setSetting('hires_crt', value === '24' ? 1 : 0)],
+  ['hidden', [['pause', 'pauseHidden'], ['on', 'goOn']], () => {}],
+  ['spoken', [[true, 'on'], [false, 'off']], (value) => { if (!value) $('text').textContent = ''; }],
+];
+
+function buildSettings() {
+  $('setting-rows').replaceChildren(...settingRows.map(([name, choices, apply]) => {
+    const row = document.createElement('label');
+    row.className = 'setting';
+    row.append(say(name === 'spoken' ? 'spokenText' : name));
+    const select = row.appendChild(document.createElement('select'));
+    for (const [value, label] of choices) select.add(new Option(say(label) ?? label, String(value), false, settings[name] === value));
+    select.addEventListener('change', () => {
+      settings[name] = choices[select.selectedIndex][0];
+      localStorage.setItem('kiv', JSON.stringify(settings));
+      apply(settings[name]);
+    });
+    return row;
+  }), romRow());
+}
+
+function romRow() {
+  const row = document.createElement('div');
+  row.className = 'setting';
+  row.append(say('roms'));
+  const button = row.appendChild(document.createElement('button'));
+  button.textContent = roms ? say('openRoms') : say('ownRoms');
+  button.addEventListener('click', () => {
+    if (!roms) return $('file').click();
+    roms = null;
+    boot();
+    buildSettings();
+  });
+  return row;
+}
+
+function buildHelp() {
+  const table = document.createElement('table');
+  for (const [key, what] of say('helpText')) {
+    const row = table.insertRow();
+    row.appendChild(document.createElement('th')).textContent = key;
+    row.insertCell().textContent = what;
+  }
+  const line = document.createElement('p');
+  line.textContent = say('helpBasic');
+  $('help-text').replaceChildren(table, line);
+}
+
+// ---- the page's own events
+
+function listen() {
+  const place = $('machine');
+  const soundAfterGesture = () => { if (settings.sound && !sound.running) sound.start(); };
+  window.addEventListener('pointerdown', soundAfterGesture);
+  window.addEventListener('keydown', soundAfterGesture);
+  place.addEventListener('keydown', (event) => {
+    if (event.code === 'Escape' && machine.typing > 0) machine.stopTyping();
+    else if ((event.ctrlKey || event.metaKey) && event.code === 'KeyV') return; // the paste event follows
+    else if (event.code === 'Tab' && event.shiftKey) return;                   // the way out by keyboard
+    else if (!keys.down(event)) return;
+    event.preventDefault();
+  });
+  place.addEventListener('keyup', (event) => { if (keys.up(event)) event.preventDefault(); });
+  place.addEventListener('blur', () => keys.releaseAll());
+  place.addEventListener('click', () => place.focus());
+  document.addEventListener('paste', (event) => { if (!$('dialog-states').open) paste(event.clipboardData.getData('text')); });
+
+  $('open').addEventListener('click', () => $('file').click());
+  $('file').addEventListener('change', async (event) => {
+    await openFiles([...event.target.files]);
+    event.target.value = '';
+  });
+  for (const name of ['dragover', 'dragleave', 'drop']) {
+    document.addEventListener(name, (event) => {
+      event.preventDefault();
+      place.classList.toggle('dropping', name === 'dragover');
+    });
+  }
+  document.addEventListener('drop', (event) => openFiles([...event.dataTransfer.files]));
+  globalThis.launchQueue?.setConsumer(async ({ files }) => openFiles(await Promise.all(files.map((file) => file.getFile()))));
+
+  $('reset').addEventListener('click', () => { machine.reset(); stopTold = false; place.focus(); });
+  $('pause').addEventListener('click', () => setPaused(!paused));
+  $('fast').addEventListener('click', () => setFast(!fast));
+  $('paste').addEventListener('click', () => { paste(); place.focus(); });
+  $('picture').addEventListener('click', savePicture);
+  $('share').addEventListener('click', share);
+  $('full').addEventListener('click', () => (document.fullscreenElement ? document.exitFullscreen() : document.documentElement.requestFullscreen()));
+  $('keys').addEventListener('click', () => {
+    $('keyboard').hidden = !$('keyboard').hidden;
+    $('keys').setAttribute('aria-pressed', String(!$('keyboard').hidden));
+  });
+  $('states').addEventListener('click', async () => { await showStates(); $('dialog-states').showModal(); });
+  $('state-download').addEventListener('click', () => download(new Blob([machine.save()]), `kiv-${stamp()}.kivstate`));
+  for (const name of ['settings', 'help']) $(name).addEventListener('click', () => $(`dialog-${name}`).showModal());
+  for (const button of document.querySelectorAll('.close')) button.addEventListener('click', () => button.closest('dialog').close());
+
+  document.addEventListener('visibilitychange', () => {
+    if (!document.hidden) return;
+    keys.releaseAll();
+    if (settings.hidden === 'pause') sound.pause();
+    saveState(0);
+  });
+  window.addEventListener('focus', () => { if (sound.context) sound.start(); });
+}
+
+// ---- the start
+
+async function begin(address) {
+  const wanted = address.searchParams;
+  if (wanted.has('bas')) return loadListing(await unpack(wanted.get('bas')), true);
+  if (wanted.has('tape')) {
+    const tape = new URL(wanted.get('tape'), location.href);
+    if (tape.origin !== location.origin) throw new Error(tape.origin);
+    const answer = await fetch(tape);
+    if (!answer.ok) throw new Error(`${tape.pathname}: ${answer.status}`);
+    machine.insertTape(new Uint8Array(await answer.arrayBuffer()));
+    return tell(say('loaded', tape.pathname.split('/').pop()));
+  }
+  await loadState(0);
+}
+
+async function start() {
+  setLanguage(settings.language);
+  machine = await Machine.load('kiv.wasm');
+  screen = new Screen($('screen'), $('machine'));
+  sound = new Sound();
+  sound.on = settings.sound;
+  sound.onwant = advance; // also while the page is hidden and gets no animation frames
+  keys = new Keys(machine);
+  boot();
+  buildKeyboard($('keyboard'), machine, say);
+  buildSettings();
+  buildHelp();
+  for (const [name, , apply] of settingRows) if (name !== 'language') apply(settings[name]);
+  listen();
+  try {
+    await begin(new URL(location.href));
+  } catch (error) {
+    tell(say('failed', 'Kiv', error.message));
+  }
+  if (matchMedia('(pointer: coarse)').matches) $('keys').click();
+  $('machine').focus();
+  draw();
+  globalThis.kiv = { machine, sound, screen }; // for whoever wants to look inside
+  navigator.serviceWorker?.register('service-worker.js');
+}
+
+start().catch((error) => { $('message').textContent = error.message; });
