@@ -6,6 +6,11 @@ build_packages="g++ cmake ninja-build libpng-dev pasmo"
 desktop_packages="qt6-base-dev libsdl2-dev fonts-vlgothic"
 # For the tests and the benchmarks.
 test_packages="libgtest-dev libbenchmark-dev xvfb xdotool openbox"
+# For the page; and for its test, beside npm's playwright-core.
+web_packages="clang lld wasi-libc libc++-14-dev-wasm32 libclang-rt-14-dev-wasm32"
+page_test_packages="chromium nodejs"
+# For the libretro core.
+libretro_packages="retroarch-dev"
 # For tools/lint.
 lint_packages="clang-format clang-tidy"
 
