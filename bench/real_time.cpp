@@ -2,6 +2,7 @@
 // against the monotonic clock, processor time by thread, and how long a pause takes to be answered.
 //
 //   bench_real_time [seconds, default 20] [folder of the ROM images]
+#include "bench/demonstration.h"
 #include "cpu/z80_thread.h"
 #include "display/kiv_directx.h"
 #include "machine/kiv_machine.h"
@@ -127,8 +128,12 @@ int main(int argc, char **argv) {
     cpu.create_thread(1);
     cpu.resume_thread();
 
-    next_slice_end(host);
-    for (int n = 0; n < 50; ++n) next_slice_end(host); // past the first second of the program
+    const auto run_slices = [&host](int n) {
+        for (; n > 0; --n) next_slice_end(host);
+    };
+    run_slices(1);
+    start_demonstration(run_slices);
+    run_slices(50); // past its first second
     const std::vector<double> times_before = thread_times();
     const moment start = next_slice_end(host);
     double furthest_ahead = 0, furthest_behind = 0;
