@@ -4,7 +4,7 @@
 ;   do_cload do_load         ["name"]: a program or a block; CLOAD? compares the program instead
 ;   do_merge                 ["name"]: the lines of a program are added
 ;   do_bsave                 "name",address,bytes[,start]: a block
-;   do_bload                 ["name"][,R]: a block; R starts it
+;   do_bload                 ["name"][,R]: a block, to memory that CLEAR has set aside; R starts it
 ;   tape_write_block         HL first, DE last address, BC start: a block without a name
 ;   tape_read_block          the next block: DE first address, HL behind the last, BC start; C: damaged
 ;
@@ -27,6 +27,7 @@ TAPE_END        EQU 01Ah
 TAPE_LOADS      EQU 0
 TAPE_MERGES     EQU 1
 TAPE_SKIPS      EQU 2
+TAPE_ANYWHERE   EQU 3           ; blocks may go anywhere; else only to memory that CLEAR has set aside
 
 ; ---- Writing
 
@@ -289,13 +290,17 @@ _next:  CALL tape_read
         JR NZ,_next             ; leader
         LD HL,tape_pushed       ; the first byte of what it is
         LD (HL),A
-        DEC HL
-        LD (HL),1
+        LD B,TAPE_TEXT
         CP ":"
-        LD A,TAPE_RECORDS
-        JR Z,_kind
-        DEC A
-_kind:  LD (tape_kind),A
+        JR NZ,_kind
+        LD A,(tape_wanted)      ; records are not what has a name
+        OR A
+        JR NZ,_next
+        INC B
+_kind:  DEC HL
+        LD (HL),1
+        LD A,B
+        LD (tape_kind),A
         RET
 _named: LD (tape_kind),A
         LD HL,LINE_TEXT         ; its name
@@ -339,7 +344,7 @@ _text:  CALL tape_read
         CP TAPE_END
         JR NZ,_text
         CALL tape_read
-        JR _next
+        JP _next
 _block: LD A,TAPE_SKIPS
         LD (tape_mode),A
         CALL tape_records_in
@@ -644,8 +649,10 @@ _head:  CALL _colon
         LD DE,(tape_bounds + 2)
         LD A,D
         OR E
-        JR NZ,_byte
+        JR NZ,_checked
         LD (tape_bounds),HL
+_checked:
+        CALL tape_allowed
 _byte:  CALL tape_read
         LD C,A
         LD A,(tape_mode)
@@ -674,10 +681,34 @@ _colon: CALL tape_read
         SCF
         RET
 
+; Variables and what else the interpreter needs are not written over: B bytes at HL. Keeps all.
+tape_allowed:
+        LD A,(tape_mode)
+        CP TAPE_SKIPS
+        RET NC
+        PUSH HL
+        PUSH DE
+        LD DE,(memory_top)
+        OR A
+        SBC HL,DE
+        ADD HL,DE
+        JR C,_taken
+        LD E,B
+        LD D,0
+        DEC DE
+        ADD HL,DE
+        JR C,_taken             ; it would come round to the program
+        POP DE
+        POP HL
+        RET
+_taken: CALL tape_close_out
+        JP illegal_call
+
 tape_read_block:
         CALL tape_open_in
         XOR A
         LD (tape_next),A
+        LD A,TAPE_ANYWHERE
         LD (tape_mode),A
 _search:
         CALL tape_read
@@ -698,9 +729,21 @@ do_bload:
         SUB ","
         LD B,0
         JR NZ,_plain
-        CALL next_char
-        CALL expect
-        DEFB "R"
+        CALL next_char          ; R is the name of a variable there
+        CP TOK_VAR
+        JP NZ,syntax_error
+        INC HL
+        LD E,(HL)
+        INC HL
+        LD D,(HL)
+        INC HL
+        PUSH HL
+        LD HL,SYMBOL_TYPE + 4
+        ADD HL,DE
+        LD A,(HL)
+        POP HL
+        CP "R"
+        JP NZ,syntax_error
         LD B,1
 _plain: PUSH HL
         PUSH BC
