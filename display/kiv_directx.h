@@ -87,6 +87,9 @@ class kiv_directx {
     virtual void makeNormalPCM(slice_source source);
     virtual void transferPCM(const int16_t *samples); // one slice
 
+    // The sound's state, for snapshots: while the CPU thread is parked.
+    sound_block &sound_state() { return slices.record(); }
+
     // The object, or null. Not for the render thread, which may outlive it.
     static kiv_directx *instance();
     // Render thread: `frame` of the object, or 0 when there is none any more.
