@@ -169,9 +169,20 @@ template <class Archive> void pcg_fields(fields<Archive> f) {
     for (pcg_counter &c : machine.pcg_counters) f(c.frequency, c.high, c.low, c.access, c.toggle, c.gate);
 }
 
+// Of the changes that wait their number is told, so that it can be checked.
+template <class Archive> void keyboard_fields(fields<Archive> f) {
+    f(machine.key_matrix, machine.key_retraces, machine.key_pressed_at);
+    for (key_change &c : machine.key_changes) f(c.due, c.key, c.down);
+    uint32_t waiting = machine.key_changes_asked - machine.key_changes_made;
+    f(machine.key_changes_made);
+    f.ranged(waiting, 0, key_changes_size);
+    if constexpr (std::is_same_v<Archive, loading>)
+        machine.key_changes_asked = machine.key_changes_made + waiting;
+}
+
 // Everything of the machine but its memory and the choice of the attribute decoder.
 template <class Archive> void machine_fields(fields<Archive> f) {
-    f(machine.key_matrix);
+    keyboard_fields(f);
     for (auto &colour : machine.palette) f.ranged(colour, 0, 7);
     f(machine.sys_status, machine.gvram_select, machine.port10, machine.port21, machine.port30,
       machine.port31, machine.port40, machine.port70, machine.port71, machine.portE4, machine.portE6);
@@ -596,7 +607,7 @@ size_t snapshot_size(const snapshot_parts &parts, tape_in_snapshot tape) {
 }
 
 size_t snapshot_limit(tape_in_snapshot tape, size_t tape_output) {
-    constexpr size_t fields_and_heads = 4096, full_banks = bank_capacity * (4 + 4 + 3 * 2);
+    constexpr size_t fields_and_heads = 8192, full_banks = bank_capacity * (4 + 4 + 3 * 2);
     const size_t tape_bytes = tape == tape_in_snapshot::whole ? machine.tape_size : 0;
     return memory_size + fields_and_heads + full_banks + tape_output + tape_bytes;
 }

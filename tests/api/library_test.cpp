@@ -57,11 +57,12 @@ TEST(Library, WhatIsTypedArrivesAtTheMachinesPace) {
     ASSERT_EQ(kiv_type("FGH"), KIV_OK);
     run(1);
     kiv_type_cancel();
+    run(5); // a press is seen, however short it was
     for (uint32_t row = 0; row < 12; ++row) EXPECT_EQ(kiv_matrix_row(row), 0xFFu) << row;
     kiv_matrix_key(2, 1, 1); // A
     kiv_key(0x10, 1);        // SHIFT
     run(3);
-    EXPECT_EQ(text_screen().substr(0, 15), "READY\nAbC`DeA\n\n");
+    EXPECT_EQ(text_screen().substr(0, 15), "READY\nAbC`DeFA\n");
     kiv_release_keys();
     EXPECT_EQ(kiv_matrix_row(2), 0xFFu);
     EXPECT_EQ(kiv_matrix_key(12, 0, 1), KIV_ERROR_ARGUMENT);
