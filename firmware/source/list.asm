@@ -488,9 +488,7 @@ _line:  POP DE
         LD A,(stop_flag)
         OR A
         JR Z,_line
-        POP DE
-        XOR A
-        LD (stop_flag),A
+        POP DE                  ; the flag stays: a program that lists is to break as well
 _end:   POP AF
         OUT (WINDOW_PAGE),A
         POP HL
