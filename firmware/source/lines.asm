@@ -471,6 +471,9 @@ memory_move:
         OR A
         SBC HL,DE
         JP C,illegal_call
+        LD A,D                  ; so low that what is moved would wrap round
+        CP DATA / 256 + 1
+        JP C,illegal_call
         PUSH DE
         CALL variables_clear
         POP HL

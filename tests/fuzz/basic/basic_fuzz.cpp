@@ -228,8 +228,7 @@ class watched_machine {
         if (!write_fault.empty()) return fault(write_fault);
         const uint16_t next = main_cpu.PC;
         if (next >= 0x8000) return fault("code at " + hex(next) + ", from " + hex(pc));
-        const bool clearing =
-            plane_selected() && main_cpu.IFF1 == 0 && main_cpu.SP >= 0xC000; // planes, by PUSH
+        const bool clearing = main_cpu.IFF1 == 0 && main_cpu.SP >= 0xC000; // planes, by PUSH
         if ((main_cpu.SP < symbols_tokens_end || main_cpu.SP > symbols_stack) && !clearing)
             return fault("the stack at " + hex(main_cpu.SP) + ", from " + hex(pc));
         if (main_cpu.trace_pc != pc) return; // an interrupt came first
