@@ -7,7 +7,7 @@
 #include "display/text_screen.h"
 #include "machine/kiv_machine.h"
 #include "machine/machine_boot.h"
-#include "machine/machine_pass.h"
+#include "machine/machine_run.h"
 #include "machine/memory_dump.h"
 #include "machine/run_block.h"
 #include "resources/embedded.h"
@@ -151,12 +151,13 @@ bool has_stopped() { return (main_cpu.stop_flags & stop_code_mask) != 0; }
 
 int32_t run_until(uint64_t end) {
     while (run_state.cycles < end) {
-        const pass_outcome outcome = machine_pass(run_state.pass_counter++, run_state.charge_waits != 0);
-        if (outcome == pass_outcome::stopped) return KIV_RUN_STOPPED;
-        run_state.cycles += main_cpu.step_cycles;
-        run_state.slice_cycles += main_cpu.step_cycles;
+        const uint64_t of_slice = machine.cycles_per_slice - run_state.slice_cycles;
+        const auto cycles = static_cast<uint32_t>(std::min(of_slice, end - run_state.cycles));
+        const run_result ran = run_passes(cycles, run_state.charge_waits != 0);
+        run_state.slice_cycles += ran.cycles;
+        if (ran.outcome == pass_outcome::stopped) return KIV_RUN_STOPPED;
         if (run_state.slice_cycles >= machine.cycles_per_slice) close_slice();
-        if (outcome == pass_outcome::frame) return KIV_RUN_FRAME;
+        if (ran.outcome == pass_outcome::frame) return KIV_RUN_FRAME;
     }
     return KIV_RUN_LIMIT;
 }

@@ -1,5 +1,5 @@
-// The Z80 alone: emulated T-states per second of the host, one core, one z80_step call an instruction, every
-// byte of memory through the record's function pointers.
+// The Z80 alone: emulated T-states per second of the host, one core, one z80_step call an instruction; memory
+// through the record's function pointers, or as pages.
 #include "mixed_program.h"
 
 #include "cpu/z80_cpu.h"
@@ -40,9 +40,21 @@ void run(benchmark::State &state) {
     state.counters["T-states/step"] = static_cast<double>(total) / static_cast<double>(steps);
 }
 
-void flat_memory(benchmark::State &state) {
+void flat_functions(benchmark::State &state) {
     std::memcpy(flat + mixed_program_origin, mixed_program, sizeof mixed_program);
     z80_install(cpu, flat_read, flat_write, no_in, no_out);
+    run(state);
+}
+BENCHMARK(flat_functions);
+
+// The same memory as pages.
+void flat_memory(benchmark::State &state) {
+    static z80_pages pages;
+    for (uint32_t i = 0; i < 0x10000 / z80_page_size; ++i)
+        pages.read[i] = pages.write[i] = flat + i * z80_page_size;
+    std::memcpy(flat + mixed_program_origin, mixed_program, sizeof mixed_program);
+    z80_install(cpu, flat_read, flat_write, no_in, no_out);
+    cpu.pages = &pages;
     run(state);
 }
 BENCHMARK(flat_memory);

@@ -63,30 +63,71 @@ using injecting_pc = program_counter<true>;
 uint8_t z80_injected8(z80_cpu &cpu);
 uint16_t z80_injected16(z80_cpu &cpu);
 
+// Memory is read and written through the pages where there are some. The rest of each access is a function of
+// its own, so that what the instructions are compiled to stays short.
+uint8_t z80_ask8(z80_cpu &cpu, uint16_t address);
+void z80_tell8(z80_cpu &cpu, uint16_t address, uint8_t value);
+uint16_t z80_ask16(z80_cpu &cpu, uint16_t address);
+void z80_tell16(z80_cpu &cpu, uint16_t address, uint16_t value);
+void z80_tell_push(z80_cpu &cpu, uint16_t value);
+
+[[gnu::always_inline]] inline void store(uint8_t *page, uint16_t address, uint8_t value) {
+    __atomic_store_n(page + address % z80_page_size, value, __ATOMIC_RELAXED);
+}
+
+[[gnu::always_inline]] inline uint8_t read_memory(z80_cpu &cpu, uint16_t address, uint32_t *wait) {
+    const uint8_t *const page = cpu.pages->read[address / z80_page_size];
+    return page != nullptr ? page[address % z80_page_size] : cpu.mem_read(address, wait);
+}
+
+[[gnu::always_inline]] inline void write_memory(z80_cpu &cpu, uint16_t address, uint8_t value,
+                                                uint32_t *wait) {
+    uint8_t *const page = cpu.pages->write[address / z80_page_size];
+    if (page != nullptr)
+        store(page, address, value);
+    else
+        cpu.mem_write(address, value, wait);
+}
+
 [[gnu::always_inline]] inline uint8_t read8(z80_cpu &cpu, uint16_t address) {
-    return cpu.mem_read(address, &cpu.wait_count);
+    const uint8_t *const page = cpu.pages->read[address / z80_page_size];
+    return page != nullptr ? page[address % z80_page_size] : z80_ask8(cpu, address);
 }
 
 [[gnu::always_inline]] inline void write8(z80_cpu &cpu, uint16_t address, uint8_t value) {
-    cpu.mem_write(address, value, &cpu.wait_count);
+    uint8_t *const page = cpu.pages->write[address / z80_page_size];
+    if (page != nullptr)
+        store(page, address, value);
+    else
+        z80_tell8(cpu, address, value);
+}
+
+// A word that lies in two pages is not worth a case of its own.
+[[gnu::always_inline]] inline bool in_one_page(uint16_t address) {
+    return address % z80_page_size != z80_page_size - 1;
 }
 
 [[gnu::always_inline]] inline uint16_t read16(z80_cpu &cpu, uint16_t address) {
-    const unsigned low = cpu.mem_read(address, &cpu.wait_count);
-    const unsigned high = cpu.mem_read(static_cast<uint16_t>(address + 1), &cpu.wait_count2);
-    return word_of(high, low);
+    const uint8_t *page = cpu.pages->read[address / z80_page_size];
+    if (page == nullptr || !in_one_page(address)) [[unlikely]]
+        return z80_ask16(cpu, address);
+    page += address % z80_page_size;
+    return word_of(page[1], page[0]);
 }
 
 [[gnu::always_inline]] inline void write16(z80_cpu &cpu, uint16_t address, uint16_t value) {
-    cpu.mem_write(address, lo(value), &cpu.wait_count);
-    cpu.mem_write(static_cast<uint16_t>(address + 1), hi(value), &cpu.wait_count2);
+    uint8_t *const page = cpu.pages->write[address / z80_page_size];
+    if (page == nullptr || !in_one_page(address)) [[unlikely]]
+        return z80_tell16(cpu, address, value);
+    store(page, address, lo(value));
+    store(page, static_cast<uint16_t>(address + 1), hi(value));
 }
 
 // The opcode, or the byte after a prefix. Every M1 cycle costs one wait, whatever the memory is: what the
 // memory itself reports goes into a counter that nobody reads.
 [[gnu::always_inline]] inline uint8_t fetch_opcode(z80_cpu &cpu, auto &pc) {
     if (pc.may_inject && cpu.inject_active) return z80_injected8(cpu);
-    return cpu.mem_read(pc.advance(1), &cpu.m1_memory_waits);
+    return read_memory(cpu, pc.advance(1), &cpu.m1_memory_waits);
 }
 
 [[gnu::always_inline]] inline uint8_t fetch8(z80_cpu &cpu, auto &pc) {
@@ -100,9 +141,13 @@ uint16_t z80_injected16(z80_cpu &cpu);
 }
 
 [[gnu::always_inline]] inline void push16(z80_cpu &cpu, uint16_t value) {
-    cpu.SP = static_cast<uint16_t>(cpu.SP - 2);
-    cpu.mem_write(static_cast<uint16_t>(cpu.SP + 1), hi(value), &cpu.wait_count);
-    cpu.mem_write(cpu.SP, lo(value), &cpu.wait_count2);
+    const auto address = static_cast<uint16_t>(cpu.SP - 2);
+    cpu.SP = address;
+    uint8_t *const page = cpu.pages->write[address / z80_page_size];
+    if (page == nullptr || !in_one_page(address)) [[unlikely]]
+        return z80_tell_push(cpu, value);
+    store(page, static_cast<uint16_t>(address + 1), hi(value));
+    store(page, address, lo(value));
 }
 
 [[gnu::always_inline]] inline uint16_t pop16(z80_cpu &cpu) {

@@ -33,6 +33,8 @@ constexpr uint16_t nmi_entry = 0x0066;
 
 } // namespace
 
+const z80_pages z80_no_pages{};
+
 void z80_install(z80_cpu &cpu, uint8_t (*mem_read)(uint16_t, uint32_t *),
                  void (*mem_write)(uint16_t, uint8_t, uint32_t *), uint8_t (*io_in)(uint16_t),
                  void (*io_out)(uint16_t, uint8_t)) {
@@ -40,6 +42,7 @@ void z80_install(z80_cpu &cpu, uint8_t (*mem_read)(uint16_t, uint32_t *),
     cpu.mem_write = mem_write;
     cpu.io_in = io_in;
     cpu.io_out = io_out;
+    cpu.pages = &z80_no_pages;
     cpu.z80_step = z80_step;
     cpu.z80_reset = z80_reset;
     cpu.z80_interrupt = z80_interrupt;
@@ -65,7 +68,8 @@ void z80_reset(z80_cpu &cpu) {
 }
 
 // Enters an NMI, or an interrupt in mode 1 or 2; in mode 0 the instruction comes out of the inject buffer.
-[[gnu::cold]] bool z80_step_entering(z80_cpu &cpu) {
+// Inlined into z80_step, as link-time optimisation likes to do, it would cost every step a stack frame.
+[[gnu::cold, gnu::noinline]] bool z80_step_entering(z80_cpu &cpu) {
     const bool vectored = (cpu.stop_flags & pending_interrupt) && cpu.IM != 0;
     if (vectored || (cpu.stop_flags & pending_nmi)) {
         push16(cpu, cpu.PC);
@@ -128,6 +132,30 @@ void z80_nmi(z80_cpu &cpu) {
     cpu.vector_pc = nmi_entry;
     cpu.accept_cycles = nmi_accept_cycles;
     cpu.stop_flags |= pending_nmi;
+}
+
+[[gnu::noinline]] uint8_t z80_ask8(z80_cpu &cpu, uint16_t address) {
+    return cpu.mem_read(address, &cpu.wait_count);
+}
+
+[[gnu::noinline]] void z80_tell8(z80_cpu &cpu, uint16_t address, uint8_t value) {
+    cpu.mem_write(address, value, &cpu.wait_count);
+}
+
+[[gnu::noinline]] uint16_t z80_ask16(z80_cpu &cpu, uint16_t address) {
+    const unsigned low = read_memory(cpu, address, &cpu.wait_count);
+    const unsigned high = read_memory(cpu, static_cast<uint16_t>(address + 1), &cpu.wait_count2);
+    return word_of(high, low);
+}
+
+[[gnu::noinline]] void z80_tell16(z80_cpu &cpu, uint16_t address, uint16_t value) {
+    write_memory(cpu, address, lo(value), &cpu.wait_count);
+    write_memory(cpu, static_cast<uint16_t>(address + 1), hi(value), &cpu.wait_count2);
+}
+
+[[gnu::noinline]] void z80_tell_push(z80_cpu &cpu, uint16_t value) {
+    write_memory(cpu, static_cast<uint16_t>(cpu.SP + 1), hi(value), &cpu.wait_count);
+    write_memory(cpu, cpu.SP, lo(value), &cpu.wait_count2);
 }
 
 [[gnu::cold]] uint8_t z80_injected8(z80_cpu &cpu) {

@@ -1,7 +1,8 @@
 // The Z80 interpreter: one instruction a call, its cost in T-states, no knowledge of the machine around it.
 //
-// Memory and ports are reached through four function pointers only. The record is plain data: it can be
-// zeroed, copied and compared. There is one instance in the program, `main_cpu` of machine/kiv_machine.h;
+// Memory and ports are reached through four function pointers, and memory that needs nobody's attention
+// through a table of pages, which is empty unless somebody hands one over. The record is plain data: it can
+// be zeroed, copied and compared. There is one instance in the program, `main_cpu` of machine/kiv_machine.h;
 // tests and tools make as many as they like.
 //
 // Not emulated: HALT as a wait (it stops the emulation), the delay of EI, block I/O (stops the CPU as
@@ -58,6 +59,16 @@ enum z80_register_index {
     register_words
 };
 
+// Memory that the CPU reads and writes by itself: pages that cost no waits and whose accesses nobody has to
+// hear of. Other threads may read the bytes that it stores. Where a page is nullptr, mem_read or mem_write is
+// called.
+constexpr uint32_t z80_page_size = 0x400;
+struct z80_pages {
+    const uint8_t *read[0x10000 / z80_page_size];
+    uint8_t *write[0x10000 / z80_page_size];
+};
+extern const z80_pages z80_no_pages; // every byte through the functions
+
 struct z80_cpu {
     uint16_t BC, DE, HL, AF; // C, E, L, F are the low bytes
     uint16_t BC_alt, DE_alt, HL_alt, AF_alt;
@@ -95,9 +106,11 @@ struct z80_cpu {
     void (*mem_write)(uint16_t address, uint8_t value, uint32_t *wait);
     uint8_t (*io_in)(uint16_t port); // the full 16-bit address on the bus
     void (*io_out)(uint16_t port, uint8_t value);
+
+    const z80_pages *pages; // z80_no_pages after z80_install
 };
 
-// Stores the machine's and the CPU's operations into their slots, then resets.
+// Stores the machine's and the CPU's operations into their slots, without pages, then resets.
 void z80_install(z80_cpu &cpu, uint8_t (*mem_read)(uint16_t, uint32_t *),
                  void (*mem_write)(uint16_t, uint8_t, uint32_t *), uint8_t (*io_in)(uint16_t),
                  void (*io_out)(uint16_t, uint8_t));

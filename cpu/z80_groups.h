@@ -12,5 +12,8 @@ template <class code> bool exec_index_cb(z80_cpu &cpu, code pc, uint16_t &index)
 // The unprefixed group with bytes that may come out of the inject buffer, z80_main.cpp.
 bool z80_execute_injecting(z80_cpu &cpu);
 
+// The step whose opcode comes from the machine's function, z80_main.cpp.
+bool z80_step_asking(z80_cpu &cpu);
+
 // The step that starts with anything in stop_flags or in the inject buffer, z80_cpu.cpp.
 bool z80_step_entering(z80_cpu &cpu);

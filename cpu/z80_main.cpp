@@ -1,6 +1,6 @@
 // The unprefixed instructions, and the step that dispatches them.
 #include "cpu/z80_operations.h"
-#include <array>
+#include "cpu/z80_step.h"
 #include <utility>
 
 namespace {
@@ -311,36 +311,27 @@ template <class code, int fixed> [[gnu::always_inline]] inline bool unprefixed(z
 // The map taken apart: a function for every opcode, made of its case alone. Each saves the registers that it
 // needs and no more, and returns from where it ends; one function with all the cases saves for the greediest
 // of them and has one way out, to which every case jumps.
-using instruction = bool (*)(z80_cpu &cpu);
-
 template <int opcode> bool unprefixed_alone(z80_cpu &cpu) {
     return unprefixed<memory_pc, opcode>(cpu, memory_pc{cpu, 1}, opcode);
 }
 
 template <int first, int... opcodes>
-constexpr std::array<instruction, 128> half_of_the_map(std::integer_sequence<int, opcodes...>) {
+constexpr std::array<z80_instruction, 128> half_of_the_map(std::integer_sequence<int, opcodes...>) {
     return {unprefixed_alone<first + opcodes>...};
 }
 
-constexpr std::array<instruction, 128> lower_half =
-    half_of_the_map<0x00>(std::make_integer_sequence<int, 128>());
-constexpr std::array<instruction, 128> upper_half =
-    half_of_the_map<0x80>(std::make_integer_sequence<int, 128>());
-
 } // namespace
 
-bool z80_step(z80_cpu &cpu) {
-    cpu.wait_count = 0;
-    cpu.wait_count2 = 0;
-    cpu.trace_pc = cpu.PC;
-    cpu.r_counter = static_cast<uint8_t>(cpu.r_counter + 1);
-    if (cpu.stop_flags | cpu.inject_active) [[unlikely]]
-        return z80_step_entering(cpu);
+constexpr std::array<z80_instruction, 128> z80_lower_half =
+    half_of_the_map<0x00>(std::make_integer_sequence<int, 128>());
+constexpr std::array<z80_instruction, 128> z80_upper_half =
+    half_of_the_map<0x80>(std::make_integer_sequence<int, 128>());
+
+bool z80_step(z80_cpu &cpu) { return z80_step_inlined(cpu); }
+
+bool z80_step_asking(z80_cpu &cpu) {
     memory_pc pc{cpu, 0};
-    const uint8_t opcode = fetch_opcode(cpu, pc);
-    // Two jumps rather than one: the measured hosts predict a jump's target from the outcomes of the branches
-    // before it, not from earlier targets, so a branch on the opcode tells the predictor where it is.
-    return opcode < 0x80 ? lower_half[opcode](cpu) : upper_half[opcode & 0x7F](cpu);
+    return z80_dispatch(cpu, fetch_opcode(cpu, pc));
 }
 
 bool z80_execute_injecting(z80_cpu &cpu) {

@@ -2,13 +2,14 @@
 
 #include "display/kiv_directx.h"
 #include "machine/kiv_machine.h"
-#include "machine/machine_pass.h"
+#include "machine/machine_run.h"
 #include "machine/run_block.h"
 #include "platform/clock.h"
 #include "platform/host.h"
 #include "platform/thread.h"
 #include "support/log.h"
 #include "support/main_window.h"
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <exception>
@@ -16,11 +17,11 @@
 namespace {
 
 constexpr auto pause_limit = std::chrono::milliseconds(5000);
-constexpr uint32_t passes_between_looks = 256;
-constexpr double shortest_sleep = 0.001;   // seconds; less is spun away
-constexpr double early_wake = 0.0005;      // what a sleep may be late
-constexpr uint32_t longest_sleep_ms = 20;  // so that a pause does not wait for a long slice's end
-constexpr double timer_units = 10'000'000; // of a second
+constexpr uint32_t cycles_between_looks = 1280; // 256 of the shortest instructions
+constexpr double shortest_sleep = 0.001;        // seconds; less is spun away
+constexpr double early_wake = 0.0005;           // what a sleep may be late
+constexpr uint32_t longest_sleep_ms = 20;       // so that a pause does not wait for a long slice's end
+constexpr double timer_units = 10'000'000;      // of a second
 constexpr uint64_t second_processor = 2, first_processor = 1;
 
 bool try_pin(uint64_t mask) {
@@ -214,19 +215,17 @@ void z80_thread::run_machine() {
     clock.slice_start = platform::performance_counter();
     run_block &run = run_state;
     uint64_t charged_cycles = elapsed_cycles; // of this object's runs, whatever a snapshot brings
-    for (;; ++run.pass_counter) {
-        if (run.pass_counter % passes_between_looks == 0 &&
-            control.load(std::memory_order_relaxed) != control_run) {
+    for (;;) {
+        if (control.load(std::memory_order_relaxed) != control_run) {
             // The clock goes on from where it was: the first slice after a pause is not waited for.
             if (!answer_request()) return;
         }
-        const pass_outcome outcome = machine_pass(run.pass_counter, run.charge_waits != 0);
-        if (outcome == pass_outcome::stopped) break;
-        const uint32_t charged = main_cpu.step_cycles;
-        charged_cycles += charged;
-        run.cycles += charged;
-        run.slice_cycles += charged;
-        if (outcome == pass_outcome::frame) {
+        const uint32_t of_slice = machine.cycles_per_slice - run.slice_cycles;
+        const run_result ran = run_passes(std::min(of_slice, cycles_between_looks), run.charge_waits != 0);
+        if (ran.outcome == pass_outcome::stopped) break;
+        charged_cycles += ran.cycles;
+        run.slice_cycles += ran.cycles;
+        if (ran.outcome == pass_outcome::frame) {
             ++run.frames;
             run.calendar.now_cycles = run.cycles;
             // A slice runs in a fraction of a millisecond. Two frames that fall into one would be drawn as

@@ -1,6 +1,8 @@
 #include "machine/kiv_machine.h"
 #include "support/log.h"
 
+#include <algorithm>
+
 namespace {
 
 struct monitor_timing {
@@ -25,6 +27,9 @@ void timing_reset() {
     machine.vrtc = 0;
     machine.dma_remaining = 0;
 }
+
+bool in_vblank() { return machine.raster_line >= machine.display_lines; }
+bool dma_is_off() { return (machine.crtc_status & (crtc_stopped | crtc_dma_off)) != 0; }
 
 // The first raster line of a character row asks the DMA for the row's bytes.
 void begin_row() {
@@ -62,23 +67,6 @@ uint32_t end_line() {
     return timing_vblank_begins;
 }
 
-uint32_t timing_tick(uint32_t clocks) {
-    if (machine.raster_line >= machine.display_lines) return tick_vblank(clocks);
-    if (machine.new_line != 0) {
-        machine.new_line = 0;
-        if (machine.raster_line % machine.crtc_raster == 0) begin_row();
-    }
-    if ((machine.crtc_status & (crtc_stopped | crtc_dma_off)) != 0) {
-        machine.dma_remaining = 0;
-        machine.dma_stall = 0;
-    } else if (machine.dma_remaining != 0) {
-        --machine.dma_remaining;
-        machine.dma_stall += byte_clocks + ((machine.dma_remaining & 1) ^ 1);
-    }
-    machine.line_clock += clocks;
-    return machine.line_clock >= machine.line_clocks ? end_line() : timing_nothing;
-}
-
 void sys_status_read() {
     machine.sys_status &= static_cast<uint8_t>(~(status_vrtc | status_standard_monitor));
     if (machine.vrtc != 0) machine.sys_status |= status_vrtc;
@@ -86,6 +74,55 @@ void sys_status_read() {
 }
 
 } // namespace
+
+uint32_t timing_tick(uint32_t clocks) {
+    if (in_vblank()) return tick_vblank(clocks);
+    if (machine.new_line != 0) {
+        machine.new_line = 0;
+        if (machine.raster_line % machine.crtc_raster == 0) begin_row();
+    }
+    if (dma_is_off()) {
+        machine.dma_remaining = 0;
+        machine.dma_stall = 0;
+    } else {
+        timing_fetch();
+    }
+    machine.line_clock += clocks;
+    return machine.line_clock >= machine.line_clocks ? end_line() : timing_nothing;
+}
+
+uint32_t timing_room() {
+    if (in_vblank())
+        return machine.vblank_clock < machine.vblank_clocks ? machine.vblank_clocks - machine.vblank_clock
+                                                            : 0;
+    const uint32_t line_of_row = machine.raster_line % machine.crtc_raster;
+    if (machine.new_line != 0 && line_of_row == 0) return 0;
+    if (machine.line_clock >= machine.line_clocks) return 0;
+    if (dma_is_off() && (machine.dma_remaining | machine.dma_stall) != 0) return 0;
+    const uint32_t lines =
+        std::min(machine.crtc_raster - line_of_row, machine.display_lines - machine.raster_line);
+    return lines * machine.line_clocks - machine.line_clock;
+}
+
+bool timing_fetches() { return !in_vblank() && !dma_is_off(); }
+
+void timing_fetch() {
+    if (machine.dma_remaining == 0) return;
+    --machine.dma_remaining;
+    machine.dma_stall += byte_clocks + ((machine.dma_remaining & 1) ^ 1);
+}
+
+// No pass takes as long as a line, so each has ended one at most.
+void timing_skip(uint32_t clocks, uint32_t last) {
+    if (in_vblank()) {
+        machine.vblank_clock += clocks;
+        return;
+    }
+    machine.line_clock += clocks;
+    for (; machine.line_clock >= machine.line_clocks; machine.line_clock -= machine.line_clocks)
+        ++machine.raster_line;
+    machine.new_line = machine.line_clock < last;
+}
 
 void timing_init() {
     machine.timing_reset = timing_reset;

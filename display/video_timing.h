@@ -37,3 +37,15 @@ struct video_timing_block {
 };
 
 void timing_init();
+
+// What the slot holds.
+uint32_t timing_tick(uint32_t clocks);
+
+// T-states that may pass before a character row or the vertical blank begins or the blank ends, while no port
+// is accessed; 0: it may be with the next tick.
+uint32_t timing_room();
+// Whether ticks within the room fetch a row's bytes: timing_fetch is then called for each of them.
+bool timing_fetches();
+void timing_fetch();
+// As ticks of that many clocks within the room, the last of them of `last` clocks, but for the fetches.
+void timing_skip(uint32_t clocks, uint32_t last);

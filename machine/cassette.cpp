@@ -106,18 +106,6 @@ uint8_t cassette_next_byte() {
     return machine.tape_image[machine.tape_position++];
 }
 
-// Feeds one byte when its time has come and the last one was read; until then the countdown goes below 0
-// and the byte follows on the first step after the read.
-void cassette_step(z80_cpu &cpu) {
-    if ((machine.portE6 & mask_usart) == 0 || (machine.interrupt_pending & 1) != 0) return;
-    if (machine.cassette_flags != 0) return;
-    if (machine.cassette_countdown > INT32_MIN / 2)
-        machine.cassette_countdown -= static_cast<int32_t>(cpu.step_cycles);
-    if (machine.cassette_countdown > 0 || machine.usart_byte_ready != 0) return;
-    machine.cassette_countdown = cassette_byte_cycles;
-    machine.usart_receive(cpu, machine.cassette_next_byte());
-}
-
 // The tape's byte at the read position; none at its end.
 bool next_byte(uint8_t &byte) {
     if (machine.tape_position >= machine.tape_size) return false;
@@ -158,7 +146,37 @@ void cassette_fast_load(uint8_t value) {
     for (int runs = std::max<int>(value, 1); runs > 0; --runs) load_record();
 }
 
+// The deck counts down to the next byte of its tape.
+bool feeding() {
+    return (machine.portE6 & mask_usart) != 0 && (machine.interrupt_pending & 1) == 0 &&
+           machine.cassette_flags == 0;
+}
+
+constexpr int32_t countdown_floor = INT32_MIN / 2;
+
 } // namespace
+
+// Feeds one byte when its time has come and the last one was read; until then the countdown goes below 0
+// and the byte follows on the first step after the read.
+void cassette_step(z80_cpu &cpu) {
+    if (!feeding()) return;
+    cassette_skip(cpu.step_cycles);
+    if (machine.cassette_countdown > 0 || machine.usart_byte_ready != 0) return;
+    machine.cassette_countdown = cassette_byte_cycles;
+    machine.usart_receive(cpu, machine.cassette_next_byte());
+}
+
+uint32_t cassette_room() {
+    if (!feeding()) return UINT32_MAX;
+    const int32_t countdown = machine.cassette_countdown;
+    if (machine.usart_byte_ready == 0) return countdown > 0 ? static_cast<uint32_t>(countdown) : 0;
+    return countdown > countdown_floor ? static_cast<uint32_t>(countdown - countdown_floor) : UINT32_MAX;
+}
+
+void cassette_skip(uint32_t cycles) {
+    if (feeding() && machine.cassette_countdown > countdown_floor)
+        machine.cassette_countdown -= static_cast<int32_t>(cycles);
+}
 
 void cassette_init() {
     machine.cassette_reset = cassette_reset;

@@ -40,6 +40,14 @@ struct tape_output_block {
 
 void cassette_init();
 
+// What the slot holds.
+void cassette_step(z80_cpu &cpu);
+
+// T-states that may pass before cassette_step feeds a byte, while no port is accessed; UINT32_MAX: for ever.
+uint32_t cassette_room();
+// As that many T-states of steps within the room.
+void cassette_skip(uint32_t cycles);
+
 // The deck takes the tape, rewound. Of `tape` the first `size` bytes count; it is never null. False: there is
 // no memory to index it, and the old tape stays. Only while the CPU is parked; so are the next two.
 bool cassette_insert(std::unique_ptr<uint8_t[]> tape, uint32_t size);

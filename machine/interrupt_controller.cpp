@@ -12,11 +12,17 @@ enum offer_result : uint32_t {
     offer_masked = 3,
 };
 
-uint32_t offer(z80_cpu &cpu, uint8_t mask_bit, uint8_t level) {
+// What the controller alone says to a request; what it lets through is the CPU's to accept.
+offer_result let_through(uint8_t mask_bit, uint8_t level) {
     if ((machine.portE6 & mask_bit) == 0) return offer_masked;
     if ((machine.portE4 & portE4_every_level) == 0 && (machine.portE4 & 7) <= level)
         return offer_below_threshold;
-    return cpu.z80_interrupt(cpu, level);
+    return offer_accepted;
+}
+
+uint32_t offer(z80_cpu &cpu, uint8_t mask_bit, uint8_t level) {
+    const offer_result result = let_through(mask_bit, level);
+    return result == offer_accepted ? cpu.z80_interrupt(cpu, level) : result;
 }
 
 void set_pending(uint8_t level) { machine.interrupt_pending |= static_cast<uint16_t>(1u << level); }
@@ -41,6 +47,10 @@ void service_timed(z80_cpu &cpu, uint8_t mask_bit, uint8_t level) {
     if (result == offer_accepted || result == offer_masked) clear_pending(level);
 }
 
+void interrupt_reset() { machine.interrupt_pending = 0; }
+
+} // namespace
+
 void interrupt_service(z80_cpu &cpu) {
     if (is_pending(0)) {
         if (offer(cpu, mask_usart, 0) == offer_accepted) clear_pending(0);
@@ -51,9 +61,16 @@ void interrupt_service(z80_cpu &cpu) {
     }
 }
 
-void interrupt_reset() { machine.interrupt_pending = 0; }
-
-} // namespace
+bool interrupts_quiet(const z80_cpu &cpu) {
+    if ((machine.interrupt_pending & 7) == 0) return true;
+    const uint8_t level = is_pending(0) ? 0 : is_pending(1) ? 1 : 2;
+    constexpr uint8_t masks[] = {mask_usart, mask_vrtc, mask_clock};
+    switch (let_through(masks[level], level)) {
+    case offer_masked: return level == 0; // others are dropped
+    case offer_below_threshold: return true;
+    default: return cpu.IFF1 != 1;
+    }
+}
 
 void interrupt_init() {
     machine.interrupt_reset = interrupt_reset;

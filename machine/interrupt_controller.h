@@ -26,3 +26,10 @@ struct interrupt_block {
 
 // Stores the slots, then resets; so do the inits of all devices.
 void interrupt_init();
+
+// What the slot holds.
+void interrupt_service(z80_cpu &cpu);
+
+// Whether interrupt_service finds nothing to do, and goes on finding nothing until the CPU enables its
+// interrupts or a port is written.
+bool interrupts_quiet(const z80_cpu &cpu);

@@ -1,6 +1,7 @@
 #include "machine/kiv_machine.h"
 #include "machine/run_block.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <type_traits>
@@ -14,17 +15,6 @@ run_block run_state = {0, 0, 0, {1}, 0, 0, 0, {calendar_of_host, {1981, 12, 1, 0
 namespace {
 
 constexpr uint32_t clock_interrupt_cycles = default_clock_hz / 600; // 6656
-
-void machine_step(kiv_machine &m, z80_cpu &cpu) {
-    // The two tests spare nearly every pass the calls, which would find nothing to do.
-    if (m.interrupt_pending != 0) m.interrupt_service(cpu);
-    if ((m.portE6 & mask_usart) != 0) m.cassette_step(cpu);
-    run_state.clock_counter += cpu.step_cycles;
-    if (run_state.clock_counter > clock_interrupt_cycles) {
-        run_state.clock_counter = 0; // the excess is dropped, as the machine's divider is restarted
-        m.interrupt_request_clock(cpu);
-    }
-}
 
 void set_cpu_clock(kiv_machine &m, uint32_t clock_hz, uint32_t slice_ms) {
     m.clock_hz = clock_hz;
@@ -72,6 +62,27 @@ void store_slots(kiv_machine &m, void (*video_lock)(), void (*video_unlock)()) {
 }
 
 } // namespace
+
+void machine_step(kiv_machine &m, z80_cpu &cpu) {
+    // The two tests spare nearly every pass the calls, which would find nothing to do.
+    if (m.interrupt_pending != 0) m.interrupt_service(cpu);
+    if ((m.portE6 & mask_usart) != 0) m.cassette_step(cpu);
+    run_state.clock_counter += cpu.step_cycles;
+    if (run_state.clock_counter > clock_interrupt_cycles) {
+        run_state.clock_counter = 0; // the excess is dropped, as the machine's divider is restarted
+        m.interrupt_request_clock(cpu);
+    }
+}
+
+uint32_t machine_step_room(const z80_cpu &cpu) {
+    if (run_state.clock_counter > clock_interrupt_cycles || !interrupts_quiet(cpu)) return 0;
+    return std::min(clock_interrupt_cycles + 1 - run_state.clock_counter, cassette_room());
+}
+
+void machine_step_skip(uint32_t cycles) {
+    cassette_skip(cycles);
+    run_state.clock_counter += cycles;
+}
 
 void machine_init(kiv_machine &m, void (*video_lock)(), void (*video_unlock)()) {
     cassette_eject(m);

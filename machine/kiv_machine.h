@@ -89,6 +89,15 @@ void init_ram(kiv_machine &m);
 // it from zero.
 void machine_restart_clock_counter();
 
+// What the slot holds.
+void machine_step(kiv_machine &m, z80_cpu &cpu);
+
+// T-states that may pass before machine_step has something to do, while no port is accessed and the CPU does
+// not enable its interrupts; 0: it may have after the next pass.
+uint32_t machine_step_room(const z80_cpu &cpu);
+// As that many T-states of steps within the room.
+void machine_step_skip(uint32_t cycles);
+
 // Stores one byte into RAM so that the render thread may read it at any time.
 inline void ram_store(uint16_t address, uint8_t value) {
     __atomic_store_n(&machine.ram[address], value, __ATOMIC_RELAXED);

@@ -46,7 +46,52 @@ uint8_t read_upper_rom(uint16_t address, uint32_t *wait) {
     ++*wait;
 }
 
+// What decides the pages.
+struct page_key {
+    uint32_t text_start, text_window_size;
+    uint8_t bank;
+    bool planes;
+    bool operator==(const page_key &) const = default;
+};
+
+page_key current_key() {
+    return {machine.text_start, machine.text_window_size, bank_bits(), selected_plane() >= 0};
+}
+
+bool in_text_window(uint16_t page_start) {
+    const auto into_window = static_cast<uint16_t>(page_start - machine.text_start);
+    const auto to_window = static_cast<uint16_t>(machine.text_start - page_start);
+    return into_window < machine.text_window_size ||
+           (machine.text_window_size != 0 && to_window < z80_page_size);
+}
+
+const uint8_t *page_to_read(uint16_t start, const page_key &key) {
+    if (start >= 0xC000) return key.planes ? nullptr : machine.ram + start;
+    if (start >= 0x8400 || (key.bank & port31_ram_mode)) return machine.ram + start;
+    if (key.bank != rom_mode) return start < 0x8000 ? machine.nbasic_rom + start : machine.ram + start;
+    return start < 0x6000 ? machine.main_rom + start : nullptr;
+}
+
+uint8_t *page_to_write(uint16_t start, const page_key &key) {
+    if (start >= 0xC000 && key.planes) return nullptr;
+    if (start == 0x8000 && key.bank == rom_mode) return nullptr;
+    return in_text_window(start) ? nullptr : machine.ram + start;
+}
+
 } // namespace
+
+const z80_pages &memory_pages() {
+    static z80_pages pages;
+    static page_key key{UINT32_MAX, 0, 0, false}; // of no map
+    if (const page_key now = current_key(); key != now) {
+        key = now;
+        for (uint32_t start = 0; start < ram_size; start += z80_page_size) {
+            pages.read[start / z80_page_size] = page_to_read(static_cast<uint16_t>(start), key);
+            pages.write[start / z80_page_size] = page_to_write(static_cast<uint16_t>(start), key);
+        }
+    }
+    return pages;
+}
 
 // Compared rather than switched, and the rare places said to be so: plain RAM and the BASIC ROM, where
 // programs run, come straight down. docs/performance.md says what that gains.

@@ -34,6 +34,9 @@ struct memory_areas {
     alignas(64) shared<uint8_t> font_work[font_work_size]; // codes 0x80-0xFF are rewritten by the PCG-8100
 };
 
+// What of the map costs no waits and needs no lock, as it stands now; for the CPU until the next port access.
+const struct z80_pages &memory_pages();
+
 // The Z80's memory. `wait` is incremented when the access costs a wait state.
 uint8_t mem_read(uint16_t address, uint32_t *wait);
 void mem_write(uint16_t address, uint8_t value, uint32_t *wait);
