@@ -40,6 +40,7 @@ int kiv_form::initialize() {
     if (!load_font()) return failed("FNTリソース読み込み失敗");
     machine_get_ready();
     remap_cursor_keys();
+    apply_user_settings();
     sync_event = platform::event::create("SYNC");
     ack_event = platform::event::create("ACK");
     if (!program.cpu_thread->init()) {
@@ -51,12 +52,13 @@ int kiv_form::initialize() {
         return 0;
     }
     apply_volumes();
+    if (!options.tape.empty()) machine.cassette_set_stopped(load_file(options.tape));
     post(WM_Z80START, 0, 0);
     return 1;
 }
 
 int kiv_form::load_roms() {
-    const std::string error = load_rom_images("");
+    const std::string error = load_rom_images(options.roms);
     if (error.empty()) return 1;
     trace("load_roms: %s", error.c_str());
     return 0;

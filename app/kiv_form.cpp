@@ -1,5 +1,6 @@
 #include "app/kiv_form.h"
 
+#include "app/form_scopes.h"
 #include "app/kiv_help.h"
 #include "app/program.h"
 #include "cpu/z80_thread.h"
@@ -16,7 +17,6 @@
 
 #include <cstdio>
 #include <exception>
-#include <optional>
 
 namespace {
 
@@ -39,7 +39,10 @@ std::string version_text() {
 
 } // namespace
 
-kiv_form::kiv_form(platform::host &on) : host(on) { the_main_window = this; }
+kiv_form::kiv_form(platform::host &on, const program_options &from_command_line)
+    : host(on), options(from_command_line), own(read_user_settings(user_settings_path())) {
+    the_main_window = this;
+}
 
 kiv_form::~kiv_form() {
     trace("ENTER ~kiv_form");
@@ -55,13 +58,8 @@ kiv_form::~kiv_form() {
 
 int kiv_form::create(const std::string &title, int x, int y, int width, int height) {
     const std::string version = version_text();
-    platform::window_options options;
-    options.title = version.empty() ? title : title + " [" + version + "]";
-    options.x = x;
-    options.y = y;
-    options.width = width;
-    options.height = height;
-    window = host.create_window(options, *this);
+    const std::string whole_title = version.empty() ? title : title + " [" + version + "]";
+    window = host.create_window({whole_title, x, y, width, height, own.window_place, options.scale}, *this);
     if (window == nullptr) {
         trace("create: the host refuses a window");
         return 0;
@@ -108,6 +106,8 @@ int64_t kiv_form::dispatch(const platform::message &m, bool &handled) {
         if (in_dialog) return 0; // the dialog owns the keyboard and the mouse until it is answered
         trace("WM_CLOSE");
         exit();
+        own.window_place = window->place();
+        save_user_settings();
         window->destroy();
         return 0;
     case platform::wm_query_end_session:
@@ -129,14 +129,7 @@ int64_t kiv_form::dispatch(const platform::message &m, bool &handled) {
         if (!(m.lparam & repeated_key)) key_pressed(static_cast<uint32_t>(m.wparam));
         return 0;
     case platform::wm_key_up: key_released(static_cast<uint32_t>(m.wparam)); return 0;
-    case platform::wm_sys_command:
-        if ((m.wparam & 0xFFFF) == menu_settings)
-            settings_command();
-        else if ((m.wparam & 0xFFFF) == menu_about)
-            about_command();
-        else
-            handled = false;
-        return 0;
+    case platform::wm_sys_command: handled = run_menu_command(m.wparam & 0xFFFF); return 0;
     case WM_Z80START: start_emulation(); return 0;
     case WM_Z80ABORT:
         trace("WM_Z80ABORT");
@@ -200,6 +193,7 @@ void kiv_form::key_up(uint32_t virtual_key) { key_release(virtual_key); }
 
 void kiv_form::on_paint() {
     if (program.cpu_thread == nullptr || !program.cpu_thread->is_suspended()) return;
+    if (held && !in_dialog && !deactivated) return; // the machine's own picture stays
     if (platform::painter *painter = window->current_painter()) draw_pause_picture(*painter);
 }
 
@@ -242,11 +236,9 @@ void kiv_form::set_full_screen_style(int, int) { window->set_framed(false); }
 void kiv_form::set_window_style(int width, int height) {
     if (!window->set_framed(true)) trace("DirectX:  SetWindowLong Failed");
     window->resize_client(width, height);
+    window->menus_changed();
     window->centre();
     window->show();
-    if (window->has_menu_item(menu_about)) return; // however often the mode changes, the items come once
-    window->insert_menu_item(0, menu_about, "Kivについて");
-    window->insert_menu_item(1, menu_settings, "Kivの設定");
 }
 
 // ---- start, stop, activation -------------------------------------------------------------------------
@@ -269,6 +261,7 @@ void kiv_form::start_emulation() {
     program.cpu_thread->resume_thread();
     hide_cursor_if_full_screen();
     window->set_focus();
+    if (options.full_screen) change_screen();
 }
 
 void kiv_form::exit() {
@@ -309,6 +302,10 @@ void kiv_form::reactivate() {
     window->set_focus();
     remap_cursor_keys();
     deactivated = 0;
+    if (held) {
+        kiv_directx::present_frame();
+        return;
+    }
     program.cpu_thread->resume_run();
     program.directx->play();
 }
@@ -331,70 +328,6 @@ void kiv_form::on_z80_abort(uint32_t address, uint32_t reason) {
 
 // ---- commands ----------------------------------------------------------------------------------------
 
-// Parks the CPU thread and silences the sound for as long as it lives. Not paused: the CPU thread could not
-// be parked, and the command is dropped.
-class kiv_form::pause_scope {
-  public:
-    explicit pause_scope(kiv_form &f) : form(f), is_paused(f.pause_machine() != 0) {
-        if (is_paused) program.directx->stop();
-    }
-    ~pause_scope() {
-        if (!is_paused) return;
-        program.cpu_thread->resume_run();
-        program.directx->play();
-    }
-    pause_scope(const pause_scope &) = delete;
-    pause_scope &operator=(const pause_scope &) = delete;
-    explicit operator bool() const { return is_paused; }
-    // The emulation ends here.
-    void end() {
-        is_paused = false;
-        program.cpu_thread->request_stop();
-        program.cpu_thread->resume_run();
-        program.cpu_thread->stop();
-        program.directx->release();
-    }
-
-  private:
-    kiv_form &form;
-    bool is_paused;
-};
-
-// The two halves around every dialog, whatever happens between them.
-class kiv_form::dialog_scope {
-  public:
-    enum how : unsigned { plain = 0, take_focus = 1, erase = 2, release_keys = 4 };
-
-    dialog_scope(kiv_form &f, unsigned options) : form(f), with(options) {
-        if (form.in_dialog) return;
-        pause.emplace(form);
-        if (!*pause) return;
-        form.in_dialog = true;
-        form.show_cursor_if_full_screen();
-        if (with & take_focus) form.window->set_focus();
-        form.window->invalidate((with & erase) != 0);
-    }
-    ~dialog_scope() {
-        if (!*this) return;
-        form.in_dialog = false;
-        if (form.session_ends) {
-            pause->end();
-            return;
-        }
-        form.hide_cursor_if_full_screen();
-        form.window->set_focus();
-        if (with & release_keys) machine.reset_keyboard(machine);
-    }
-    dialog_scope(const dialog_scope &) = delete;
-    dialog_scope &operator=(const dialog_scope &) = delete;
-    explicit operator bool() const { return pause && *pause; }
-
-  private:
-    kiv_form &form;
-    const unsigned with;
-    std::optional<pause_scope> pause; // ends last
-};
-
 void kiv_form::notify(const std::string &text) {
     trace("notice: %s", text.c_str());
     window->notify(text);
@@ -407,10 +340,15 @@ void kiv_form::toggle_status() {
 }
 
 void kiv_form::toggle_sound() {
-    if (program.directx != nullptr) program.directx->toggleSound();
+    if (program.directx == nullptr) return;
+    program.directx->toggleSound();
+    notify(platform::text(program.directx->isSoundOff() != 0 ? "サウンド OFF" : "サウンド ON"));
 }
 
-void kiv_form::toggle_pcg_glyphs() { machine.pcg_glyphs_on = machine.pcg_glyphs_on == 0; }
+void kiv_form::toggle_pcg_glyphs() {
+    machine.pcg_glyphs_on = machine.pcg_glyphs_on == 0;
+    notify(platform::text(machine.pcg_glyphs_on != 0 ? "PCG-8100 ON" : "PCG-8100 OFF"));
+}
 
 void kiv_form::reset_machine() {
     if (deactivated || in_dialog) return;
@@ -453,52 +391,63 @@ bool kiv_form::refuse_long_path(const char *command, const std::string &path) {
 void kiv_form::save_dump() {
     const dialog_scope scope(*this, dialog_scope::plain);
     if (!scope) return;
-    platform::file_dialog_options options;
-    options.title = "Kiv ﾌｧｲﾙの保存";
-    options.filter_name = "Kiv ﾌﾟﾛｸﾞﾗﾑﾌｧｲﾙ";
-    options.patterns = {"*.KIV"};
-    options.file_name = "dump";
-    options.default_extension = "KIV";
-    options.confirm_overwrite = true;
+    platform::file_dialog_options dialog;
+    dialog.title = "Kiv ﾌｧｲﾙの保存";
+    dialog.filter_name = "Kiv ﾌﾟﾛｸﾞﾗﾑﾌｧｲﾙ";
+    dialog.patterns = {"*.KIV"};
+    dialog.file_name = "dump";
+    dialog.default_extension = "KIV";
+    dialog.confirm_overwrite = true;
     std::string path;
-    if (!host.save_file(*window, options, path) || refuse_long_path("save_dump", path)) return;
-    if (!memory_dump_save(path, main_cpu)) notify(path + ": " + platform::last_file_error());
+    if (!host.save_file(*window, dialog, path) || refuse_long_path("save_dump", path)) return;
+    notify(memory_dump_save(path, main_cpu) ? path + platform::text(" に保存しました")
+                                            : path + ": " + platform::last_file_error());
 }
 
 void kiv_form::open_file() {
     const dialog_scope scope(*this, dialog_scope::erase | dialog_scope::release_keys);
     if (!scope) return;
-    platform::file_dialog_options options;
-    options.title = "Kiv ﾌｧｲﾙの選択";
-    options.filter_name = "Kiv ﾌﾟﾛｸﾞﾗﾑﾌｧｲﾙ";
-    options.patterns = {"*.KIV", "*.CMT"};
-    options.file_name = "*.kiv;*.cmt";
-    options.default_extension = "KIV";
-    options.must_exist = true;
+    platform::file_dialog_options dialog;
+    dialog.title = "Kiv ﾌｧｲﾙの選択";
+    dialog.filter_name = "Kiv ﾌﾟﾛｸﾞﾗﾑﾌｧｲﾙ";
+    dialog.patterns = {"*.KIV", "*.CMT"};
+    dialog.file_name = "*.kiv;*.cmt";
+    dialog.default_extension = "KIV";
+    dialog.must_exist = true;
     std::string path;
-    bool loaded = false;
-    if (host.open_file(*window, options, path) && !refuse_long_path("open_file", path)) {
-        // Anywhere in the path, folders included.
-        const bool dump = path.find(".KIV") != std::string::npos || path.find(".kiv") != std::string::npos;
-        loaded = dump ? memory_dump_load(path, main_cpu) : cassette_load_tape(path);
-        if (!loaded) notify(path + ": " + platform::last_file_error());
+    machine.cassette_set_stopped(host.open_file(*window, dialog, path) && load_file(path));
+}
+
+// A dump, where the path says so anywhere, folders included; else a tape.
+bool kiv_form::load_file(const std::string &path) {
+    if (refuse_long_path("open_file", path)) return false;
+    const bool dump = path.find(".KIV") != std::string::npos || path.find(".kiv") != std::string::npos;
+    if (!(dump ? memory_dump_load(path, main_cpu) : cassette_load_tape(path))) {
+        notify(path + ": " + platform::last_file_error());
+        return false;
     }
-    machine.cassette_set_stopped(loaded);
+    if (!dump) tape_name = path;
+    add_recent(own, path);
+    save_user_settings();
+    window->menus_changed();
+    notify(path.substr(path.rfind('/') + 1) +
+           platform::text(dump ? " を読み込みました" : " をテープに入れました"));
+    return true;
 }
 
 void kiv_form::select_tape_output() {
     const dialog_scope scope(*this, dialog_scope::erase);
     if (!scope) return;
-    platform::file_dialog_options options;
-    options.title = "CMT ﾌｧｲﾙの保存先選択";
-    options.filter_name = "CMT 出力ﾌｧｲﾙ";
-    options.patterns = {"*.CMT"};
-    options.file_name = "cassette";
-    options.default_extension = "CMT";
-    options.confirm_overwrite = true;
+    platform::file_dialog_options dialog;
+    dialog.title = "CMT ﾌｧｲﾙの保存先選択";
+    dialog.filter_name = "CMT 出力ﾌｧｲﾙ";
+    dialog.patterns = {"*.CMT"};
+    dialog.file_name = "cassette";
+    dialog.default_extension = "CMT";
+    dialog.confirm_overwrite = true;
     // A cancelled dialog leaves the name that it began with.
     std::string path;
-    if (!host.save_file(*window, options, path)) path = options.file_name;
+    if (!host.save_file(*window, dialog, path)) path = dialog.file_name;
     if (refuse_long_path("select_tape_output", path) || cassette_set_output(path)) return;
     trace("select_tape_output: %s cannot be taken", path.c_str());
     notify(path + ": " + platform::last_file_error());

@@ -5,7 +5,9 @@
 // the CPU thread is parked.
 #pragma once
 
+#include "app/command_line.h"
 #include "app/settings_file.h"
+#include "app/user_settings.h"
 #include "platform/event.h"
 #include "platform/host.h"
 #include "support/kel_dib.h"
@@ -23,13 +25,36 @@ enum form_message : uint32_t {
 enum form_menu_item : uint32_t {
     menu_settings = 1,
     menu_about = 2,
+    menu_open = 16,
+    menu_reset,
+    menu_pause,
+    menu_quit,
+    menu_save_dump,
+    menu_tape_play,
+    menu_tape_stop,
+    menu_tape_rewind,
+    menu_tape_eject,
+    menu_tape_output,
+    menu_full_screen,
+    menu_four_thirds,
+    menu_whole_factors,
+    menu_messages,
+    menu_status,
+    menu_pcg,
+    menu_sound,
+    menu_back_deletes,
+    // The first of a row each.
+    menu_recent = 0x100,
+    menu_scale = 0x110,
+    menu_look = 0x120,
+    menu_language = 0x130,
 };
 
 constexpr size_t path_limit = 512; // bytes of a path with its closing 0
 
 class kiv_form final : public main_window, public platform::window_listener {
   public:
-    explicit kiv_form(platform::host &host);
+    explicit kiv_form(platform::host &host, const program_options &options = {});
     ~kiv_form() override;
     kiv_form(const kiv_form &) = delete;
     kiv_form &operator=(const kiv_form &) = delete;
@@ -42,6 +67,7 @@ class kiv_form final : public main_window, public platform::window_listener {
     virtual int initialize();
     int64_t window_proc(platform::host_window &from, const platform::message &m, bool &handled) override;
     bool is_command_key(uint32_t virtual_key) const override;
+    std::vector<platform::menu_item> menus() const override;
     virtual void OnAppActivate(int active);
     virtual void on_paint();
     virtual void draw_pause_picture(platform::painter &painter);
@@ -83,6 +109,24 @@ class kiv_form final : public main_window, public platform::window_listener {
     static const key_command key_commands[];
     static const key_command *command_of(uint32_t virtual_key);
 
+    // Menus.
+    struct menu_command;
+    static const menu_command menu_commands[];
+    bool run_menu_command(uint32_t id); // false: no item of ours
+    std::vector<platform::menu_item> machine_menu() const;
+    std::vector<platform::menu_item> tape_menu() const;
+    std::vector<platform::menu_item> view_menu() const;
+    std::vector<platform::menu_item> settings_menu() const;
+    enum tape_action { tape_play, tape_stop, tape_rewind, tape_eject };
+    void tape_command(tape_action action);
+    void toggle_pause();
+    void open_recent(uint32_t n);
+    bool load_file(const std::string &path);
+    void choose(user_setting which, int value);
+    void flip(user_setting which);
+    void apply_user_settings();
+    void save_user_settings();
+
     class dialog_scope;  // around every dialog: the CPU thread parked
     class pause_scope;   // the same, for what needs no dialog
     int pause_machine(); // z80_thread's pause, then the buffered tape output
@@ -113,6 +157,10 @@ class kiv_form final : public main_window, public platform::window_listener {
     kel_dib pause_picture;
     std::vector<uint32_t> pause_pixels; // the pause picture as 0x00RRGGBB, rows top first
     setting_values settings{};
+    program_options options;
+    user_settings own;
+    bool held = false;            // paused by the person
+    std::string tape_name;        // of the tape that is in; empty: none
     uint64_t shifted_presses = 0; // key_commands, by index: pressed with Shift
     std::string ini_path;
     int deactivated = 0; // 1: paused because full screen lost activation

@@ -23,7 +23,7 @@ int kiv_form::load_settings_file() {
         trace("load_settings_file: the current directory is gone");
         return 0;
     }
-    ini_path = folder + settings_file_name;
+    ini_path = options.settings.empty() ? folder + settings_file_name : options.settings;
     if (ini_path.size() >= path_limit) {
         trace("load_settings_file: %s: the path is too long", ini_path.c_str());
         return 0;

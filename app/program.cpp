@@ -54,7 +54,7 @@ template <class T> void destroy(T *&object) {
 
 } // namespace
 
-int run_program(platform::host &host) {
+int run_program(platform::host &host, const program_options &options) {
     program.assay = new (std::nothrow) kiv_assay;
     platform::instance_lock lock;
     switch (lock.acquire("ZunMultiBootChecker")) {
@@ -67,7 +67,7 @@ int run_program(platform::host &host) {
         break;
     case platform::instance_lock::result::acquired: break;
     }
-    program.form = new (std::nothrow) kiv_form(host);
+    program.form = new (std::nothrow) kiv_form(host, options);
     program.directx = new (std::nothrow) kiv_directx(host);
     program.cpu_thread = new (std::nothrow) z80_thread;
     trace("------------------ Kiv start ----------------");

@@ -1,6 +1,7 @@
 // The program from its start to its exit code, and its four long-lived objects.
 #pragma once
 
+#include "app/command_line.h"
 #include "platform/host.h"
 
 class kiv_assay;
@@ -22,7 +23,7 @@ extern program_objects program;
 
 // Runs the whole program on a host, on its window thread; the resources are registered before. The exit
 // code: 0 after a normal close, 1 for a second copy or a failed start.
-int run_program(platform::host &host);
+int run_program(platform::host &host, const program_options &options = {});
 
 // A message that the person must see: an OK box with the stop icon and no owner.
 void show_failure(platform::host &host, const char *text);

@@ -5,7 +5,9 @@
 // otherwise. All texts are UTF-8.
 #pragma once
 
+#include "platform/texts.h"
 #include "platform/thread.h"
+#include "platform/view_settings.h"
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -55,6 +57,18 @@ class painter {
     virtual void draw(const picture &image, int x, int y) = 0; // unscaled, clipped to the client area
 };
 
+// An item of a menu. Without a text: a line between items; with items of its own: a menu in the menu.
+struct menu_item {
+    enum kinds { plain, check, choice }; // choices beside each other exclude each other
+    uint32_t id = 0;                     // comes back as wparam of wm_sys_command; 0: it only says something
+    std::string text;                    // an & before the letter that reaches it
+    std::string shortcut;                // the key that does the same; one with Alt works by itself
+    bool enabled = true;
+    kinds kind = plain;
+    bool checked = false;
+    std::vector<menu_item> items;
+};
+
 class host_window {
   public:
     virtual ~host_window() = default;
@@ -73,15 +87,18 @@ class host_window {
     virtual void disable_input_method() = 0;
     // Frame on or off (caption, system menu). False when refused.
     virtual bool set_framed(bool framed) = 0;
-    // Client area of the given size, and centring on the desktop; both keep focus and stacking.
+    // Client area of the given size in the program's pixels, of which the screen may show each enlarged, and
+    // centring on the desktop, once; both keep focus and stacking.
     virtual void resize_client(int width, int height) = 0;
     virtual void centre() = 0;
     virtual void show() = 0;
     // A message that needs no answer: a command has failed, or is done.
     virtual void notify(const std::string &text) = 0;
-    // Items of the window's menu. Adding an ID that is there already does nothing.
-    virtual bool has_menu_item(uint32_t id) const = 0;
-    virtual void insert_menu_item(int position, uint32_t id, const std::string &text) = 0;
+    virtual void menus_changed() = 0; // the listener's menus() are others than at the last call
+    virtual void set_view(const view_settings &settings) = 0;
+    // The frame around a picture enlarged `factor` times; 0: by what suits the desktop.
+    virtual void set_scale(int factor) = 0;
+    virtual std::string place() const = 0; // where it stands and how large, for window_options
 };
 
 // Who receives a window's messages.
@@ -93,11 +110,15 @@ class window_listener {
     // Whether the release of a key is a command: such a release is only given for a press by the person,
     // never because the keyboard went elsewhere.
     virtual bool is_command_key(uint32_t virtual_key) const = 0;
+    // What the menu bar holds, as things stand.
+    virtual std::vector<menu_item> menus() const = 0;
 };
 
 struct window_options {
     std::string title;
     int x, y, width, height;
+    std::string place = {}; // of an earlier window; empty: centred
+    int scale = 0;          // the picture's first enlargement; 0: by what suits the desktop
 };
 
 // ---- dialogs -----------------------------------------------------------------------------------------
@@ -224,6 +245,7 @@ class host {
                                        window_listener &listener) = 0; // null: refused
     virtual int run_message_loop() = 0;                                // until post_quit; its code
     virtual void post_quit(int code) = 0;
+    virtual void set_language(language which) = 0; // of texts, and of the host's own
 
     // Shows an OK box with the stop icon and waits for it; owner may be null.
     virtual void error_box(host_window *owner, const std::string &text, const std::string &caption) = 0;

@@ -180,6 +180,14 @@ int profile_int(const std::string &path, const std::string &section, const std::
     return value ? leading_integer(trimmed(unquoted(*value))) : fallback;
 }
 
+std::string profile_string(const std::string &path, const std::string &section, const std::string &key) {
+    const auto text = whole_file(path);
+    if (!text) return {};
+    const profile_text profile(*text);
+    const auto value = profile.value(section, key);
+    return value ? std::string(trimmed(unquoted(*value))) : std::string();
+}
+
 bool write_profile(const std::string &path, const std::string &section,
                    const std::vector<std::pair<std::string, std::string>> &values) {
     std::string old;

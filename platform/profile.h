@@ -12,6 +12,10 @@ namespace platform {
 // the file is missing. Saturates at the bounds of int.
 int profile_int(const std::string &path, const std::string &section, const std::string &key, int fallback);
 
+// The key's value as it stands, without blanks and quotes around it; empty when the key or the file is
+// missing.
+std::string profile_string(const std::string &path, const std::string &section, const std::string &key);
+
 // Sets keys of one section, in order, in one atomic rewrite of the file. False when it cannot be written;
 // the file is then as it was.
 bool write_profile(const std::string &path, const std::string &section,

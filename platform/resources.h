@@ -6,7 +6,9 @@
 
 namespace platform {
 
-enum class resource_type { font, bitmap, icon, version };
+enum class resource_type { font, bitmap, icon, version, translation };
+
+constexpr uint16_t english_translation_id = 1; // a compiled translation of the texts
 
 struct resource {
     const uint8_t *data = nullptr; // null: no such resource

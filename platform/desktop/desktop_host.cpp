@@ -4,7 +4,9 @@
 #include "platform/desktop/desktop_dialogs.h"
 #include "platform/desktop/desktop_display.h"
 #include "platform/desktop/desktop_window.h"
+#include "platform/resources.h"
 #include <QtCore/QLibraryInfo>
+#include <QtCore/QLocale>
 #include <QtCore/QSocketNotifier>
 #include <QtCore/QTimer>
 #include <QtCore/QTranslator>
@@ -52,7 +54,7 @@ struct desktop_host::parts {
     char *argv[2] = {name, nullptr};
     close_signals signals_to_close;
     std::unique_ptr<QApplication> application;
-    QTranslator translator;
+    QTranslator of_qt, of_kiv;
     std::shared_ptr<screen_link> link = std::make_shared<screen_link>();
     desktop_display screen{link};
     desktop_sound sound;
@@ -102,8 +104,6 @@ std::string desktop_host::missing() {
 }
 
 desktop_host::desktop_host() : p(std::make_unique<parts>()) {
-    // Whole factors only: a pixel of the machine stays a square on displays of any density.
-    QGuiApplication::setHighDpiScaleFactorRoundingPolicy(Qt::HighDpiScaleFactorRoundingPolicy::Round);
     const QtMessageHandler usual = qInstallMessageHandler(hear_start);
     p->application = std::make_unique<QApplication>(p->argc, p->argv);
     qInstallMessageHandler(usual);
@@ -111,9 +111,7 @@ desktop_host::desktop_host() : p(std::make_unique<parts>()) {
     QApplication::setQuitOnLastWindowClosed(false); // the program says when
     QApplication::setApplicationName(QStringLiteral("kiv"));
     QApplication::setApplicationDisplayName(QString());
-    // For the texts inside the file dialog, where the desktop has them.
-    if (p->translator.load(QStringLiteral("qtbase_ja"), QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
-        QCoreApplication::installTranslator(&p->translator);
+    set_language(language::of_desktop);
 
     QApplication *application = p->application.get();
     QObject::connect(application, &QGuiApplication::applicationStateChanged, application,
@@ -180,6 +178,27 @@ void desktop_host::post_quit(int code) {
     p->quit = true;
     p->quit_code = code;
     QCoreApplication::exit(code);
+}
+
+void desktop_host::set_language(language which) {
+    const QLocale::Language of_desktop = QLocale::system().language();
+    const bool japanese =
+        which == language::japanese ||
+        (which == language::of_desktop && (of_desktop == QLocale::Japanese || of_desktop == QLocale::C));
+    QCoreApplication::removeTranslator(&p->of_qt);
+    QCoreApplication::removeTranslator(&p->of_kiv);
+    set_text_translator(nullptr);
+    if (japanese) {
+        // For the texts inside the file dialog, where the desktop has them.
+        if (p->of_qt.load(QStringLiteral("qtbase_ja"), QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+            QCoreApplication::installTranslator(&p->of_qt);
+        return;
+    }
+    const resource english = find_resource(resource_type::translation, english_translation_id);
+    if (english.data == nullptr || !p->of_kiv.load(english.data, static_cast<int>(english.size))) return;
+    QCoreApplication::installTranslator(&p->of_kiv);
+    set_text_translator(
+        [](const char *source) { return QCoreApplication::translate("kiv", source).toStdString(); });
 }
 
 void desktop_host::error_box(host_window *owner, const std::string &text, const std::string &caption) {

@@ -26,6 +26,7 @@ class desktop_host : public host {
     host_window *create_window(const window_options &options, window_listener &listener) override;
     int run_message_loop() override;
     void post_quit(int code) override;
+    void set_language(language which) override;
 
     void error_box(host_window *owner, const std::string &text, const std::string &caption) override;
     bool open_file(host_window &owner, const file_dialog_options &options, std::string &path) override;

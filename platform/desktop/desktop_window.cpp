@@ -34,7 +34,10 @@ class posted_message : public QEvent {
 class desktop_window::receiver : public QObject {
   public:
     explicit receiver(desktop_window &w) : window_of(w) {}
-    std::atomic<bool> repaint_asked{false};
+    // From any thread; many at once are one.
+    void ask_repaint() {
+        if (!repaint_asked.exchange(true)) QCoreApplication::postEvent(this, new QEvent(repaint_event()));
+    }
 
   protected:
     bool event(QEvent *e) override {
@@ -48,7 +51,7 @@ class desktop_window::receiver : public QObject {
         }
         if (e->type() == repaint_event()) {
             repaint_asked = false;
-            window_of.view->update();
+            window_of.refresh();
             return true;
         }
         return QObject::event(e);
@@ -56,18 +59,16 @@ class desktop_window::receiver : public QObject {
 
   private:
     desktop_window &window_of;
+    std::atomic<bool> repaint_asked{false};
 };
 
 desktop_window::desktop_window(const window_options &options, window_listener &hears,
                                std::shared_ptr<screen_link> from_screen)
     : listener(hears), link(std::move(from_screen)), client_width(options.width),
-      client_height(options.height) {
+      client_height(options.height), first_scale(options.scale) {
     inbox = std::make_unique<receiver>(*this);
     frame = std::make_unique<frame_widget>(*this);
     frame->setWindowTitle(QString::fromStdString(options.title));
-    frame->setWindowFlags(Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
-                          Qt::WindowSystemMenuHint | Qt::WindowMinimizeButtonHint |
-                          Qt::WindowCloseButtonHint);
     frame->menuBar()->setNativeMenuBar(false); // a desktop's own bar might not show the two items
     frame->menuBar()->hide();
     frame->setContextMenuPolicy(Qt::NoContextMenu);
@@ -75,12 +76,15 @@ desktop_window::desktop_window(const window_options &options, window_listener &h
     view = new view_widget(*this);
     frame->setCentralWidget(view);
     frame->move(options.x, options.y);
+    placed = options.scale == 0 && !options.place.empty() &&
+             frame->restoreGeometry(QByteArray::fromBase64(QByteArray::fromStdString(options.place)));
     resize_canvas(client_width, client_height);
-    fix_size();
     receiver *to = inbox.get();
-    link->set_repaint([to] {
-        if (!to->repaint_asked.exchange(true)) QCoreApplication::postEvent(to, new QEvent(repaint_event()));
-    });
+    link->set_repaint([to] { to->ask_repaint(); });
+}
+
+void desktop_window::ask_repaint() {
+    if (inbox) inbox->ask_repaint();
 }
 
 desktop_window::~desktop_window() {

@@ -1,10 +1,14 @@
-// The main window: a menu bar, and below it the picture, whose area is exactly the client area.
+// The main window: a menu bar, and below it the picture, enlarged from the client area's pixels.
 #pragma once
 
 #include "platform/desktop/desktop_display.h"
 #include "platform/desktop/key_map.h"
+#include "platform/desktop/picture_fit.h"
+#include "platform/desktop/picture_scaler.h"
 #include "platform/host.h"
+#include <QtCore/QByteArray>
 #include <QtCore/QPoint>
+#include <QtCore/QRect>
 #include <QtCore/QString>
 #include <QtGui/QImage>
 #include <atomic>
@@ -42,8 +46,10 @@ class desktop_window : public host_window, public mode_switch {
     void centre() override;
     void show() override;
     void notify(const std::string &text) override;
-    bool has_menu_item(uint32_t id) const override;
-    void insert_menu_item(int position, uint32_t id, const std::string &text) override;
+    void menus_changed() override;
+    void set_view(const view_settings &settings) override;
+    void set_scale(int factor) override;
+    std::string place() const override;
 
     void enter_mode(int width, int height) override;
     void leave_mode() override;
@@ -72,20 +78,26 @@ class desktop_window : public host_window, public mode_switch {
     void paint_notice(QPainter &on, const QRect &area);
     void deliver_paint(bool erase);
     void resize_canvas(int width, int height);
+    void place_picture();
+    void ask_repaint();
+    void refresh();
+    void show_canvas();
     void received(const message &m);
     void drain();
     void moved();
     void leave_full_screen();
-    void fix_size();
     void follow_screen();
     void open_menu();
+    void menu_closed();
+    bool has_menus() const;
+    void fill_menu(QMenu &menu, const std::vector<menu_item> &items);
 
     window_listener &listener;
     std::shared_ptr<screen_link> link;
     std::unique_ptr<frame_widget> frame;
-    view_widget *view = nullptr; // the frame's
-    QMenu *menu = nullptr;       // the frame's; null until the first item
-    std::vector<std::pair<uint32_t, QAction *>> items;
+    view_widget *view = nullptr;          // the frame's
+    std::vector<QMenu *> menus;           // the menu bar's
+    std::vector<QAction *> keys_of_menus; // items that have keys of their own
 
     mutable std::mutex receiver_mutex;
     std::unique_ptr<receiver> inbox; // null when the window is gone
@@ -94,12 +106,25 @@ class desktop_window : public host_window, public mode_switch {
 
     bool gone = false;
     int cursor_count = 0;
-    int client_width, client_height;     // in window mode
+    int client_width, client_height; // in window mode
+    int first_scale;
+    bool placed = false; // the person has the say now
+    bool was_maximized = false;
+    QRect normal_place;      // before full screen, and
+    QByteArray window_place; // all that is remembered of it
     int mode_width = 0, mode_height = 0; // 0: window mode
     bool full_screen = false;
     point last_origin{0, 0};
 
     QImage canvas; // what the client area shows, unscaled
+    view_settings looks;
+    picture_scaler scaler;
+    struct shape { // what the scaler is set up for
+        placement at{};
+        int width = 0, height = 0;
+        crt_look look{};
+        bool operator==(const shape &) const = default;
+    } shown_shape;
     bool paint_wanted = false, erase_wanted = false;
     bool listener_paints = false; // drew something at the last wm_paint, over the frame
     painter *painting = nullptr;

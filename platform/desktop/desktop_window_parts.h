@@ -5,6 +5,7 @@
 #include <QtGui/QCloseEvent>
 #include <QtGui/QKeyEvent>
 #include <QtWidgets/QMainWindow>
+#include <QtWidgets/QMenuBar>
 #include <QtWidgets/QWidget>
 
 namespace platform {
@@ -19,6 +20,7 @@ class desktop_window::view_widget : public QWidget {
 
   protected:
     void paintEvent(QPaintEvent *) override { window_of.paint_view(); }
+    void resizeEvent(QResizeEvent *) override { window_of.place_picture(); }
     bool focusNextPrevChild(bool) override { return false; } // Tab is a key of the machine
     bool event(QEvent *e) override {
         switch (e->type()) {
@@ -49,6 +51,12 @@ class desktop_window::frame_widget : public QMainWindow {
     void moveEvent(QMoveEvent *e) override {
         QMainWindow::moveEvent(e);
         window_of.moved();
+    }
+    void changeEvent(QEvent *e) override {
+        QMainWindow::changeEvent(e);
+        // By the window manager, too.
+        if (e->type() == QEvent::WindowStateChange)
+            menuBar()->setVisible(!isFullScreen() && window_of.has_menus());
     }
     void showEvent(QShowEvent *e) override {
         QMainWindow::showEvent(e);

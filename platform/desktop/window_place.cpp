@@ -8,12 +8,19 @@
 #include <QtWidgets/QLayout>
 #include <QtWidgets/QMenuBar>
 #include <algorithm>
+#include <cmath>
 
 namespace platform {
 
 namespace {
 
 constexpr int full_screen_patience_ms = 300; // after which no window manager is thought to answer
+constexpr double first_share = 0.8;          // of the desktop, that the first window takes at most
+constexpr int least_width = 320, least_height = 200;
+
+QScreen *screen_of(const QWidget &frame) {
+    return frame.screen() != nullptr ? frame.screen() : QGuiApplication::primaryScreen();
+}
 
 } // namespace
 
@@ -35,36 +42,64 @@ void desktop_window::moved() {
     send(wm_move, 0, 0);
 }
 
-// The frame around a client area of fixed size.
-void desktop_window::fix_size() {
-    view->setFixedSize(client_width, client_height);
-    frame->layout()->setSizeConstraint(QLayout::SetFixedSize);
-    frame->layout()->activate();
-}
-
 void desktop_window::resize_client(int width, int height) {
     client_width = width;
     client_height = height;
-    if (full_screen) return;
-    resize_canvas(width, height);
-    fix_size();
+    if (!full_screen) resize_canvas(width, height);
 }
 
+// The frame around a view that shows the picture enlarged by `factor` in the screen's own pixels; 0: by the
+// largest whole number that leaves a fifth of the desktop free.
+void desktop_window::set_scale(int factor) {
+    const QScreen *screen = screen_of(*frame);
+    if (gone || full_screen || screen == nullptr) return;
+    const qreal ratio = frame->devicePixelRatioF();
+    const int height = looks.four_thirds ? client_height * 6 / 5 : client_height;
+    if (factor <= 0) {
+        const QSize desktop = screen->availableSize() * ratio * first_share;
+        factor = std::max(1, std::min(desktop.width() / client_width, desktop.height() / height));
+    }
+    if (frame->isMaximized()) frame->showNormal();
+    const int bar = frame->menuBar()->isHidden() ? 0 : frame->menuBar()->sizeHint().height();
+    // Rounded up: a view that is a pixel too large shows the whole picture, too.
+    frame->resize(static_cast<int>(std::ceil(client_width * factor / ratio)),
+                  static_cast<int>(std::ceil(height * factor / ratio)) + bar);
+    if (!frame->isVisible()) return;
+    // A larger window must not hang over the desktop's edge.
+    const QRect desktop = screen->availableGeometry();
+    const QPoint at = frame->pos();
+    frame->move(
+        std::max(desktop.left(), std::min(at.x(), desktop.right() + 1 - frame->frameGeometry().width())),
+        std::max(desktop.top(), std::min(at.y(), desktop.bottom() + 1 - frame->frameGeometry().height())));
+}
+
+// Once: after that the window stays where the person has put it.
 void desktop_window::centre() {
-    if (full_screen || gone) return;
-    const QScreen *screen = frame->screen() != nullptr ? frame->screen() : QGuiApplication::primaryScreen();
+    if (full_screen || gone || placed) return;
+    const QScreen *screen = screen_of(*frame);
     if (screen == nullptr) return;
+    view->setMinimumSize(static_cast<int>(least_width / frame->devicePixelRatioF()),
+                         static_cast<int>(least_height / frame->devicePixelRatioF()));
+    set_scale(first_scale);
     const QRect desktop = screen->availableGeometry();
     const QSize border = frame->frameGeometry().size() - frame->geometry().size(); // title bar and edges
-    const QSize size = frame->layout()->totalSizeHint() + border;
+    const QSize size = frame->size() + border;
     frame->move(desktop.left() + std::max(0, (desktop.width() - size.width()) / 2),
                 desktop.top() + std::max(0, (desktop.height() - size.height()) / 2));
     moved();
 }
 
+// Of the window, also while it fills the screen.
+std::string desktop_window::place() const {
+    return (full_screen ? window_place : frame->saveGeometry()).toBase64().toStdString();
+}
+
 void desktop_window::show() {
     if (gone) return;
-    if (!full_screen) frame->show();
+    if (!full_screen && !frame->isVisible()) {
+        frame->show();
+        placed = true;
+    }
     moved();
 }
 
@@ -83,13 +118,11 @@ void desktop_window::enter_mode(int width, int height) {
     resize_canvas(width, height);
     if (full_screen) return;
     full_screen = true;
+    placed = true;
+    was_maximized = frame->isMaximized();
+    normal_place = frame->geometry();
+    window_place = frame->saveGeometry();
     frame->menuBar()->hide();
-    // A window of fixed size stays as it is, whatever its state says.
-    frame->layout()->setSizeConstraint(QLayout::SetNoConstraint);
-    frame->setMinimumSize(0, 0);
-    frame->setMaximumSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
-    view->setMinimumSize(1, 1);
-    view->setMaximumSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
     frame->showFullScreen();
     QTimer::singleShot(full_screen_patience_ms, frame.get(), [this] {
         const QScreen *screen = frame->screen();
@@ -112,15 +145,20 @@ void desktop_window::leave_full_screen() {
     full_screen = false;
     mode_width = mode_height = 0;
     resize_canvas(client_width, client_height);
-    frame->showNormal();
-    frame->menuBar()->setVisible(menu != nullptr);
-    fix_size();
+    frame->menuBar()->setVisible(has_menus());
+    if (was_maximized) {
+        frame->showMaximized();
+    } else {
+        frame->showNormal();
+        frame->setGeometry(normal_place);
+    }
     moved();
 }
 
 void desktop_window::follow_screen() {
     const auto note = [this](const QScreen *screen) {
         if (screen != nullptr && screen->refreshRate() > 1) link->refresh_rate = screen->refreshRate();
+        place_picture(); // its density may be another
     };
     QWindow *window = frame->windowHandle();
     if (window == nullptr) return;

@@ -8,6 +8,7 @@
 #include "display/kiv_directx.h"
 #include "machine/kiv_machine.h"
 #include "platform/instance_lock.h"
+#include "platform/profile.h"
 #include "platform/resources.h"
 #include "support/host_keys.h"
 #include "tests/common/whole_program.h"
@@ -212,8 +213,11 @@ TEST_F(whole_program, OneDayWithEveryCommand) {
         EXPECT_TRUE(state.framed);
         EXPECT_EQ(state.width, 640);
         EXPECT_EQ(state.height, 400);
-        EXPECT_EQ(state.menu,
-                  (std::vector<std::pair<uint32_t, std::string>>{{2, "Kivについて"}, {1, "Kivの設定"}}));
+        on_window_thread([] {
+            const auto given = program.form->menus().at(0).items;
+            ASSERT_EQ(given.size(), 2u);
+            EXPECT_EQ(given[0].text + ", " + given[1].text, "Kivについて, Kivの設定");
+        });
 
         settings_text = get_file(folder / "KIV.INI");
         EXPECT_TRUE(window().choose_menu_item(menu_about));
@@ -402,6 +406,84 @@ TEST_F(whole_program, ACommandThatFailsInItsDialogLeavesTheMachineRunning) {
         EXPECT_EQ(host.dialogs().settings.size(), 2u) << "dialogs open again";
     });
     EXPECT_TRUE(folder.heard_line("out of order"));
+}
+
+TEST_F(whole_program, EveryMenuItemDoesItsWorkOnce) {
+    put_file(folder / "song.cmt", "tape");
+    run([&] {
+        const auto choose_item = [&](uint32_t id) {
+            bool offered = false;
+            on_window_thread([&] { offered = window().choose_menu_item(id); });
+            settle();
+            return offered;
+        };
+        const auto own = [&](const char *key) {
+            return platform::profile_string(folder / "config/kiv/kiv.ini", "Kiv", key);
+        };
+        EXPECT_FALSE(choose_item(menu_tape_rewind)) << "there is no tape";
+        choose(folder / "song.cmt");
+        EXPECT_TRUE(choose_item(menu_open));
+        on_window_thread([] { machine.tape_position = 3; });
+        EXPECT_TRUE(choose_item(menu_tape_rewind));
+        EXPECT_EQ(machine.tape_position, 0u);
+        EXPECT_TRUE(choose_item(menu_tape_stop));
+        EXPECT_NE(machine.cassette_flags & cassette_stopped, 0);
+        EXPECT_TRUE(choose_item(menu_tape_play));
+        EXPECT_EQ(machine.cassette_flags & cassette_stopped, 0);
+        EXPECT_TRUE(choose_item(menu_tape_eject));
+        EXPECT_EQ(machine.tape_image, nullptr);
+        EXPECT_TRUE(choose_item(menu_recent));
+        EXPECT_EQ(machine.tape_size, 4u);
+
+        EXPECT_TRUE(choose_item(menu_pause));
+        expect_parked(true);
+        strike(vk_f7); // a dialog, and cancelled
+        strike(vk_f12);
+        expect_parked(true);
+        EXPECT_TRUE(choose_item(menu_pause));
+        wait_until_running();
+        expect_parked(false);
+        wait_for_row(0, "READY");
+
+        const struct {
+            uint32_t id;
+            const char *key, *value;
+        } kept[] = {{menu_look + 2, "look", "2"},
+                    {menu_four_thirds, "four_thirds", "1"},
+                    {menu_whole_factors, "whole_factors", "1"},
+                    {menu_messages, "messages", "0"},
+                    {menu_back_deletes, "back_deletes", "1"},
+                    {menu_language + 2, "language", "2"}};
+        for (const auto &k : kept) {
+            EXPECT_TRUE(choose_item(k.id));
+            EXPECT_EQ(own(k.key), k.value) << k.key;
+        }
+        const platform::view_settings view = window().state().view;
+        EXPECT_TRUE(view.look == platform::crt_look::tube && view.four_thirds && view.whole_factors &&
+                    !view.notices);
+        EXPECT_EQ(host.chosen_language, platform::language::english);
+        EXPECT_TRUE(choose_item(menu_scale + 2));
+        EXPECT_EQ(window().state().scale, 3);
+
+        for (const uint32_t full : {1u, 0u}) {
+            EXPECT_TRUE(choose_item(menu_full_screen));
+            EXPECT_EQ(program.directx->is_full_screen(), full);
+        }
+        EXPECT_TRUE(choose_item(menu_sound));
+        EXPECT_EQ(program.directx->isSoundOff(), 1u);
+        EXPECT_TRUE(choose_item(menu_pcg));
+        EXPECT_EQ(machine.pcg_glyphs_on, 1);
+        EXPECT_TRUE(choose_item(menu_reset));
+        EXPECT_EQ(machine.pcg_glyphs_on, 0);
+        for (const uint32_t dialog : {menu_save_dump, menu_tape_output, menu_settings, menu_about})
+            EXPECT_TRUE(choose_item(dialog));
+        EXPECT_TRUE(choose_item(menu_status));
+    });
+    const platform::dialog_record dialogs = host.dialogs();
+    EXPECT_EQ(dialogs.save_files.size(), 2u);
+    EXPECT_EQ(dialogs.settings.size(), 2u);
+    EXPECT_EQ(dialogs.helps.size(), 1u);
+    EXPECT_EQ(platform::profile_string(folder / "config/kiv/kiv.ini", "Kiv", "window"), "here");
 }
 
 TEST_F(whole_program, ShiftCountsAtThePressOrAtTheRelease) {

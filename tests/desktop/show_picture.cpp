@@ -41,15 +41,25 @@ class shower : public window_listener {
 
     bool is_command_key(uint32_t key) const override { return key == vk_end; }
 
+    std::vector<menu_item> menus() const override {
+        return {{0,
+                 "Kiv(&K)",
+                 "",
+                 true,
+                 menu_item::plain,
+                 false,
+                 {{2, "Kivについて", "", true, menu_item::plain, false, {}}}}};
+    }
+
     void show(bool full_screen) {
         display &d = host.get_display();
         d.restore_mode();
         window->set_framed(!full_screen);
         if (!full_screen) {
             window->resize_client(640, 400);
+            window->menus_changed();
             window->centre();
             window->show();
-            window->insert_menu_item(0, 2, "Kivについて");
         }
         d.set_cooperative_level(*window, full_screen);
         if (full_screen) d.set_mode(640, 400, 8);

@@ -1,4 +1,5 @@
 // The window: messages, signals, keys, picture, modes, menu.
+#include "platform/desktop/picture_fit.h"
 #include "tests/desktop/host_fixture.h"
 
 #include <QtWidgets/QMenu>
@@ -197,8 +198,10 @@ TEST_F(DesktopWindow, AnInvalidWindowIsPaintedOverTheFrames) {
 }
 
 TEST_F(DesktopWindow, FullScreenAndBack) {
-    for (int i = 0; i < 2; ++i) window->insert_menu_item(0, 2, "Kivについて"); // every window mode does
+    listener.menu_bar = {{0, "Kiv(&K)", "", true, menu_item::plain, false, {{2, "Kivについて"}}}};
+    for (int i = 0; i < 2; ++i) window->menus_changed(); // every window mode does
     EXPECT_EQ(frame()->menuBar()->actions().at(0)->menu()->actions().size(), 1);
+    window->set_scale(1);
     start_display(false);
     show_frame(0x112233);
     const QPoint before = frame()->pos();
@@ -225,12 +228,91 @@ TEST_F(DesktopWindow, FullScreenAndBack) {
     EXPECT_TRUE(view()->size() == QSize(640, 400) && frame()->pos() == before);
     EXPECT_EQ(frame()->menuBar()->height() + 400, frame()->height())
         << "the menu stands outside of the picture";
-    EXPECT_EQ(frame()->minimumSize(), frame()->maximumSize());
+    // By the window manager's own command the picture fills the screen, too.
+    frame()->showFullScreen();
+    run_for(50);
+    EXPECT_TRUE(frame()->menuBar()->isHidden());
+    EXPECT_EQ(pixel(1, view()->height() / 2), pixel(view()->width() / 2, view()->height() / 2));
+    frame()->showNormal();
+    run_for(50);
+    EXPECT_FALSE(frame()->menuBar()->isHidden());
     // A mode that ends without a window mode after it does not leave a black screen.
     start_display(true);
     host->get_display().restore_mode();
     run_for(50);
     EXPECT_FALSE(frame()->isFullScreen());
+}
+
+TEST_F(DesktopWindow, TheWindowIsAsLargeAsThePersonWantsAndComesBackSo) {
+    start_display(false);
+    show_frame(0x102030);
+    for (const QSize size : {QSize(320, 200), QSize(500, 700), QSize(1500, 400), QSize(2560, 1440)}) {
+        frame()->resize(size);
+        run_for(10);
+        EXPECT_EQ(pixel(view()->width() / 2, view()->height() / 2), 0x102030u);
+        const placement at = fit_picture(640, 400, 400, view()->width(), view()->height(), false);
+        EXPECT_EQ(pixel(at.x, at.y), 0x102030u) << "the picture's first corner at " << size.width();
+        EXPECT_EQ(pixel(at.x + at.width - 1, at.y + at.height - 1), 0x102030u) << "and its last one";
+    }
+    view_settings looks;
+    looks.four_thirds = true;
+    window->set_view(looks);
+    window->set_scale(1);
+    run_for(10);
+    EXPECT_EQ(view()->size(), QSize(640, 480));
+    frame()->setGeometry(100, 80, 700, 500);
+    const std::string place = window->place();
+    host_window *again = host->create_window({"again", 0, 0, 640, 480, place}, listener);
+    again->resize_client(640, 400);
+    again->centre();
+    again->show();
+    run_for(20);
+    QWidget *second = QApplication::topLevelWidgets().back();
+    for (QWidget *w : QApplication::topLevelWidgets())
+        if (w->windowTitle() == "again") second = w;
+    EXPECT_EQ(second->size(), QSize(700, 500));
+}
+
+TEST_F(DesktopWindow, MenusDoTheirWorkOnce) {
+    listener.menu_bar = {
+        {0,
+         "&One",
+         "",
+         true,
+         menu_item::plain,
+         false,
+         {{21, "&First", "F9"}, {22, "Second", "Alt+P", true, menu_item::check, true}, {}, {0, "says only"}}},
+        {0,
+         "&Two",
+         "",
+         true,
+         menu_item::plain,
+         false,
+         {{0, "&More", "", true, menu_item::plain, false, {{31, "&Inner"}}}}}};
+    for (int i = 0; i < 3; ++i) window->menus_changed();
+    run_for(10);
+    listener.take();
+    const auto menus = frame()->menuBar()->actions();
+    ASSERT_EQ(menus.size(), 2);
+    const auto first = menus[0]->menu()->actions();
+    ASSERT_EQ(first.size(), 4);
+    EXPECT_EQ(first[0]->text(), "&First\tF9");
+    EXPECT_TRUE(first[1]->isChecked() && !first[3]->isEnabled());
+    first[0]->trigger();
+    menus[1]->menu()->actions().at(0)->menu()->actions().at(0)->trigger();
+    run_for(10);
+    EXPECT_EQ(listener.take(), "112 15 0, 112 1F 0");
+    // By the keyboard alone: F10, down, Return; the key of an item; neither reaches the machine.
+    play("+68 -68");
+    ASSERT_TRUE(run_until([] { return QApplication::activePopupWidget() != nullptr; }));
+    for (const int key : {Qt::Key_Down, Qt::Key_Return})
+        for (const auto type : {QEvent::KeyPress, QEvent::KeyRelease})
+            if (QWidget *menu = QApplication::activePopupWidget()) {
+                QKeyEvent e(type, key, Qt::NoModifier);
+                QApplication::sendEvent(menu, &e);
+            }
+    run_for(20);
+    EXPECT_EQ(listener.take(), "112 16 0");
 }
 
 // The picture's way runs on while the window is toggled, painted and destroyed.

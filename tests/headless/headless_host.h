@@ -8,6 +8,7 @@
 #include "tests/headless/headless_display.h"
 #include "tests/headless/headless_sound.h"
 #include "tests/headless/headless_window.h"
+#include <atomic>
 #include <condition_variable>
 #include <deque>
 #include <functional>
@@ -68,6 +69,8 @@ class headless_host : public host, public message_sink {
     host_window *create_window(const window_options &options, window_listener &listener) override;
     int run_message_loop() override;
     void post_quit(int code) override;
+    void set_language(language which) override { chosen_language = which; }
+    std::atomic<language> chosen_language{};
     void error_box(host_window *owner, const std::string &text, const std::string &caption) override;
     bool open_file(host_window &owner, const file_dialog_options &options, std::string &path) override;
     bool save_file(host_window &owner, const file_dialog_options &options, std::string &path) override;

@@ -105,11 +105,12 @@ void headless_window::drag_to(int x, int y) {
 }
 
 bool headless_window::choose_menu_item(uint32_t id) {
-    {
-        const std::lock_guard lock(mutex);
-        if (!now.framed || now.in_mode || now.gone) return false;
-    }
-    if (!has_menu_item(id)) return false;
+    const std::function<bool(const std::vector<menu_item> &)> offers = [&](const auto &items) {
+        return std::any_of(items.begin(), items.end(), [&](const menu_item &item) {
+            return item.enabled && (item.id == id || offers(item.items));
+        });
+    };
+    if (!offers(listener.menus())) return false;
     post(wm_sys_command, id, 0);
     return true;
 }
@@ -297,16 +298,16 @@ void headless_window::notify(const std::string &text) {
     now.notices.push_back(text);
 }
 
-bool headless_window::has_menu_item(uint32_t id) const {
+void headless_window::set_view(const view_settings &settings) {
     const std::lock_guard lock(mutex);
-    return std::any_of(now.menu.begin(), now.menu.end(), [=](const auto &item) { return item.first == id; });
+    now.view = settings;
 }
 
-void headless_window::insert_menu_item(int position, uint32_t id, const std::string &text) {
-    if (has_menu_item(id)) return;
+void headless_window::set_scale(int factor) {
     const std::lock_guard lock(mutex);
-    const int place = std::clamp(position, 0, static_cast<int>(now.menu.size()));
-    now.menu.insert(now.menu.begin() + place, {id, text});
+    now.scale = factor;
 }
+
+std::string headless_window::place() const { return "here"; }
 
 } // namespace platform

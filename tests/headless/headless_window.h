@@ -21,8 +21,9 @@ struct window_state {
     int cursor_count = 0; // shown while 0 or above
     int focus_requests = 0;
     bool input_method = true;
-    std::vector<std::pair<uint32_t, std::string>> menu;
     std::vector<std::string> notices;
+    view_settings view;
+    int scale = 0;
 };
 
 // Where a window's messages wait for the message loop.
@@ -51,7 +52,7 @@ class headless_window : public host_window {
     // Another application comes to the front, or this one again. Keys that are down are released first.
     void activate(bool active);
     void drag_to(int x, int y);
-    // False when the menu has no such item, or no frame to be reached from.
+    // Window thread is asked for the menus. False when they have no such item, or it is not to be chosen.
     bool choose_menu_item(uint32_t id);
     window_state state() const;
     // The client area after it was last painted; empty before.
@@ -81,8 +82,10 @@ class headless_window : public host_window {
     void centre() override;
     void show() override;
     void notify(const std::string &text) override;
-    bool has_menu_item(uint32_t id) const override;
-    void insert_menu_item(int position, uint32_t id, const std::string &text) override;
+    void menus_changed() override {}
+    void set_view(const view_settings &settings) override;
+    void set_scale(int factor) override;
+    std::string place() const override;
 
   private:
     size2 client_size_locked() const;

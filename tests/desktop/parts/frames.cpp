@@ -1,6 +1,5 @@
 // Frames between the threads, surfaces, and where a picture stands on the screen.
 #include "platform/desktop/desktop_display.h"
-#include "platform/desktop/picture_fit.h"
 
 #include <chrono>
 #include <gtest/gtest.h>
@@ -41,29 +40,6 @@ TEST(FrameBox, TheReaderSeesWholeFramesOnlyAndEachOnce) {
     ASSERT_NE(newest, nullptr);
     EXPECT_EQ(newest->pixels[0], 8u);
     EXPECT_EQ(box.take_newest(), nullptr);
-}
-
-TEST(PictureFit, WholeFactorsCentredElseShrunk) {
-    struct {
-        int picture_width, picture_height, area_width, area_height;
-        placement at;
-    } const rows[] = {
-        {640, 400, 640, 400, {0, 0, 640, 400}},
-        {640, 400, 1920, 1080, {320, 140, 1280, 800}},
-        {640, 400, 3840, 2160, {320, 80, 3200, 2000}},
-        {720, 480, 1366, 768, {323, 144, 720, 480}},
-        {640, 400, 600, 800, {0, 212, 600, 375}},
-        {640, 400, 2000, 300, {760, 0, 480, 300}},
-        {640, 400, 1, 1, {0, 0, 1, 1}},
-        {640, 400, 0, 10, {0, 0, 0, 0}},
-    };
-    for (const auto &r : rows) {
-        const placement got = fit_picture(r.picture_width, r.picture_height, r.area_width, r.area_height);
-        EXPECT_TRUE(got.x == r.at.x && got.y == r.at.y && got.width == r.at.width &&
-                    got.height == r.at.height)
-            << r.picture_width << " wide on " << r.area_width << ": " << got.x << "," << got.y << " "
-            << got.width << "x" << got.height;
-    }
 }
 
 class DesktopDisplay : public testing::Test {

@@ -1,0 +1,20 @@
+// The command line of `kiv`.
+#pragma once
+
+#include <string>
+
+struct program_options {
+    bool help = false, version = false;
+    std::string roms;       // folder of ROM images; empty: the current directory
+    bool open_roms = false; // the ROM set that comes with Kiv
+    std::string tape;       // tape image to put in
+    bool full_screen = false;
+    int scale = 0;        // screen pixels to a pixel of the machine; 0: as the person left the window
+    std::string language; // "ja", "en"; empty: as set
+    std::string settings; // the machine's settings file; empty: KIV.INI in the current directory
+};
+
+// Fills `options`. What is wrong with the command line, as a line for the person; empty: nothing.
+std::string read_command_line(int argc, const char *const *argv, program_options &options);
+
+extern const char command_line_help[];

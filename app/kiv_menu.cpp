@@ -1,0 +1,249 @@
+// The menus: what is in them, and what their items do.
+#include "app/kiv_form.h"
+
+#include "app/form_scopes.h"
+#include "app/program.h"
+#include "cpu/z80_thread.h"
+#include "display/kiv_directx.h"
+#include "machine/kiv_machine.h"
+#include "platform/file.h"
+#include "machine/tape_files.h"
+#include "platform/texts.h"
+#include "support/log.h"
+
+#include <cstdio>
+
+using platform::menu_item;
+using platform::text;
+
+namespace {
+
+constexpr int greatest_scale = 6;
+constexpr uint32_t tape_bytes_per_second = 120; // 1200 baud, ten bits a byte
+
+menu_item item(uint32_t id, const char *japanese, const char *shortcut = "", bool enabled = true) {
+    return {id, text(japanese), shortcut, enabled, menu_item::plain, false, {}};
+}
+menu_item check(uint32_t id, const char *japanese, bool checked, const char *shortcut = "") {
+    return {id, text(japanese), shortcut, true, menu_item::check, checked, {}};
+}
+menu_item choice(uint32_t id, const std::string &label, bool chosen) {
+    return {id, label, "", true, menu_item::choice, chosen, {}};
+}
+menu_item submenu(const char *japanese, std::vector<menu_item> items) {
+    const bool enabled = !items.empty();
+    if (!enabled) items.push_back(menu_item{}); // a menu all the same
+    return {0, text(japanese), "", enabled, menu_item::plain, false, std::move(items)};
+}
+menu_item separator() { return {}; }
+
+// "/home/a/games/x.cmt" as a menu shows it: the name, and no mnemonic made of what it holds.
+std::string label_of(size_t number, const std::string &path) {
+    std::string name = path.substr(path.rfind('/') + 1), shown = "&" + std::to_string(number + 1) + "  ";
+    for (const char c : name) {
+        shown += c;
+        if (c == '&') shown += '&';
+    }
+    return shown;
+}
+
+} // namespace
+
+// One row a command of the menus; `count` of them, told apart by `n`, for rows of items.
+struct kiv_form::menu_command {
+    uint32_t first, count;
+    void (*run)(kiv_form &form, uint32_t n);
+};
+
+const kiv_form::menu_command kiv_form::menu_commands[] = {
+    {menu_settings, 1, [](kiv_form &f, uint32_t) { f.settings_command(); }},
+    {menu_about, 1, [](kiv_form &f, uint32_t) { f.about_command(); }},
+    {menu_open, 1, [](kiv_form &f, uint32_t) { f.open_file(); }},
+    {menu_recent, most_recent_files, [](kiv_form &f, uint32_t n) { f.open_recent(n); }},
+    {menu_reset, 1, [](kiv_form &f, uint32_t) { f.reset_machine(); }},
+    {menu_pause, 1, [](kiv_form &f, uint32_t) { f.toggle_pause(); }},
+    {menu_quit, 1, [](kiv_form &f, uint32_t) { f.close_command(); }},
+    {menu_save_dump, 1, [](kiv_form &f, uint32_t) { f.save_dump(); }},
+    {menu_tape_play, 1, [](kiv_form &f, uint32_t) { f.tape_command(tape_play); }},
+    {menu_tape_stop, 1, [](kiv_form &f, uint32_t) { f.tape_command(tape_stop); }},
+    {menu_tape_rewind, 1, [](kiv_form &f, uint32_t) { f.tape_command(tape_rewind); }},
+    {menu_tape_eject, 1, [](kiv_form &f, uint32_t) { f.tape_command(tape_eject); }},
+    {menu_tape_output, 1, [](kiv_form &f, uint32_t) { f.select_tape_output(); }},
+    {menu_full_screen, 1, [](kiv_form &f, uint32_t) { f.change_screen(); }},
+    {menu_scale, greatest_scale,
+     [](kiv_form &f, uint32_t n) { f.window->set_scale(static_cast<int>(n) + 1); }},
+    {menu_look, 3, [](kiv_form &f, uint32_t n) { f.choose(user_look, static_cast<int>(n)); }},
+    {menu_four_thirds, 1, [](kiv_form &f, uint32_t) { f.flip(user_four_thirds); }},
+    {menu_whole_factors, 1, [](kiv_form &f, uint32_t) { f.flip(user_whole_factors); }},
+    {menu_messages, 1, [](kiv_form &f, uint32_t) { f.flip(user_messages); }},
+    {menu_status, 1, [](kiv_form &f, uint32_t) { f.toggle_status(); }},
+    {menu_pcg, 1, [](kiv_form &f, uint32_t) { f.toggle_pcg_glyphs(); }},
+    {menu_sound, 1, [](kiv_form &f, uint32_t) { f.toggle_sound(); }},
+    {menu_back_deletes, 1, [](kiv_form &f, uint32_t) { f.flip(user_back_deletes); }},
+    {menu_language, 3, [](kiv_form &f, uint32_t n) { f.choose(user_language, static_cast<int>(n)); }},
+};
+
+bool kiv_form::run_menu_command(uint32_t id) {
+    for (const menu_command &command : menu_commands) {
+        if (id < command.first || id >= command.first + command.count) continue;
+        command.run(*this, id - command.first);
+        return true;
+    }
+    return false;
+}
+
+std::vector<menu_item> kiv_form::machine_menu() const {
+    std::vector<menu_item> recent;
+    for (size_t i = 0; i < own.recent.size(); ++i)
+        recent.push_back({menu_recent + static_cast<uint32_t>(i),
+                          label_of(i, own.recent[i]),
+                          "",
+                          true,
+                          menu_item::plain,
+                          false,
+                          {}});
+    return {item(menu_open, "開く(&O)...", "F9"),
+            submenu("最近使ったファイル(&R)", std::move(recent)),
+            separator(),
+            item(menu_save_dump, "メモリダンプの保存(&D)...", "F6"),
+            separator(),
+            check(menu_pause, "一時停止(&P)", held, "Alt+P"),
+            item(menu_reset, "リセット(&E)", "F12"),
+            separator(),
+            item(menu_quit, "終了(&X)", "End")};
+}
+
+std::vector<menu_item> kiv_form::tape_menu() const {
+    const bool loaded = tape_name.size() != 0;
+    const uint32_t at = machine.tape_position, size = machine.tape_size;
+    std::string what = text("テープなし");
+    if (loaded) {
+        char position[96];
+        std::snprintf(position, sizeof position, "  %u / %u s  (%u / %u)", at / tape_bytes_per_second,
+                      size / tape_bytes_per_second, at, size);
+        what = label_of(0, tape_name).substr(4) + position;
+    }
+    const bool stopped = (machine.cassette_flags & cassette_stopped) != 0;
+    return {{0, what, "", false, menu_item::plain, false, {}},
+            separator(),
+            item(menu_open, "テープを入れる(&L)...", "F9"),
+            item(menu_tape_play, "再生(&P)", "", loaded && stopped),
+            item(menu_tape_stop, "停止(&S)", "", loaded && !stopped),
+            item(menu_tape_rewind, "巻き戻し(&R)", "", loaded),
+            item(menu_tape_eject, "取り出し(&E)", "", loaded),
+            separator(),
+            item(menu_tape_output, "録音先(&O)...", "Shift+F9")};
+}
+
+std::vector<menu_item> kiv_form::view_menu() const {
+    std::vector<menu_item> scales;
+    for (uint32_t n = 0; n < greatest_scale; ++n) {
+        const std::string number = std::to_string(n + 1);
+        scales.push_back(
+            {menu_scale + n, "&" + number + "00 %", "Alt+" + number, true, menu_item::plain, false, {}});
+    }
+    const int look = own.values[user_look];
+    return {item(menu_full_screen, "全画面(&F)", "Shift+F12"),
+            submenu("大きさ(&S)", std::move(scales)),
+            separator(),
+            check(menu_four_thirds, "縦横比 4:3(&A)", own.values[user_four_thirds] != 0, "Alt+A"),
+            check(menu_whole_factors, "整数倍のみ(&W)", own.values[user_whole_factors] != 0),
+            submenu("ブラウン管(&C)", {choice(menu_look, text("なし(&N)"), look == 0),
+                                       choice(menu_look + 1, text("走査線(&S)"), look == 1),
+                                       choice(menu_look + 2, text("やわらかい管面(&T)"), look == 2)}),
+            separator(),
+            check(menu_pcg, "PCG-8100の文字(&P)", machine.pcg_glyphs_on != 0, "F11"),
+            item(menu_status, "速度の表示(&I)", "Shift+F6"),
+            check(menu_messages, "メッセージの表示(&M)", own.values[user_messages] != 0)};
+}
+
+std::vector<menu_item> kiv_form::settings_menu() const {
+    const int language = own.values[user_language];
+    return {item(menu_settings, "機能設定(&S)...", "F7"), separator(),
+            check(menu_back_deletes, "BackspaceをDELにする(&B)", own.values[user_back_deletes] != 0),
+            separator(),
+            submenu("言語 / Language(&L)",
+                    {choice(menu_language, text("デスクトップに合わせる(&A)"), language == 0),
+                     choice(menu_language + 1, "日本語(&J)", language == 1),
+                     choice(menu_language + 2, "&English", language == 2)})};
+}
+
+// The two given items stand first and in their order.
+std::vector<menu_item> kiv_form::menus() const {
+    if (program.directx == nullptr) return {};
+    return {submenu("Kiv(&K)", {item(menu_about, "Kivについて"), item(menu_settings, "Kivの設定")}),
+            submenu("本体(&M)", machine_menu()),
+            submenu("テープ(&T)", tape_menu()),
+            submenu("表示(&V)", view_menu()),
+            submenu("音(&U)", {check(menu_sound, "音を出す(&S)", program.directx->isSoundOff() == 0, "F8")}),
+            submenu("設定(&S)", settings_menu()),
+            submenu("ヘルプ(&H)", {item(menu_about, "キーと設定(&K)")})};
+}
+
+// ---- what the items do -------------------------------------------------------------------------------
+
+void kiv_form::choose(user_setting which, int value) {
+    own.values[which] = value;
+    if (which == user_language) options.language.clear(); // the later choice counts
+    apply_user_settings();
+    save_user_settings();
+}
+
+void kiv_form::flip(user_setting which) { choose(which, own.values[which] == 0); }
+
+void kiv_form::apply_user_settings() {
+    platform::view_settings view;
+    view.look = static_cast<platform::crt_look>(own.values[user_look]);
+    view.four_thirds = own.values[user_four_thirds] != 0;
+    view.whole_factors = own.values[user_whole_factors] != 0;
+    view.notices = own.values[user_messages] != 0;
+    window->set_view(view);
+    host.set_language(options.language == "en" ? platform::language::english
+                      : options.language == "ja"
+                          ? platform::language::japanese
+                          : static_cast<platform::language>(own.values[user_language]));
+    window->menus_changed();
+}
+
+void kiv_form::save_user_settings() {
+    const std::string path = user_settings_path();
+    if (path.empty() || write_user_settings(path, own)) return;
+    notify(path + ": " + platform::last_file_error());
+}
+
+// The machine stands still and its picture stays.
+void kiv_form::toggle_pause() {
+    if (in_dialog || deactivated) return;
+    if (held) {
+        held = false;
+        program.cpu_thread->resume_run();
+        program.directx->play();
+        notify(text("再開"));
+    } else if (pause_machine()) {
+        held = true;
+        program.directx->stop();
+        notify(text("一時停止"));
+    }
+    window->menus_changed();
+}
+
+void kiv_form::tape_command(tape_action action) {
+    const pause_scope pause(*this);
+    if (!pause || tape_name.empty()) return;
+    switch (action) {
+    case tape_play: machine.cassette_set_stopped(1); break;
+    case tape_stop: machine.cassette_set_stopped(0); break;
+    case tape_rewind: machine.tape_position = 0; break;
+    case tape_eject:
+        cassette_eject(machine);
+        tape_name.clear();
+        break;
+    }
+}
+
+void kiv_form::open_recent(uint32_t n) {
+    if (n >= own.recent.size()) return;
+    const std::string path = own.recent[n];
+    const dialog_scope scope(*this, dialog_scope::release_keys);
+    if (scope) machine.cassette_set_stopped(load_file(path));
+}

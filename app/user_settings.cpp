@@ -1,0 +1,74 @@
+#include "app/user_settings.h"
+
+#include "platform/file.h"
+#include "platform/profile.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+
+namespace {
+
+constexpr char section[] = "Kiv", recent_section[] = "Recent";
+
+struct value_rule {
+    const char *key;
+    int fallback, highest;
+};
+
+constexpr value_rule rules[user_setting_count] = {
+    {"look", 0, 2},     {"four_thirds", 0, 1}, {"whole_factors", 0, 1},
+    {"messages", 1, 1}, {"language", 0, 2},    {"back_deletes", 0, 1},
+};
+
+} // namespace
+
+user_settings default_user_settings() {
+    user_settings s{};
+    for (size_t i = 0; i < user_setting_count; ++i) s.values[i] = rules[i].fallback;
+    return s;
+}
+
+std::string user_settings_path() {
+    const char *config = std::getenv("XDG_CONFIG_HOME"), *home = std::getenv("HOME");
+    if (config != nullptr && config[0] == '/') return std::string(config) + "/kiv/kiv.ini";
+    if (home != nullptr && home[0] == '/') return std::string(home) + "/.config/kiv/kiv.ini";
+    return {};
+}
+
+user_settings read_user_settings(const std::string &path) {
+    user_settings s = default_user_settings();
+    if (path.empty()) return s;
+    for (size_t i = 0; i < user_setting_count; ++i) {
+        const int value = platform::profile_int(path, section, rules[i].key, rules[i].fallback);
+        s.values[i] = value >= 0 && value <= rules[i].highest ? value : rules[i].fallback;
+    }
+    s.window_place = platform::profile_string(path, section, "window");
+    s.rom_folder = platform::profile_string(path, section, "roms");
+    for (size_t i = 0; i < most_recent_files; ++i)
+        if (std::string file = platform::profile_string(path, recent_section, std::to_string(i));
+            !file.empty())
+            s.recent.push_back(std::move(file));
+    return s;
+}
+
+bool write_user_settings(const std::string &path, const user_settings &s) {
+    if (path.empty()) return false;
+    std::error_code ignored; // the write says why when there is no folder
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path(), ignored);
+    std::vector<std::pair<std::string, std::string>> values, files;
+    for (size_t i = 0; i < user_setting_count; ++i)
+        values.emplace_back(rules[i].key, std::to_string(s.values[i]));
+    values.emplace_back("window", s.window_place);
+    values.emplace_back("roms", s.rom_folder);
+    for (size_t i = 0; i < most_recent_files; ++i)
+        files.emplace_back(std::to_string(i), i < s.recent.size() ? s.recent[i] : std::string());
+    return platform::write_profile(path, section, values) &&
+           platform::write_profile(path, recent_section, files);
+}
+
+void add_recent(user_settings &s, const std::string &file) {
+    std::erase(s.recent, file);
+    s.recent.insert(s.recent.begin(), file);
+    if (s.recent.size() > most_recent_files) s.recent.resize(most_recent_files);
+}

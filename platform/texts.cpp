@@ -1,0 +1,15 @@
+#include "platform/texts.h"
+
+namespace platform {
+
+namespace {
+
+text_translator translator = nullptr;
+
+} // namespace
+
+std::string text(const char *japanese) { return translator != nullptr ? translator(japanese) : japanese; }
+
+void set_text_translator(text_translator translate) { translator = translate; }
+
+} // namespace platform
