@@ -2,17 +2,22 @@
 // thread, before any other thread of the program exists.
 #include "app/kiv_form.h"
 
+#include "app/form_scopes.h"
 #include "app/program.h"
+#include "app/rom_report.h"
 #include "cpu/z80_thread.h"
 #include "display/kiv_directx.h"
 #include "machine/host_clock.h"
 #include "machine/kiv_machine.h"
 #include "machine/machine_boot.h"
 #include "machine/rom_loader.h"
+#include "platform/file.h"
 #include "platform/resources.h"
 #include "resources/resources.h"
 #include "support/kel_fstream.h"
 #include "support/log.h"
+
+#include <cstdio>
 
 namespace {
 
@@ -34,13 +39,12 @@ int kiv_form::initialize() {
     use_host_clock();
     video_lock_section = &video_section;
     machine_power_on(directx_host_callbacks(), video_lock, video_unlock);
-    if (!load_roms()) return failed("ROMイメージファイル読み込み失敗");
-    if (!load_settings_file()) return failed("INIファイル読み込み失敗");
+    if (!load_roms_or_ask() || !load_settings_or_ask()) return 0;
     if (!load_picture()) return failed("BMPリソース読み込み失敗");
     if (!load_font()) return failed("FNTリソース読み込み失敗");
     machine_get_ready();
-    remap_cursor_keys();
     apply_user_settings();
+    remap_cursor_keys();
     sync_event = platform::event::create("SYNC");
     ack_event = platform::event::create("ACK");
     if (!program.cpu_thread->init()) {
@@ -58,10 +62,74 @@ int kiv_form::initialize() {
 }
 
 int kiv_form::load_roms() {
-    const std::string error = load_rom_images(options.roms);
+    const std::string error = load_rom_images(rom_folder);
     if (error.empty()) return 1;
     trace("load_roms: %s", error.c_str());
     return 0;
+}
+
+// Where the start looks for the images: what the command line says; else the current directory, if any of
+// them is there, else the folder that was chosen once.
+std::string kiv_form::rom_folder_of_start() const {
+    if (options.open_roms) return open_rom_folder();
+    if (!options.roms.empty()) return options.roms;
+    return any_rom_in("") || own.rom_folder.empty() ? "" : own.rom_folder;
+}
+
+int kiv_form::load_roms_or_ask() {
+    rom_folder = rom_folder_of_start();
+    while (!load_roms()) {
+        const std::string report = rom_report(rom_folder);
+        std::fprintf(stderr, "kiv: %s\n", report.c_str());
+        const std::string open_set = open_rom_folder();
+        platform::question_box box{platform::text("ROMイメージファイル読み込み失敗"),
+                                   program_title,
+                                   report,
+                                   {platform::text("フォルダを選ぶ(&F)...")}};
+        if (!open_set.empty()) box.buttons.push_back(platform::text("付属のROMで起動(&S)"));
+        const int answer = host.ask(nullptr, box);
+        if (answer == 0) return 0;
+        if (answer == 2) {
+            rom_folder = open_set;
+            options.open_roms = true;
+        } else if (host.choose_folder(*window, platform::text("ROMイメージのフォルダ"), rom_folder)) {
+            own.rom_folder = rom_folder;
+            options.open_roms = false;
+            save_user_settings();
+        }
+    }
+    return 1;
+}
+
+int kiv_form::load_settings_or_ask() {
+    if (load_settings_file()) return 1;
+    std::fprintf(stderr, "kiv: %s\n", settings_fault.c_str());
+    if (host.ask(nullptr, {platform::text("INIファイル読み込み失敗"),
+                           program_title,
+                           settings_fault,
+                           {platform::text("保存せずに続ける(&C)")}}) == 0)
+        return 0;
+    keeps_settings = false;
+    read_settings(settings_section); // what can be read of it
+    return 1;
+}
+
+// For the machine that runs: new images, and the reset that they need.
+void kiv_form::choose_rom_folder() {
+    std::string folder;
+    {
+        const dialog_scope scope(*this, dialog_scope::take_focus);
+        if (!scope || !host.choose_folder(*window, platform::text("ROMイメージのフォルダ"), folder)) return;
+        if (const std::string wrong = load_rom_images(folder); !wrong.empty()) {
+            notify(wrong);
+            load_roms(); // what may have been overwritten
+            return;
+        }
+        rom_folder = own.rom_folder = folder;
+        save_user_settings();
+    }
+    reset_machine();
+    notify(platform::text("ROMを替えました"));
 }
 
 int kiv_form::load_picture() {
@@ -106,4 +174,5 @@ int kiv_form::load_font() {
 void kiv_form::remap_cursor_keys() {
     machine.reset_keyboard(machine);
     map_cursor_keys(settings[setting_tenkeyless] != 0);
+    map_back_key(lenient(user_back_deletes));
 }

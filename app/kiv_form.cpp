@@ -57,6 +57,7 @@ kiv_form::~kiv_form() {
 }
 
 int kiv_form::create(const std::string &title, int x, int y, int width, int height) {
+    apply_language(); // for what may go wrong from here on
     const std::string version = version_text();
     const std::string whole_title = version.empty() ? title : title + " [" + version + "]";
     window = host.create_window({whole_title, x, y, width, height, own.window_place, options.scale}, *this);
@@ -317,9 +318,21 @@ void kiv_form::on_z80_abort(uint32_t address, uint32_t reason) {
         kind = " HALT命令";
     else if (reason == stop_undefined)
         kind = "未定義命令";
-    char text[128];
-    std::snprintf(text, sizeof text, "$%4.4X にて%sを検出につき終了。", address & 0xFFFF, kind);
-    trace("%s", text);
+    char number[8];
+    std::snprintf(number, sizeof number, "%4.4X", address & 0xFFFF);
+    // Where they stand is the language's affair.
+    const auto filled = [&](std::string line, const std::string &what) {
+        line.replace(line.find("%4.4X"), 5, number);
+        return line.replace(line.find("%s"), 2, what);
+    };
+    constexpr char form[] = "$%4.4X にて%sを検出につき終了。";
+    std::string text = filled(platform::text(form), platform::text(kind));
+    // What would have helped.
+    if (reason == stop_halt)
+        text += "\n\n" + platform::text("メニュー「設定」の「HALTは割り込みを待つ」で続けられます。");
+    else if (reason == stop_undefined)
+        text += "\n\n" + platform::text("メニュー「設定」の「未定義命令を読み飛ばす」で続けられます。");
+    trace("%s", filled(form, kind).c_str());
     window->show_cursor(true);
     window->invalidate(false);
     host.error_box(window, text, "Kivex");
@@ -331,6 +344,10 @@ void kiv_form::on_z80_abort(uint32_t address, uint32_t reason) {
 void kiv_form::notify(const std::string &text) {
     trace("notice: %s", text.c_str());
     window->notify(text);
+}
+
+void kiv_form::come_to_front() {
+    if (attached) window->bring_to_front();
 }
 
 void kiv_form::close_command() { post(platform::wm_close, 0, 0); }
@@ -384,7 +401,7 @@ void kiv_form::change_screen() {
 bool kiv_form::refuse_long_path(const char *command, const std::string &path) {
     if (path.size() < path_limit) return false;
     trace("%s: a path of %zu bytes is too long", command, path.size());
-    host.error_box(window, too_long_text, program_title);
+    host.error_box(window, platform::text(too_long_text), program_title);
     return true;
 }
 
@@ -392,8 +409,8 @@ void kiv_form::save_dump() {
     const dialog_scope scope(*this, dialog_scope::plain);
     if (!scope) return;
     platform::file_dialog_options dialog;
-    dialog.title = "Kiv ﾌｧｲﾙの保存";
-    dialog.filter_name = "Kiv ﾌﾟﾛｸﾞﾗﾑﾌｧｲﾙ";
+    dialog.title = platform::text("Kiv ﾌｧｲﾙの保存");
+    dialog.filter_name = platform::text("Kiv ﾌﾟﾛｸﾞﾗﾑﾌｧｲﾙ");
     dialog.patterns = {"*.KIV"};
     dialog.file_name = "dump";
     dialog.default_extension = "KIV";
@@ -408,8 +425,8 @@ void kiv_form::open_file() {
     const dialog_scope scope(*this, dialog_scope::erase | dialog_scope::release_keys);
     if (!scope) return;
     platform::file_dialog_options dialog;
-    dialog.title = "Kiv ﾌｧｲﾙの選択";
-    dialog.filter_name = "Kiv ﾌﾟﾛｸﾞﾗﾑﾌｧｲﾙ";
+    dialog.title = platform::text("Kiv ﾌｧｲﾙの選択");
+    dialog.filter_name = platform::text("Kiv ﾌﾟﾛｸﾞﾗﾑﾌｧｲﾙ");
     dialog.patterns = {"*.KIV", "*.CMT"};
     dialog.file_name = "*.kiv;*.cmt";
     dialog.default_extension = "KIV";
@@ -439,8 +456,8 @@ void kiv_form::select_tape_output() {
     const dialog_scope scope(*this, dialog_scope::erase);
     if (!scope) return;
     platform::file_dialog_options dialog;
-    dialog.title = "CMT ﾌｧｲﾙの保存先選択";
-    dialog.filter_name = "CMT 出力ﾌｧｲﾙ";
+    dialog.title = platform::text("CMT ﾌｧｲﾙの保存先選択");
+    dialog.filter_name = platform::text("CMT 出力ﾌｧｲﾙ");
     dialog.patterns = {"*.CMT"};
     dialog.file_name = "cassette";
     dialog.default_extension = "CMT";

@@ -29,7 +29,11 @@ enum form_menu_item : uint32_t {
     menu_reset,
     menu_pause,
     menu_quit,
+    menu_rom_folder,
     menu_save_dump,
+    menu_copy_text,
+    menu_copy_picture,
+    menu_screenshot,
     menu_tape_play,
     menu_tape_stop,
     menu_tape_rewind,
@@ -42,6 +46,8 @@ enum form_menu_item : uint32_t {
     menu_status,
     menu_pcg,
     menu_sound,
+    menu_halt_waits,
+    menu_steps_over,
     menu_back_deletes,
     // The first of a row each.
     menu_recent = 0x100,
@@ -68,6 +74,7 @@ class kiv_form final : public main_window, public platform::window_listener {
     int64_t window_proc(platform::host_window &from, const platform::message &m, bool &handled) override;
     bool is_command_key(uint32_t virtual_key) const override;
     std::vector<platform::menu_item> menus() const override;
+    void come_to_front(); // another copy was started
     virtual void OnAppActivate(int active);
     virtual void on_paint();
     virtual void draw_pause_picture(platform::painter &painter);
@@ -114,17 +121,22 @@ class kiv_form final : public main_window, public platform::window_listener {
     static const menu_command menu_commands[];
     bool run_menu_command(uint32_t id); // false: no item of ours
     std::vector<platform::menu_item> machine_menu() const;
+    std::vector<platform::menu_item> edit_menu() const;
     std::vector<platform::menu_item> tape_menu() const;
     std::vector<platform::menu_item> view_menu() const;
     std::vector<platform::menu_item> settings_menu() const;
     enum tape_action { tape_play, tape_stop, tape_rewind, tape_eject };
     void tape_command(tape_action action);
     void toggle_pause();
+    void copy_text();
+    void copy_picture();
+    void screenshot();
     void open_recent(uint32_t n);
     bool load_file(const std::string &path);
     void choose(user_setting which, int value);
     void flip(user_setting which);
     void apply_user_settings();
+    void apply_language();
     void save_user_settings();
 
     class dialog_scope;  // around every dialog: the CPU thread parked
@@ -136,6 +148,11 @@ class kiv_form final : public main_window, public platform::window_listener {
 
     // Boot.
     int load_roms();
+    int load_roms_or_ask();
+    int load_settings_or_ask();
+    std::string rom_folder_of_start() const;
+    void choose_rom_folder();
+    bool lenient(user_setting which) const;
     int load_picture();
     int load_font();
     void remap_cursor_keys();
@@ -159,6 +176,9 @@ class kiv_form final : public main_window, public platform::window_listener {
     setting_values settings{};
     program_options options;
     user_settings own;
+    std::string rom_folder;       // the images come from there; empty: the current directory
+    bool keeps_settings = true;   // KIV.INI can be written
+    std::string settings_fault;   // why not
     bool held = false;            // paused by the person
     std::string tape_name;        // of the tape that is in; empty: none
     uint64_t shifted_presses = 0; // key_commands, by index: pressed with Shift

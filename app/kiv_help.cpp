@@ -1,5 +1,7 @@
 #include "app/kiv_help.h"
 
+#include "platform/texts.h"
+
 // The dotted columns line up in a fixed-pitch font, in which half-width katakana take one column.
 // clang-format off
 const char help_text[] =
@@ -36,13 +38,34 @@ const char help_text[] =
     "[TenKeyLess] ........ ｶｰｿﾙKeyに2468を割当てる(ﾃﾝｷｰの無いKB用)\r\n"
     "[NoWait] ............ M1WaitとROMﾒﾓﾘｱｸｾｽのｳｪｲﾄを除去\r\n"
     "[720x480] ........... 全画面時に640x480が使えない場合に指定\r\n";
+const char help_more[] =
+    "\r\n==========================================\r\n"
+    " その他のキー\r\n"
+    "==========================================\r\n"
+    "[SHIFT]+[F6] ........ 速度の表示 ON/OFF\r\n"
+    "[Pause] [End] ....... 終了\r\n"
+    "[F10] ............... メニュー\r\n"
+    "[Alt]+[P] ........... 一時停止\r\n"
+    "[Alt]+[C] ........... 画面の文字をコピー\r\n"
+    "[Alt]+[I] ........... スクリーンショット\r\n"
+    "[Alt]+[A] ........... 縦横比 4:3\r\n"
+    "[Alt]+[1]...[6] ..... 画面の大きさ\r\n"
+    "[Alt]+[F4] .......... 終了\r\n"
+    "\r\n"
+    "==========================================\r\n"
+    " 無いキーの代わり\r\n"
+    "==========================================\r\n"
+    "[￥] ................ [`] (1の左)\r\n"
+    "[_] ................. [Page Up]\r\n"
+    "[GRPH] .............. 右[Alt]\r\n"
+    "[カナ] .............. [Menu] [Page Down] [Caps Lock]\r\n";
 // clang-format on
 
 platform::help_dialog make_help_dialog() {
     platform::help_dialog dialog;
-    dialog.caption = "Kivについて";
+    dialog.caption = platform::text("Kivについて");
     dialog.program_line = "Kiv - PC-8001 Emulator";
     dialog.copyright_line = "Copyright (c) 2026 The Kiv authors";
-    dialog.text = help_text;
+    dialog.text = platform::text(help_text) + platform::text(help_more);
     return dialog;
 }

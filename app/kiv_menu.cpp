@@ -5,13 +5,16 @@
 #include "app/program.h"
 #include "cpu/z80_thread.h"
 #include "display/kiv_directx.h"
+#include "display/text_screen.h"
 #include "machine/kiv_machine.h"
-#include "platform/file.h"
 #include "machine/tape_files.h"
+#include "platform/file.h"
 #include "platform/texts.h"
 #include "support/log.h"
 
 #include <cstdio>
+#include <ctime>
+#include <filesystem>
 
 using platform::menu_item;
 using platform::text;
@@ -62,8 +65,12 @@ const kiv_form::menu_command kiv_form::menu_commands[] = {
     {menu_recent, most_recent_files, [](kiv_form &f, uint32_t n) { f.open_recent(n); }},
     {menu_reset, 1, [](kiv_form &f, uint32_t) { f.reset_machine(); }},
     {menu_pause, 1, [](kiv_form &f, uint32_t) { f.toggle_pause(); }},
+    {menu_rom_folder, 1, [](kiv_form &f, uint32_t) { f.choose_rom_folder(); }},
     {menu_quit, 1, [](kiv_form &f, uint32_t) { f.close_command(); }},
     {menu_save_dump, 1, [](kiv_form &f, uint32_t) { f.save_dump(); }},
+    {menu_copy_text, 1, [](kiv_form &f, uint32_t) { f.copy_text(); }},
+    {menu_copy_picture, 1, [](kiv_form &f, uint32_t) { f.copy_picture(); }},
+    {menu_screenshot, 1, [](kiv_form &f, uint32_t) { f.screenshot(); }},
     {menu_tape_play, 1, [](kiv_form &f, uint32_t) { f.tape_command(tape_play); }},
     {menu_tape_stop, 1, [](kiv_form &f, uint32_t) { f.tape_command(tape_stop); }},
     {menu_tape_rewind, 1, [](kiv_form &f, uint32_t) { f.tape_command(tape_rewind); }},
@@ -79,7 +86,12 @@ const kiv_form::menu_command kiv_form::menu_commands[] = {
     {menu_status, 1, [](kiv_form &f, uint32_t) { f.toggle_status(); }},
     {menu_pcg, 1, [](kiv_form &f, uint32_t) { f.toggle_pcg_glyphs(); }},
     {menu_sound, 1, [](kiv_form &f, uint32_t) { f.toggle_sound(); }},
-    {menu_back_deletes, 1, [](kiv_form &f, uint32_t) { f.flip(user_back_deletes); }},
+    {menu_back_deletes, 1,
+     [](kiv_form &f, uint32_t) { f.choose(user_back_deletes, !f.lenient(user_back_deletes)); }},
+    {menu_halt_waits, 1,
+     [](kiv_form &f, uint32_t) { f.choose(user_halt_waits, !f.lenient(user_halt_waits)); }},
+    {menu_steps_over, 1,
+     [](kiv_form &f, uint32_t) { f.choose(user_steps_over, !f.lenient(user_steps_over)); }},
     {menu_language, 3, [](kiv_form &f, uint32_t n) { f.choose(user_language, static_cast<int>(n)); }},
 };
 
@@ -104,6 +116,7 @@ std::vector<menu_item> kiv_form::machine_menu() const {
                           {}});
     return {item(menu_open, "開く(&O)...", "F9"),
             submenu("最近使ったファイル(&R)", std::move(recent)),
+            item(menu_rom_folder, "ROMフォルダ(&F)..."),
             separator(),
             item(menu_save_dump, "メモリダンプの保存(&D)...", "F6"),
             separator(),
@@ -111,6 +124,12 @@ std::vector<menu_item> kiv_form::machine_menu() const {
             item(menu_reset, "リセット(&E)", "F12"),
             separator(),
             item(menu_quit, "終了(&X)", "End")};
+}
+
+std::vector<menu_item> kiv_form::edit_menu() const {
+    return {item(menu_copy_text, "画面の文字をコピー(&T)", "Alt+C"),
+            item(menu_copy_picture, "画面の絵をコピー(&P)", "Alt+Shift+C"), separator(),
+            item(menu_screenshot, "スクリーンショット(&S)", "Alt+I")};
 }
 
 std::vector<menu_item> kiv_form::tape_menu() const {
@@ -159,8 +178,11 @@ std::vector<menu_item> kiv_form::view_menu() const {
 
 std::vector<menu_item> kiv_form::settings_menu() const {
     const int language = own.values[user_language];
-    return {item(menu_settings, "機能設定(&S)...", "F7"), separator(),
-            check(menu_back_deletes, "BackspaceをDELにする(&B)", own.values[user_back_deletes] != 0),
+    return {item(menu_settings, "機能設定(&S)...", "F7"),
+            separator(),
+            check(menu_halt_waits, "HALTは割り込みを待つ(&H)", lenient(user_halt_waits)),
+            check(menu_steps_over, "未定義命令を読み飛ばす(&U)", lenient(user_steps_over)),
+            check(menu_back_deletes, "BackspaceをDELにする(&B)", lenient(user_back_deletes)),
             separator(),
             submenu("言語 / Language(&L)",
                     {choice(menu_language, text("デスクトップに合わせる(&A)"), language == 0),
@@ -173,6 +195,7 @@ std::vector<menu_item> kiv_form::menus() const {
     if (program.directx == nullptr) return {};
     return {submenu("Kiv(&K)", {item(menu_about, "Kivについて"), item(menu_settings, "Kivの設定")}),
             submenu("本体(&M)", machine_menu()),
+            submenu("編集(&E)", edit_menu()),
             submenu("テープ(&T)", tape_menu()),
             submenu("表示(&V)", view_menu()),
             submenu("音(&U)", {check(menu_sound, "音を出す(&S)", program.directx->isSoundOff() == 0, "F8")}),
@@ -189,7 +212,20 @@ void kiv_form::choose(user_setting which, int value) {
     save_user_settings();
 }
 
+// As the person has chosen, else as suits the ROM set: with our own the comfortable choice.
+bool kiv_form::lenient(user_setting which) const {
+    constexpr int as_suits = 2;
+    return own.values[which] == as_suits ? options.open_roms : own.values[which] != 0;
+}
+
 void kiv_form::flip(user_setting which) { choose(which, own.values[which] == 0); }
+
+void kiv_form::apply_language() {
+    host.set_language(options.language == "en" ? platform::language::english
+                      : options.language == "ja"
+                          ? platform::language::japanese
+                          : static_cast<platform::language>(own.values[user_language]));
+}
 
 void kiv_form::apply_user_settings() {
     platform::view_settings view;
@@ -198,10 +234,10 @@ void kiv_form::apply_user_settings() {
     view.whole_factors = own.values[user_whole_factors] != 0;
     view.notices = own.values[user_messages] != 0;
     window->set_view(view);
-    host.set_language(options.language == "en" ? platform::language::english
-                      : options.language == "ja"
-                          ? platform::language::japanese
-                          : static_cast<platform::language>(own.values[user_language]));
+    map_back_key(lenient(user_back_deletes));
+    z80_lenient.halt_waits = lenient(user_halt_waits);
+    z80_lenient.undefined_runs = lenient(user_steps_over);
+    apply_language();
     window->menus_changed();
 }
 
@@ -209,6 +245,44 @@ void kiv_form::save_user_settings() {
     const std::string path = user_settings_path();
     if (path.empty() || write_user_settings(path, own)) return;
     notify(path + ": " + platform::last_file_error());
+}
+
+void kiv_form::copy_text() {
+    std::string text;
+    {
+        const pause_scope pause(*this);
+        if (!pause) return;
+        text.resize(text_screen_utf8(nullptr, 0));
+        text_screen_utf8(text.data(), text.size() + 1);
+    }
+    if (text.empty()) {
+        notify(platform::text("文字の画面は出ていません"));
+        return;
+    }
+    host.copy_text(text);
+    notify(platform::text("画面の文字をコピーしました"));
+}
+
+void kiv_form::copy_picture() {
+    window->copy_picture();
+    notify(platform::text("画面の絵をコピーしました"));
+}
+
+// Into the person's pictures, named after the moment.
+void kiv_form::screenshot() {
+    const std::string folder = host.pictures_folder();
+    std::error_code ignored; // the write says why
+    std::filesystem::create_directories(folder, ignored);
+    const std::time_t now = std::time(nullptr);
+    std::tm local{};
+    localtime_r(&now, &local);
+    char name[64];
+    std::strftime(name, sizeof name, "kiv-%Y-%m-%d-%H%M%S", &local);
+    std::string path = folder + "/" + name + ".png";
+    for (int n = 2; std::filesystem::exists(path, ignored); ++n)
+        path = folder + "/" + name + "-" + std::to_string(n) + ".png";
+    notify(window->save_picture(path) ? path + platform::text(" に保存しました")
+                                      : path + ": " + platform::last_file_error());
 }
 
 // The machine stands still and its picture stays.

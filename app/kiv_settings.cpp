@@ -20,12 +20,14 @@ constexpr char settings_file_name[] = "/KIV.INI";
 int kiv_form::load_settings_file() {
     const std::string folder = platform::current_directory();
     if (folder.empty()) {
-        trace("load_settings_file: the current directory is gone");
+        settings_fault = "the current directory is gone";
+        trace("load_settings_file: %s", settings_fault.c_str());
         return 0;
     }
     ini_path = options.settings.empty() ? folder + settings_file_name : options.settings;
     if (ini_path.size() >= path_limit) {
-        trace("load_settings_file: %s: the path is too long", ini_path.c_str());
+        settings_fault = ini_path + ": the path is too long";
+        trace("load_settings_file: %s", settings_fault.c_str());
         return 0;
     }
     kel_fstream file;
@@ -38,8 +40,8 @@ int kiv_form::load_settings_file() {
     if (!file.create_new(ini_path.c_str(), 0)) {
         const std::string not_made = platform::last_file_error();
         // Of a file that is there, what kept it from opening says more than that it exists.
-        trace("load_settings_file: %s: %s", ini_path.c_str(),
-              platform::file_exists(ini_path) ? not_opened.c_str() : not_made.c_str());
+        settings_fault = ini_path + ": " + (platform::file_exists(ini_path) ? not_opened : not_made);
+        trace("load_settings_file: %s", settings_fault.c_str());
         return 0;
     }
     file.close();
@@ -55,6 +57,10 @@ void kiv_form::read_settings(const char *section) {
 }
 
 int kiv_form::write_settings(const char *section) {
+    if (!keeps_settings) {
+        notify(platform::text("設定は保存されません"));
+        return 0;
+    }
     if (write_settings_file(ini_path, settings, section)) return 1;
     const std::string why = platform::last_file_error();
     trace("write_settings: %s: %s", ini_path.c_str(), why.c_str());
@@ -91,7 +97,7 @@ void kiv_form::apply_volumes() {
 
 platform::settings_dialog kiv_form::make_settings_dialog() const {
     platform::settings_dialog d;
-    d.caption = "Kiv機能設定";
+    d.caption = platform::text("Kiv機能設定");
     d.program_line = "Zun - PC-8801 Emulator";
     d.copyright_line = "Copyright (c) 2026 The Kiv authors";
     const auto put = [](auto &list, size_t place, const auto &control) {

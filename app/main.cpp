@@ -5,6 +5,7 @@
 #include "platform/file.h"
 #include "platform/resources.h"
 #include "resources/resources.h"
+#include "translations/translations.h"
 
 #include <cstdio>
 #include <string>
@@ -25,6 +26,7 @@ int main(int argc, char **argv) {
     }
     platform::let_writes_fail();
     register_program_resources();
+    register_translations();
     platform::desktop_host host;
     const auto icon = platform::find_resource(platform::resource_type::icon, icon_resource_id);
     for (const icon_picture &p : icon_pictures(icon)) host.add_icon({p.pixels.data(), p.side, p.side});

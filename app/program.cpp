@@ -8,14 +8,18 @@
 #include "platform/instance_lock.h"
 #include "platform/thread.h"
 
+#include <cstdio>
 #include <new>
 
 program_objects program{};
 
-void show_failure(platform::host &host, const char *text) { host.error_box(nullptr, text, program_title); }
+void show_failure(platform::host &host, const char *text) {
+    host.error_box(nullptr, platform::text(text), program_title);
+}
 
 namespace {
 
+constexpr char instance_name[] = "ZunMultiBootChecker";
 constexpr uint64_t first_processor = 1;
 constexpr uint32_t timer_resolution_ms = 1;
 
@@ -57,9 +61,11 @@ template <class T> void destroy(T *&object) {
 int run_program(platform::host &host, const program_options &options) {
     program.assay = new (std::nothrow) kiv_assay;
     platform::instance_lock lock;
-    switch (lock.acquire("ZunMultiBootChecker")) {
+    switch (lock.acquire(instance_name)) {
     case platform::instance_lock::result::already_running:
         trace("Zun 多重起動検知");
+        std::fprintf(stderr, "kiv: another copy is running%s\n",
+                     lock.call_first(instance_name) ? "; its window comes to the front" : "");
         destroy(program.assay);
         return 1;
     case platform::instance_lock::result::failed:
@@ -71,6 +77,11 @@ int run_program(platform::host &host, const program_options &options) {
     program.directx = new (std::nothrow) kiv_directx(host);
     program.cpu_thread = new (std::nothrow) z80_thread;
     trace("------------------ Kiv start ----------------");
+    if (lock.call_descriptor() >= 0)
+        host.watch(lock.call_descriptor(), [&lock] {
+            lock.take_call();
+            if (program.form != nullptr) program.form->come_to_front();
+        });
     const int code = run(host);
     trace("------------------ Kiv end ------------------");
     destroy(program.directx);

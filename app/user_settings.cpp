@@ -17,8 +17,8 @@ struct value_rule {
 };
 
 constexpr value_rule rules[user_setting_count] = {
-    {"look", 0, 2},     {"four_thirds", 0, 1}, {"whole_factors", 0, 1},
-    {"messages", 1, 1}, {"language", 0, 2},    {"back_deletes", 0, 1},
+    {"look", 0, 2},     {"four_thirds", 0, 1}, {"whole_factors", 0, 1}, {"messages", 1, 1},
+    {"language", 0, 2}, {"halt_waits", 2, 2},  {"steps_over", 2, 2},    {"back_deletes", 2, 2},
 };
 
 } // namespace

@@ -13,7 +13,9 @@ enum user_setting : size_t {
     user_whole_factors, // 1: the picture is enlarged by whole numbers only
     user_messages,      // 1: messages on the picture
     user_language,      // platform::language
-    user_back_deletes,  // 1: Backspace is the machine's DEL, 0: its STOP
+    user_halt_waits,    // 1: HALT waits for an interrupt, 0: it ends the program, 2: as suits the ROM set
+    user_steps_over,    // likewise: undefined instructions are stepped over, or end the program
+    user_back_deletes,  // 1: Backspace is the machine's DEL, 0: its STOP, 2: as suits the ROM set
     user_setting_count
 };
 

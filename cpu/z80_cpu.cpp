@@ -67,9 +67,24 @@ void z80_reset(z80_cpu &cpu) {
     cpu.inject_count = 0;
 }
 
+z80_leniency z80_lenient;
+
+namespace {
+
+// The program goes on behind the HALT that it waited at. PC stands on it: a HALT is the last instruction that
+// was executed.
+void leave_halt(z80_cpu &cpu) {
+    constexpr uint8_t halt = 0x76;
+    uint32_t not_charged = 0;
+    if (cpu.PC == cpu.trace_pc && cpu.mem_read(cpu.PC, &not_charged) == halt) ++cpu.PC;
+}
+
+} // namespace
+
 // Enters an NMI, or an interrupt in mode 1 or 2; in mode 0 the instruction comes out of the inject buffer.
 // Inlined into z80_step, as link-time optimisation likes to do, it would cost every step a stack frame.
 [[gnu::cold, gnu::noinline]] bool z80_step_entering(z80_cpu &cpu) {
+    if (cpu.stop_flags & (pending_interrupt | pending_nmi)) leave_halt(cpu);
     const bool vectored = (cpu.stop_flags & pending_interrupt) && cpu.IM != 0;
     if (vectored || (cpu.stop_flags & pending_nmi)) {
         push16(cpu, cpu.PC);

@@ -9,6 +9,7 @@
 // unimplemented), bit 7 of R.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 
 enum z80_flag : uint8_t {
@@ -109,6 +110,14 @@ struct z80_cpu {
 
     const z80_pages *pages; // z80_no_pages after z80_install
 };
+
+// What happens at instructions that otherwise stop the CPU, as a person wants it; not part of the CPU's
+// state. May be set while it runs.
+struct z80_leniency {
+    std::atomic<bool> halt_waits{false}; // HALT is executed again and again until an interrupt is accepted
+    std::atomic<bool> undefined_runs{false}; // an undefined instruction does nothing
+};
+extern z80_leniency z80_lenient;
 
 // Stores the machine's and the CPU's operations into their slots, without pages, then resets.
 void z80_install(z80_cpu &cpu, uint8_t (*mem_read)(uint16_t, uint32_t *),

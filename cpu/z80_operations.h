@@ -23,6 +23,11 @@
 // The end of an instruction that stops the CPU.
 [[gnu::cold]] inline bool stop(z80_cpu &cpu, uint16_t pc, z80_stop_reason reason, uint32_t cycles,
                                uint32_t m1_count) {
+    constexpr uint32_t halt_cycles = 4;
+    if (reason == stop_halt && z80_lenient.halt_waits.load(std::memory_order_relaxed))
+        return finish(cpu, cpu.trace_pc, halt_cycles, m1_count);
+    if (reason == stop_undefined && z80_lenient.undefined_runs.load(std::memory_order_relaxed))
+        return finish(cpu, pc, cycles, m1_count);
     set_stop_code(cpu, stop_code_instruction);
     cpu.stop_reason = reason;
     finish(cpu, pc, cycles, m1_count);

@@ -138,6 +138,8 @@ void map_cursor_keys(bool tenkeyless) {
     virtual_keys[vk_down] = tenkeyless ? key(0, 2) : key(10, 1);
 }
 
+void map_back_key(bool deletes) { virtual_keys[vk_back] = deletes ? key(8, 3) : key(9, 0); }
+
 void reset_keyboard(kiv_machine &m) {
     static_cast<key_matrix_block &>(m) = {};
     for (auto &row : m.key_matrix) row = uint8_t{0xFF};

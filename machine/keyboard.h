@@ -41,5 +41,8 @@ void keyboard_retrace();
 // Maps the host's four arrow keys to the ten-key 4, 8, 6, 2 (true) or to the machine's cursor keys.
 void map_cursor_keys(bool tenkeyless);
 
+// Backspace is the machine's DEL (true) or its STOP.
+void map_back_key(bool deletes);
+
 // Releases every key at once; nothing waits any more. Only while no other thread uses the machine.
 void reset_keyboard(struct kiv_machine &m);

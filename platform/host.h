@@ -9,6 +9,7 @@
 #include "platform/thread.h"
 #include "platform/view_settings.h"
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -94,6 +95,11 @@ class host_window {
     virtual void show() = 0;
     // A message that needs no answer: a command has failed, or is done.
     virtual void notify(const std::string &text) = 0;
+    virtual void bring_to_front() = 0;
+    // The machine's picture as it is shown, in its own pixels: onto the clipboard, or as a PNG file (false:
+    // last_file_error says why).
+    virtual void copy_picture() = 0;
+    virtual bool save_picture(const std::string &path) = 0;
     virtual void menus_changed() = 0; // the listener's menus() are others than at the last call
     virtual void set_view(const view_settings &settings) = 0;
     // The frame around a picture enlarged `factor` times; 0: by what suits the desktop.
@@ -146,6 +152,12 @@ struct settings_dialog {
     std::string caption, program_line, copyright_line;
     std::vector<settings_slider> sliders;
     std::vector<settings_check> checks;
+};
+// An error box with more than OK to answer it with.
+struct question_box {
+    std::string text, caption;
+    std::string detail;               // shown when it is asked for; empty: nothing to show
+    std::vector<std::string> buttons; // beside OK
 };
 struct help_dialog {
     std::string caption, program_line, copyright_line, text;
@@ -245,10 +257,17 @@ class host {
                                        window_listener &listener) = 0; // null: refused
     virtual int run_message_loop() = 0;                                // until post_quit; its code
     virtual void post_quit(int code) = 0;
-    virtual void set_language(language which) = 0; // of texts, and of the host's own
+    virtual void copy_text(const std::string &text) = 0; // onto the clipboard
+    virtual std::string pictures_folder() const = 0;     // of the person's; empty: none
+    virtual void set_language(language which) = 0;       // of texts, and of the host's own
+    // Calls `ready` on the window thread whenever something can be read from a descriptor.
+    virtual void watch(int descriptor, std::function<void()> ready) = 0;
 
     // Shows an OK box with the stop icon and waits for it; owner may be null.
     virtual void error_box(host_window *owner, const std::string &text, const std::string &caption) = 0;
+    // The button pressed, from 1 on; 0: OK, or closed.
+    virtual int ask(host_window *owner, const question_box &box) = 0;
+    virtual bool choose_folder(host_window &owner, const std::string &title, std::string &path) = 0;
     // A chosen path, or false when the person cancelled.
     virtual bool open_file(host_window &owner, const file_dialog_options &options, std::string &path) = 0;
     virtual bool save_file(host_window &owner, const file_dialog_options &options, std::string &path) = 0;

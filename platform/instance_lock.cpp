@@ -4,9 +4,12 @@
 #include <cctype>
 #include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 namespace platform {
@@ -46,6 +49,15 @@ bool still_at(const std::string &path, int descriptor) {
            locked.st_ino == named.st_ino && locked.st_dev == named.st_dev;
 }
 
+std::string call_name(const std::string &name) { return file_name(name) + ".call"; }
+
+bool fill_address(sockaddr_un &address, const std::string &path) {
+    address.sun_family = AF_UNIX;
+    if (path.size() >= sizeof address.sun_path) return false;
+    std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
+    return true;
+}
+
 } // namespace
 
 instance_lock::result instance_lock::acquire(const std::string &name) {
@@ -62,6 +74,7 @@ instance_lock::result instance_lock::acquire(const std::string &name) {
         const bool taken = locked != 0 && errno == EWOULDBLOCK;
         if (locked == 0 && still_at(path, opened)) {
             descriptor = opened;
+            listen(folder + '/' + call_name(name));
             return result::acquired;
         }
         close(opened);
@@ -74,8 +87,44 @@ instance_lock::result instance_lock::acquire(const std::string &name) {
 // The file stays: removing it would let two copies hold a lock each, one on the old file and one on the new.
 void instance_lock::release() {
     if (descriptor < 0) return;
+    if (calls >= 0) { // before the lock goes: the next copy makes one of the same name
+        unlink(calls_path.c_str());
+        close(calls);
+    }
+    calls = -1;
     close(descriptor);
     descriptor = -1;
+}
+
+// Holding the lock, no other copy can be using the name.
+void instance_lock::listen(const std::string &path) {
+    sockaddr_un address{};
+    if (!fill_address(address, path)) return;
+    calls = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    if (calls < 0) return;
+    unlink(path.c_str());
+    calls_path = path;
+    if (bind(calls, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0) return;
+    close(calls);
+    calls = -1;
+}
+
+void instance_lock::take_call() {
+    char any[16];
+    while (calls >= 0 && read(calls, any, sizeof any) >= 0) {
+    }
+}
+
+bool instance_lock::call_first(const std::string &name) {
+    sockaddr_un address{};
+    const std::string folder = lock_folder();
+    if (folder.empty() || !fill_address(address, folder + '/' + call_name(name))) return false;
+    const int caller = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    if (caller < 0) return false;
+    const bool heard = sendto(caller, "k", 1, MSG_NOSIGNAL, reinterpret_cast<const sockaddr *>(&address),
+                              sizeof address) == 1;
+    close(caller);
+    return heard;
 }
 
 } // namespace platform

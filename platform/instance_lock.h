@@ -16,8 +16,18 @@ class instance_lock {
     result acquire(const std::string &name); // one lock per user and name
     void release();
 
+    // Of the first copy: readable when a later one has called; -1 when it cannot be called. `take_call` makes
+    // it wait for the next one.
+    int call_descriptor() const { return calls; }
+    void take_call();
+    // Of a later copy: calls the first one. False when it does not listen.
+    static bool call_first(const std::string &name);
+
   private:
-    int descriptor = -1;
+    void listen(const std::string &path);
+
+    int descriptor = -1, calls = -1;
+    std::string calls_path;
 };
 
 } // namespace platform

@@ -3,7 +3,7 @@
 # Needed for everything: compiler, build, pictures, assembler of the demonstration ROMs.
 build_packages="g++ cmake ninja-build libpng-dev pasmo"
 # For the window and the sound.
-desktop_packages="qt6-base-dev libsdl2-dev fonts-vlgothic"
+desktop_packages="qt6-base-dev qt6-l10n-tools libsdl2-dev fonts-vlgothic"
 # For the tests and the benchmarks.
 test_packages="libgtest-dev libbenchmark-dev xvfb xdotool openbox"
 # For the page; and for its test, beside npm's playwright-core.

@@ -6,6 +6,7 @@
 #include <QtGui/QFontDatabase>
 #include <QtGui/QIcon>
 #include <QtGui/QKeyEvent>
+#include <QtWidgets/QAbstractButton>
 #include <QtWidgets/QAbstractItemView>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QBoxLayout>
@@ -35,8 +36,8 @@ int ask(QWidget *owner, QMessageBox::Icon icon, const QString &text, const QStri
     QMessageBox box(icon, caption, text, buttons, owner);
     box.setTextFormat(Qt::PlainText);
     box.setDefaultButton(standard);
-    if (auto *yes = box.button(QMessageBox::Yes)) yes->setText(QStringLiteral("はい(&Y)"));
-    if (auto *no = box.button(QMessageBox::No)) no->setText(QStringLiteral("いいえ(&N)"));
+    if (auto *yes = box.button(QMessageBox::Yes)) yes->setText(translated("はい(&Y)"));
+    if (auto *no = box.button(QMessageBox::No)) no->setText(translated("いいえ(&N)"));
     if (auto *ok = box.button(QMessageBox::Ok)) ok->setText(QStringLiteral("OK"));
     return box.exec();
 }
@@ -57,11 +58,11 @@ class file_chooser : public QFileDialog {
         for (const std::string &pattern : o.patterns) patterns << text_of(pattern);
         filter(patterns);
         if (saving) setDefaultSuffix(text_of(o.default_extension));
-        setLabelText(QFileDialog::LookIn, QStringLiteral("場所:"));
-        setLabelText(QFileDialog::FileName, QStringLiteral("ファイル名(&N):"));
-        setLabelText(QFileDialog::FileType, QStringLiteral("種類:"));
-        setLabelText(QFileDialog::Accept, saving ? QStringLiteral("保存(&S)") : QStringLiteral("開く(&O)"));
-        setLabelText(QFileDialog::Reject, QStringLiteral("キャンセル"));
+        setLabelText(QFileDialog::LookIn, translated("場所:"));
+        setLabelText(QFileDialog::FileName, translated("ファイル名(&N):"));
+        setLabelText(QFileDialog::FileType, translated("種類:"));
+        setLabelText(QFileDialog::Accept, saving ? translated("保存(&S)") : translated("開く(&O)"));
+        setLabelText(QFileDialog::Reject, translated("キャンセル"));
         name = findChild<QLineEdit *>(QStringLiteral("fileNameEdit"));
         if (name != nullptr) {
             name->setText(text_of(o.file_name));
@@ -93,15 +94,14 @@ class file_chooser : public QFileDialog {
                 if (QFileInfo(chosen).suffix().isEmpty() && QFileInfo(directory(), longer).isFile()) {
                     name->setText(longer);
                 } else {
-                    ask(this, QMessageBox::Warning, chosen + QStringLiteral("\nファイルが見つかりません。"),
+                    ask(this, QMessageBox::Warning, chosen + translated("\nファイルが見つかりません。"),
                         windowTitle(), QMessageBox::Ok, QMessageBox::Ok);
                     return;
                 }
             }
             if (options.confirm_overwrite && QFileInfo::exists(chosen) &&
-                ask(this, QMessageBox::Question,
-                    chosen + QStringLiteral("\nは既に存在します。置き換えますか?"), windowTitle(),
-                    QMessageBox::Yes | QMessageBox::No, QMessageBox::No) != QMessageBox::Yes)
+                ask(this, QMessageBox::Question, chosen + translated("\nは既に存在します。置き換えますか?"),
+                    windowTitle(), QMessageBox::Yes | QMessageBox::No, QMessageBox::No) != QMessageBox::Yes)
                 return;
         }
         QFileDialog::accept();
@@ -148,6 +148,42 @@ QLayout *program_lines(const std::string &program, const std::string &copyright)
 
 void show_error_box(QWidget *owner, const std::string &text, const std::string &caption) {
     ask(owner, QMessageBox::Critical, text_of(text), text_of(caption), QMessageBox::Ok, QMessageBox::Ok);
+}
+
+int show_question_box(QWidget *owner, const question_box &question) {
+    QMessageBox box(QMessageBox::Critical, text_of(question.caption), text_of(question.text), QMessageBox::Ok,
+                    owner);
+    box.setTextFormat(Qt::PlainText);
+    box.setDefaultButton(QMessageBox::Ok);
+    box.setEscapeButton(QMessageBox::Ok);
+    box.button(QMessageBox::Ok)->setText(QStringLiteral("OK"));
+    std::vector<QAbstractButton *> buttons;
+    for (const std::string &label : question.buttons)
+        buttons.push_back(box.addButton(text_of(label), QMessageBox::ActionRole));
+    if (!question.detail.empty()) {
+        // Stays open, and closes nothing.
+        auto *detail = box.addButton(translated("詳細(&D)"), QMessageBox::HelpRole);
+        detail->disconnect();
+        QObject::connect(detail, &QAbstractButton::clicked, &box, [&] {
+            const QString shown = text_of(question.detail);
+            box.setInformativeText(box.informativeText().isEmpty() ? shown : QString());
+        });
+    }
+    box.exec();
+    for (size_t i = 0; i < buttons.size(); ++i)
+        if (box.clickedButton() == buttons[i]) return static_cast<int>(i) + 1;
+    return 0;
+}
+
+std::string choose_folder(QWidget *owner, const std::string &title) {
+    QFileDialog chooser(owner, text_of(title));
+    chooser.setOption(QFileDialog::DontUseNativeDialog);
+    chooser.setFileMode(QFileDialog::Directory);
+    chooser.setLabelText(QFileDialog::Accept, translated("開く(&O)"));
+    chooser.setLabelText(QFileDialog::Reject, translated("キャンセル"));
+    chooser.resize(720, 440);
+    if (chooser.exec() != QDialog::Accepted) return {};
+    return QDir::toNativeSeparators(chooser.selectedFiles().value(0)).toStdString();
 }
 
 std::string choose_file(QWidget *owner, const file_dialog_options &options, bool for_saving) {

@@ -8,6 +8,8 @@ class QWidget;
 namespace platform {
 
 void show_error_box(QWidget *owner, const std::string &text, const std::string &caption);
+int show_question_box(QWidget *owner, const question_box &question); // as host::ask
+std::string choose_folder(QWidget *owner, const std::string &title); // empty: cancelled
 // A path, UTF-8; empty: cancelled.
 std::string choose_file(QWidget *owner, const file_dialog_options &options, bool for_saving);
 // True: OK, and the values in `dialog` are the chosen ones.

@@ -8,8 +8,10 @@
 #include <QtCore/QLibraryInfo>
 #include <QtCore/QLocale>
 #include <QtCore/QSocketNotifier>
+#include <QtCore/QStandardPaths>
 #include <QtCore/QTimer>
 #include <QtCore/QTranslator>
+#include <QtGui/QClipboard>
 #include <QtGui/QIcon>
 #include <QtGui/QPixmap>
 #include <QtGui/QSessionManager>
@@ -180,6 +182,14 @@ void desktop_host::post_quit(int code) {
     QCoreApplication::exit(code);
 }
 
+void desktop_host::copy_text(const std::string &text) {
+    QGuiApplication::clipboard()->setText(QString::fromStdString(text));
+}
+
+std::string desktop_host::pictures_folder() const {
+    return QStandardPaths::writableLocation(QStandardPaths::PicturesLocation).toStdString();
+}
+
 void desktop_host::set_language(language which) {
     const QLocale::Language of_desktop = QLocale::system().language();
     const bool japanese =
@@ -204,6 +214,24 @@ void desktop_host::set_language(language which) {
 void desktop_host::error_box(host_window *owner, const std::string &text, const std::string &caption) {
     const dialog_scope scope(*p, owner);
     show_error_box(scope.owner(), text, caption);
+}
+
+int desktop_host::ask(host_window *owner, const question_box &box) {
+    const dialog_scope scope(*p, owner);
+    return show_question_box(scope.owner(), box);
+}
+
+bool desktop_host::choose_folder(host_window &owner, const std::string &title, std::string &path) {
+    const dialog_scope scope(*p, &owner);
+    std::string chosen = platform::choose_folder(scope.owner(), title);
+    if (chosen.empty()) return false;
+    path = std::move(chosen);
+    return true;
+}
+
+void desktop_host::watch(int descriptor, std::function<void()> ready) {
+    auto *notifier = new QSocketNotifier(descriptor, QSocketNotifier::Read, p->application.get());
+    QObject::connect(notifier, &QSocketNotifier::activated, p->application.get(), std::move(ready));
 }
 
 bool desktop_host::open_file(host_window &owner, const file_dialog_options &options, std::string &path) {

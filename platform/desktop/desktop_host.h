@@ -26,9 +26,14 @@ class desktop_host : public host {
     host_window *create_window(const window_options &options, window_listener &listener) override;
     int run_message_loop() override;
     void post_quit(int code) override;
+    void copy_text(const std::string &text) override;
+    std::string pictures_folder() const override;
     void set_language(language which) override;
+    void watch(int descriptor, std::function<void()> ready) override;
 
     void error_box(host_window *owner, const std::string &text, const std::string &caption) override;
+    int ask(host_window *owner, const question_box &box) override;
+    bool choose_folder(host_window &owner, const std::string &title, std::string &path) override;
     bool open_file(host_window &owner, const file_dialog_options &options, std::string &path) override;
     bool save_file(host_window &owner, const file_dialog_options &options, std::string &path) override;
     bool settings(host_window &owner, settings_dialog &dialog) override;

@@ -46,6 +46,9 @@ class desktop_window : public host_window, public mode_switch {
     void centre() override;
     void show() override;
     void notify(const std::string &text) override;
+    void bring_to_front() override;
+    void copy_picture() override;
+    bool save_picture(const std::string &path) override;
     void menus_changed() override;
     void set_view(const view_settings &settings) override;
     void set_scale(int factor) override;
@@ -110,8 +113,8 @@ class desktop_window : public host_window, public mode_switch {
     int first_scale;
     bool placed = false; // the person has the say now
     bool was_maximized = false;
-    QRect normal_place;      // before full screen, and
-    QByteArray window_place; // all that is remembered of it
+    QRect normal_place;                  // before full screen, and
+    QByteArray window_place;             // all that is remembered of it
     int mode_width = 0, mode_height = 0; // 0: window mode
     bool full_screen = false;
     point last_origin{0, 0};

@@ -116,7 +116,7 @@ class settings_box : public QDialog {
         bottom->addSpacing(24);
         auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
         buttons->button(QDialogButtonBox::Ok)->setText(QStringLiteral("OK"));
-        buttons->button(QDialogButtonBox::Cancel)->setText(QStringLiteral("キャンセル"));
+        buttons->button(QDialogButtonBox::Cancel)->setText(translated("キャンセル"));
         QObject::connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
         QObject::connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
         bottom->addWidget(buttons, 0, Qt::AlignBottom);

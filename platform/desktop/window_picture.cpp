@@ -1,6 +1,10 @@
 // What the view shows: the newest frame, over it what the listener paints, enlarged to the view's pixels.
 #include "platform/desktop/desktop_window_parts.h"
 
+#include "platform/file.h"
+#include <QtCore/QBuffer>
+#include <QtGui/QClipboard>
+#include <QtGui/QGuiApplication>
 #include <QtGui/QPainter>
 #include <cmath>
 #include <cstring>
@@ -118,6 +122,15 @@ void desktop_window::show_canvas() {
         const int bottom = static_cast<int>(std::ceil((at.y + rows.end) / ratio));
         view->update(0, top, view->width(), bottom - top);
     }
+}
+
+void desktop_window::copy_picture() { QGuiApplication::clipboard()->setImage(canvas); }
+
+bool desktop_window::save_picture(const std::string &path) {
+    QByteArray png;
+    QBuffer buffer(&png);
+    return buffer.open(QIODevice::WriteOnly) && canvas.save(&buffer, "PNG") &&
+           atomic_write(path, png.constData(), static_cast<size_t>(png.size()));
 }
 
 void desktop_window::paint_view() {

@@ -173,6 +173,14 @@ void desktop_window::set_focus() {
     view->setFocus(Qt::OtherFocusReason);
 }
 
+void desktop_window::bring_to_front() {
+    if (gone) return;
+    frame->setWindowState(frame->windowState() & ~Qt::WindowMinimized);
+    frame->show();
+    frame->raise();
+    set_focus();
+}
+
 int desktop_window::show_cursor(bool shown) {
     cursor_count += shown ? 1 : -1;
     view->setCursor(cursor_count >= 0 ? Qt::ArrowCursor : Qt::BlankCursor);

@@ -10,7 +10,8 @@ namespace {
 TEST(help, TextHas33LinesAnd1232BytesInShiftJis) {
     const iconv_t converter = iconv_open("CP932", "UTF-8");
     ASSERT_NE(converter, reinterpret_cast<iconv_t>(-1));
-    std::string in = make_help_dialog().text, out(4096, '\0');
+    std::string in = help_text, out(4096, '\0');
+    EXPECT_EQ(make_help_dialog().text, in + help_more);
     char *from = in.data(), *to = out.data();
     size_t left = in.size(), room = out.size();
     EXPECT_EQ(iconv(converter, &from, &left, &to, &room), 0u) << "stopped at: " << from;

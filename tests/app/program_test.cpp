@@ -18,6 +18,7 @@
 #include <cstdlib>
 #include <functional>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <thread>
 #include <unistd.h>
 
@@ -240,7 +241,7 @@ TEST_F(whole_program, OneDayWithEveryCommand) {
     EXPECT_EQ(dialogs.open_files[0].title, "Kiv ﾌｧｲﾙの選択");
     EXPECT_EQ(dialogs.open_files[0].patterns, (std::vector<std::string>{"*.KIV", "*.CMT"}));
     ASSERT_EQ(dialogs.helps.size(), 1u);
-    EXPECT_EQ(dialogs.helps[0].text, help_text);
+    EXPECT_EQ(dialogs.helps[0].text, std::string(help_text) + help_more);
     EXPECT_EQ(dialogs.settings.size(), 1u);
     EXPECT_EQ(first_missing(folder.heard(), log_of_a_day), "");
 }
@@ -453,6 +454,8 @@ TEST_F(whole_program, EveryMenuItemDoesItsWorkOnce) {
                     {menu_whole_factors, "whole_factors", "1"},
                     {menu_messages, "messages", "0"},
                     {menu_back_deletes, "back_deletes", "1"},
+                    {menu_halt_waits, "halt_waits", "1"},
+                    {menu_steps_over, "steps_over", "1"},
                     {menu_language + 2, "language", "2"}};
         for (const auto &k : kept) {
             EXPECT_TRUE(choose_item(k.id));
@@ -462,6 +465,13 @@ TEST_F(whole_program, EveryMenuItemDoesItsWorkOnce) {
         EXPECT_TRUE(view.look == platform::crt_look::tube && view.four_thirds && view.whole_factors &&
                     !view.notices);
         EXPECT_EQ(host.chosen_language, platform::language::english);
+        EXPECT_TRUE(choose_item(menu_copy_text));
+        EXPECT_EQ(host.copied().substr(0, host.copied().find('\n')), "READY");
+        EXPECT_TRUE(choose_item(menu_copy_picture));
+        for (int i = 0; i < 2; ++i) EXPECT_TRUE(choose_item(menu_screenshot));
+        EXPECT_EQ(window().state().pictures_copied, 1);
+        EXPECT_EQ(window().state().pictures_saved.size(), 2u);
+        EXPECT_EQ(window().state().pictures_saved.at(0).find("pictures/kiv-"), 0u);
         EXPECT_TRUE(choose_item(menu_scale + 2));
         EXPECT_EQ(window().state().scale, 3);
 
@@ -546,7 +556,9 @@ TEST_F(whole_program, AStoppedProcessorEndsTheProgramWithItsMessage) {
             wait_until("the message", [&] { return host.dialogs().error_boxes.size() > key - '0' + 0u; });
         });
         const auto box = host.dialogs().error_boxes.back();
-        EXPECT_EQ(box.text, texts[key - '0']);
+        EXPECT_EQ(box.text.substr(0, box.text.find('\n')), texts[key - '0']);
+        EXPECT_NE(box.text.find(key == '0' ? "HALTは" : "読み飛ばす"), std::string::npos)
+            << "names the setting";
         EXPECT_EQ(box.caption, "Kivex");
         EXPECT_TRUE(box.has_owner);
         EXPECT_TRUE(folder.heard_line(texts[key - '0']));
@@ -606,6 +618,18 @@ TEST_F(whole_program, ASecondCopyEndsAtOnce) {
     EXPECT_EQ(run_program(host), 1);
     EXPECT_EQ(folder.heard(), std::vector<std::string>{"Zun 多重起動検知"});
     EXPECT_EQ(host.window(), nullptr);
+    pollfd called{first.call_descriptor(), POLLIN, 0};
+    EXPECT_EQ(poll(&called, 1, 0), 1) << "the first copy is told";
+    first.take_call();
+    EXPECT_EQ(poll(&called, 1, 0), 0);
+}
+
+TEST_F(whole_program, TheFirstCopyComesToTheFront) {
+    run([&] {
+        EXPECT_TRUE(platform::instance_lock::call_first("ZunMultiBootChecker"));
+        wait_until("the window in front", [&] { return window().state().brought_to_front > 0; });
+    });
+    EXPECT_FALSE(platform::instance_lock::call_first("ZunMultiBootChecker")) << "nobody is there any more";
 }
 
 // Mode bits mean nothing to the administrator: while it exists the test is somebody else.
@@ -618,6 +642,44 @@ struct without_privileges {
     }
     const uid_t was = geteuid();
 };
+
+TEST_F(whole_program, MissingImagesAreFoundInAnotherFolderAndRememberedThere) {
+    fs::create_directory("elsewhere");
+    for (const char *name : {"8801-zun.rom", "8801-kiv.rom", "8801-4th.rom"})
+        fs::rename(name, fs::path("elsewhere") / name);
+    put_file("8801-kiv.rom", std::string(40000, 'x'));
+    int asked = 0;
+    script.ask = [&](const platform::question_box &box) {
+        ++asked;
+        EXPECT_EQ(box.text, "ROMイメージファイル読み込み失敗");
+        EXPECT_NE(box.detail.find("8801-kiv.rom: 40000 bytes, more than 32768\n8801-zun.rom: No such file"),
+                  std::string::npos)
+            << box.detail;
+        return 1;
+    };
+    script.choose_folder = [&](std::string &path) { // cancelled first: the box comes again
+        path = folder / "elsewhere";
+        return asked == 2;
+    };
+    host.set_script(script);
+    run([] {});
+    EXPECT_EQ(asked, 2);
+    fs::remove("8801-kiv.rom");
+    run([] {});
+    EXPECT_EQ(asked, 2) << "the folder is remembered";
+}
+
+TEST_F(whole_program, SettingsThatCannotBeKeptAreUsed) {
+    fs::create_directory("KIV.INI");
+    script.ask = [](auto &) { return 1; };
+    host.set_script(script);
+    run([&] {
+        at_settings([](auto &) { return true; });
+        strike(vk_f7);
+        EXPECT_EQ(window().state().notices.back(), "設定は保存されません");
+    });
+    EXPECT_EQ(host.dialogs().questions.at(0).text, "INIファイル読み込み失敗");
+}
 
 TEST_F(whole_program, AFailedStartSaysWhyAndLeavesTheHostAsItWas) {
     const auto remove = [](const char *name) { return [name] { fs::remove(name); }; };

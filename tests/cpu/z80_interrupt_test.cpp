@@ -20,6 +20,32 @@ class Z80Interrupt : public testing::Test {
 
 constexpr int nmi = -1;
 
+// As a person may want it: the program goes on behind the HALT once the handler is done, and what is no
+// instruction does nothing.
+TEST_F(Z80Interrupt, HaltMayWaitAndUndefinedInstructionsMayBeSteppedOver) {
+    z80_lenient.halt_waits = z80_lenient.undefined_runs = true;
+    z80_bench::memory[0x1000] = 0x76;
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_FALSE(z80_bench::step());
+        EXPECT_EQ(cpu.PC, 0x1000);
+        EXPECT_EQ(cpu.step_cycles, 4u);
+    }
+    cpu.IM = 1;
+    cpu.IFF1 = cpu.IFF2 = 1;
+    EXPECT_EQ(cpu.z80_interrupt(cpu, 0), 0u);
+    z80_bench::memory[0x0038] = 0xC9; // RET
+    z80_bench::step();
+    EXPECT_EQ(cpu.PC, 0x1001) << "behind it";
+    z80_bench::memory[0x1001] = 0xED;
+    z80_bench::memory[0x1002] = 0x00;
+    EXPECT_FALSE(z80_bench::step());
+    EXPECT_EQ(cpu.PC, 0x1003);
+    z80_lenient.halt_waits = z80_lenient.undefined_runs = false;
+    z80_bench::memory[0x1003] = 0x76;
+    EXPECT_TRUE(z80_bench::step());
+    EXPECT_EQ(cpu.stop_reason, stop_halt);
+}
+
 } // namespace
 
 // The request changes the flip-flops alone; the next step enters, and executes the first instruction there.

@@ -1,5 +1,9 @@
 // The dialogs, driven as a person would: by keys and clicks while they run.
+#include "app/kiv_help.h"
+#include "platform/resources.h"
+#include "platform/texts.h"
 #include "tests/desktop/host_fixture.h"
+#include "translations/translations.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QTemporaryDir>
@@ -231,6 +235,51 @@ TEST_F(DesktopFileDialogs, ACancelChangesNothingAndADeletedCurrentFolderIsNoObst
     }});
     EXPECT_FALSE(host->open_file(*window, opening, path));
     EXPECT_EQ(path, "unchanged");
+}
+
+// The given texts stand in Japanese; English comes where it is asked for, to the host's own dialogs, too.
+TEST_F(DesktopDialogs, TextsAreInTheChosenLanguage) {
+    register_translations();
+    if (find_resource(resource_type::translation, english_translation_id).data == nullptr)
+        GTEST_SKIP() << "built without Qt's Linguist tools: there is no English";
+    host->set_language(language::english);
+    EXPECT_EQ(text("キャンセル"), "Cancel");
+    EXPECT_EQ(text(help_text).substr(0, 60).find("=="), 0u);
+    EXPECT_NE(text(help_text).find("[F12] ............... reset button\r\n"), std::string::npos);
+    EXPECT_EQ(text("no such text"), "no such text");
+    drive({[](QWidget &w) {
+        EXPECT_EQ(w.findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Cancel)->text(), "Cancel");
+        press(w, Qt::Key_Escape);
+        return true;
+    }});
+    settings_dialog dialog{"caption", "", "", {}, {}};
+    EXPECT_FALSE(host->settings(*window, dialog));
+    host->set_language(language::japanese);
+    EXPECT_EQ(text("キャンセル"), "キャンセル");
+}
+
+// OK and Escape are one; the details come and go and answer nothing.
+TEST_F(DesktopDialogs, AQuestionSaysWhichButtonAnsweredIt) {
+    const question_box box{"text", "caption", "why\nit is so", {"&One", "&Two"}};
+    const auto click = [](const char *label) {
+        return [label](QWidget &w) {
+            for (auto *button : w.findChildren<QPushButton *>())
+                if (button->text() == label) button->click();
+            return true;
+        };
+    };
+    const auto informative = [](const char *wanted) {
+        return [wanted](QWidget &w) {
+            EXPECT_EQ(qobject_cast<QMessageBox *>(&w)->informativeText(), wanted);
+            return true;
+        };
+    };
+    drive({click("詳細(&D)"), informative("why\nit is so"), click("&Two"), click("&One"), click("OK"),
+           [](QWidget &w) {
+               press(w, Qt::Key_Escape);
+               return true;
+           }});
+    for (const int wanted : {2, 1, 0, 0}) EXPECT_EQ(host->ask(nullptr, box), wanted);
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "tests/headless/headless_host.h"
 
 #include <chrono>
+#include <poll.h>
 
 namespace platform {
 
@@ -181,6 +182,42 @@ void headless_host::error_box(host_window *owner, const std::string &text, const
     const dialog_scope scope(*this);
     const auto answer = note(shown.error_boxes, {text, caption, owner != nullptr}, script.error_box);
     if (answer) answer(text, caption);
+}
+
+void headless_host::copy_text(const std::string &text) {
+    const std::lock_guard lock(mutex);
+    clipboard = text;
+}
+
+std::string headless_host::copied() const {
+    const std::lock_guard lock(mutex);
+    return clipboard;
+}
+
+int headless_host::ask(host_window *owner, const question_box &box) {
+    const dialog_scope scope(*this);
+    note(shown.error_boxes, {box.text, box.caption, owner != nullptr}, 0);
+    const auto answer = note(shown.questions, box, script.ask);
+    return answer ? answer(box) : 0;
+}
+
+bool headless_host::choose_folder(host_window &, const std::string &, std::string &path) {
+    const dialog_scope scope(*this);
+    const auto answer = note(shown.folders, 0, script.choose_folder);
+    std::string chosen = path;
+    if (!answer || !answer(chosen)) return false;
+    path = chosen;
+    return true;
+}
+
+// By a thread that waits for it and puts a message into the loop.
+void headless_host::watch(int descriptor, std::function<void()> ready) {
+    watchers.emplace_back([this, descriptor, ready = std::move(ready)](const std::stop_token &stop) {
+        while (!stop.stop_requested()) {
+            pollfd look{descriptor, POLLIN, 0};
+            if (poll(&look, 1, 20) > 0) run_on_window_thread(ready, 1000);
+        }
+    });
 }
 
 bool headless_host::open_file(host_window &, const file_dialog_options &options, std::string &path) {

@@ -14,6 +14,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <thread>
 
 namespace platform {
 
@@ -21,6 +22,8 @@ namespace platform {
 // painted. Without one, a box is confirmed at once and a dialog is cancelled.
 struct headless_script {
     std::function<void(const std::string &text, const std::string &caption)> error_box;
+    std::function<int(const question_box &box)> ask; // without one: OK
+    std::function<bool(std::string &path)> choose_folder;
     std::function<bool(const file_dialog_options &options, std::string &path)> open_file, save_file;
     std::function<bool(settings_dialog &dialog)> settings;
     std::function<void(const help_dialog &dialog)> help;
@@ -34,9 +37,11 @@ struct shown_error_box {
 // What has been shown so far.
 struct dialog_record {
     std::vector<shown_error_box> error_boxes;
+    std::vector<question_box> questions; // also among the error boxes
     std::vector<file_dialog_options> open_files, save_files;
     std::vector<settings_dialog> settings; // as they came up
     std::vector<help_dialog> helps;
+    std::vector<int> folders;
 };
 
 class headless_host : public host, public message_sink {
@@ -69,9 +74,15 @@ class headless_host : public host, public message_sink {
     host_window *create_window(const window_options &options, window_listener &listener) override;
     int run_message_loop() override;
     void post_quit(int code) override;
+    void copy_text(const std::string &text) override;
+    std::string copied() const; // last onto the clipboard
+    std::string pictures_folder() const override { return "pictures"; }
     void set_language(language which) override { chosen_language = which; }
     std::atomic<language> chosen_language{};
+    void watch(int descriptor, std::function<void()> ready) override;
     void error_box(host_window *owner, const std::string &text, const std::string &caption) override;
+    int ask(host_window *owner, const question_box &box) override;
+    bool choose_folder(host_window &owner, const std::string &title, std::string &path) override;
     bool open_file(host_window &owner, const file_dialog_options &options, std::string &path) override;
     bool save_file(host_window &owner, const file_dialog_options &options, std::string &path) override;
     bool settings(host_window &owner, settings_dialog &dialog) override;
@@ -95,9 +106,11 @@ class headless_host : public host, public message_sink {
     int quit_code = 0;
     headless_script script;
     dialog_record shown;
+    std::string clipboard;
     int dialogs_open = 0;
     int resolutions = 0;
     std::vector<std::unique_ptr<headless_window>> windows;
+    std::vector<std::jthread> watchers; // end first
 };
 
 } // namespace platform

@@ -298,6 +298,22 @@ void headless_window::notify(const std::string &text) {
     now.notices.push_back(text);
 }
 
+void headless_window::bring_to_front() {
+    const std::lock_guard lock(mutex);
+    now.brought_to_front++;
+}
+
+void headless_window::copy_picture() {
+    const std::lock_guard lock(mutex);
+    now.pictures_copied++;
+}
+
+bool headless_window::save_picture(const std::string &path) {
+    const std::lock_guard lock(mutex);
+    now.pictures_saved.push_back(path);
+    return true;
+}
+
 void headless_window::set_view(const view_settings &settings) {
     const std::lock_guard lock(mutex);
     now.view = settings;

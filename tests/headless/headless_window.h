@@ -24,6 +24,9 @@ struct window_state {
     std::vector<std::string> notices;
     view_settings view;
     int scale = 0;
+    int brought_to_front = 0;
+    int pictures_copied = 0;
+    std::vector<std::string> pictures_saved;
 };
 
 // Where a window's messages wait for the message loop.
@@ -82,6 +85,9 @@ class headless_window : public host_window {
     void centre() override;
     void show() override;
     void notify(const std::string &text) override;
+    void bring_to_front() override;
+    void copy_picture() override;
+    bool save_picture(const std::string &path) override;
     void menus_changed() override {}
     void set_view(const view_settings &settings) override;
     void set_scale(int factor) override;

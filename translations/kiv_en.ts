@@ -1,0 +1,507 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="en" sourcelanguage="ja">
+<context>
+    <name>kiv</name>
+    <message>
+        <source>BMPリソース読み込み失敗</source>
+        <translation>The built-in pause picture could not be read.</translation>
+    </message>
+    <message>
+        <source>FNTリソース読み込み失敗</source>
+        <translation>The built-in font could not be read.</translation>
+    </message>
+    <message>
+        <source>ROMイメージファイル読み込み失敗</source>
+        <translation>The ROM image files could not be read.</translation>
+    </message>
+    <message>
+        <source>フォルダを選ぶ(&amp;F)...</source>
+        <translation>Choose a &amp;folder...</translation>
+    </message>
+    <message>
+        <source>付属のROMで起動(&amp;S)</source>
+        <translation>&amp;Start with the open ROM set</translation>
+    </message>
+    <message>
+        <source>ROMイメージのフォルダ</source>
+        <translation>Folder of ROM images</translation>
+    </message>
+    <message>
+        <source>INIファイル読み込み失敗</source>
+        <translation>The settings file KIV.INI could not be read.</translation>
+    </message>
+    <message>
+        <source>保存せずに続ける(&amp;C)</source>
+        <translation>&amp;Continue without saving</translation>
+    </message>
+    <message>
+        <source>ROMを替えました</source>
+        <translation>The ROM images have been changed</translation>
+    </message>
+    <message>
+        <source>パス名が長すぎます</source>
+        <translation>The path is too long.</translation>
+    </message>
+    <message>
+        <source>未実装命令</source>
+        <translation>Unimplemented instruction</translation>
+    </message>
+    <message>
+        <source> HALT命令</source>
+        <translation>HALT instruction</translation>
+    </message>
+    <message>
+        <source>未定義命令</source>
+        <translation>Undefined instruction</translation>
+    </message>
+    <message>
+        <source>$%4.4X にて%sを検出につき終了。</source>
+        <translation>%s at $%4.4X: the program ends.</translation>
+    </message>
+    <message>
+        <source>メニュー「設定」の「HALTは割り込みを待つ」で続けられます。</source>
+        <translation>With &quot;HALT waits for an interrupt&quot; in the menu Settings it would have gone on.</translation>
+    </message>
+    <message>
+        <source>メニュー「設定」の「未定義命令を読み飛ばす」で続けられます。</source>
+        <translation>With &quot;Step over undefined instructions&quot; in the menu Settings it would have gone on.</translation>
+    </message>
+    <message>
+        <source>サウンド OFF</source>
+        <translation>Sound off</translation>
+    </message>
+    <message>
+        <source>サウンド ON</source>
+        <translation>Sound on</translation>
+    </message>
+    <message>
+        <source>Kiv ﾌｧｲﾙの保存</source>
+        <translation>Save a memory dump</translation>
+    </message>
+    <message>
+        <source>Kiv ﾌﾟﾛｸﾞﾗﾑﾌｧｲﾙ</source>
+        <translation>Kiv program files</translation>
+    </message>
+    <message>
+        <source> に保存しました</source>
+        <translation> saved</translation>
+    </message>
+    <message>
+        <source>Kiv ﾌｧｲﾙの選択</source>
+        <translation>Open a memory dump or a tape</translation>
+    </message>
+    <message>
+        <source> を読み込みました</source>
+        <translation> loaded</translation>
+    </message>
+    <message>
+        <source> をテープに入れました</source>
+        <translation>: the tape is in</translation>
+    </message>
+    <message>
+        <source>CMT ﾌｧｲﾙの保存先選択</source>
+        <translation>Choose the tape to record on</translation>
+    </message>
+    <message>
+        <source>CMT 出力ﾌｧｲﾙ</source>
+        <translation>CMT output files</translation>
+    </message>
+    <message>
+        <source>==========================================&#xd;
+ &quot;Kiv&quot;のキー操作について&#xd;
+==========================================&#xd;
+[F6] ................ Kiv形式ﾒﾓﾘﾀﾞﾝﾌﾟﾌｧｲﾙ出力&#xd;
+[F7] ................ 機能設定&#xd;
+[F8] ................ サウンド ON/OFF&#xd;
+[F9] ................ Kiv/CMTファイル選択&#xd;
+[F11] ............... PCG-8100 ON/OFF&#xd;
+[F12] ............... リセットボタン&#xd;
+&#xd;
+[SHIFT]+[F9] ........ CMTﾌｧｲﾙ保存先指定(CSAVE/W)&#xd;
+[SHIFT]+[F12] ....... 全画面切り替え ON/OFF&#xd;
+&#xd;
+==========================================&#xd;
+ &quot;Kiv&quot;のキーバインドについて&#xd;
+==========================================&#xd;
+[GRPH] .............. [無変換]&#xd;
+[カナ] .............. [変換]&#xd;
+[STOP] .............. [BS]&#xd;
+&#xd;
+==========================================&#xd;
+ &quot;Kiv&quot;の機能設定について&#xd;
+==========================================&#xd;
+[DMA load] .......... VRAMのDMA転送遅延を指定(100)&#xd;
+[DMA gain] .......... 上記で指定の値の減算単位(20)&#xd;
+[Volue] ............. DirectSoundﾊｰﾄﾞｳｪｱVolume(db)&#xd;
+[Amplitude] ......... DirectSoundｿﾌﾄｳｪｱVolume&#xd;
+&#xd;
+[Text diff-draw]..... 変更行のみ描替え&#xd;
+[Interlace like]..... ｲﾝﾀﾚｰｽ効果&#xd;
+[TenKeyLess] ........ ｶｰｿﾙKeyに2468を割当てる(ﾃﾝｷｰの無いKB用)&#xd;
+[NoWait] ............ M1WaitとROMﾒﾓﾘｱｸｾｽのｳｪｲﾄを除去&#xd;
+[720x480] ........... 全画面時に640x480が使えない場合に指定&#xd;
+</source>
+        <translation>==========================================&#xd;
+ Keys of &quot;Kiv&quot;&#xd;
+==========================================&#xd;
+[F6] ................ save a memory dump in Kiv's format&#xd;
+[F7] ................ settings&#xd;
+[F8] ................ sound on/off&#xd;
+[F9] ................ choose a Kiv or CMT file&#xd;
+[F11] ............... PCG-8100 on/off&#xd;
+[F12] ............... reset button&#xd;
+&#xd;
+[SHIFT]+[F9] ........ choose the CMT file to save to (CSAVE/W)&#xd;
+[SHIFT]+[F12] ....... full screen on/off&#xd;
+&#xd;
+==========================================&#xd;
+ Key bindings of &quot;Kiv&quot;&#xd;
+==========================================&#xd;
+[GRPH] .............. [muhenkan]&#xd;
+[KANA] .............. [henkan]&#xd;
+[STOP] .............. [BS]&#xd;
+&#xd;
+==========================================&#xd;
+ Settings of &quot;Kiv&quot;&#xd;
+==========================================&#xd;
+[DMA load] .......... delay by the DMA transfer of the VRAM (100)&#xd;
+[DMA gain] .......... step by which it is lowered (20)&#xd;
+[Volue] ............. hardware volume (dB)&#xd;
+[Amplitude] ......... software volume&#xd;
+&#xd;
+[Text diff-draw]..... redraw changed rows only&#xd;
+[Interlace like]..... interlace effect&#xd;
+[TenKeyLess] ........ arrow keys are 2468 (keyboards without a ten-key)&#xd;
+[NoWait] ............ no M1 and ROM memory waits&#xd;
+[720x480] ........... for full screens without 640x480&#xd;
+</translation>
+    </message>
+    <message>
+        <source>&#xd;
+==========================================&#xd;
+ その他のキー&#xd;
+==========================================&#xd;
+[SHIFT]+[F6] ........ 速度の表示 ON/OFF&#xd;
+[Pause] [End] ....... 終了&#xd;
+[F10] ............... メニュー&#xd;
+[Alt]+[P] ........... 一時停止&#xd;
+[Alt]+[C] ........... 画面の文字をコピー&#xd;
+[Alt]+[I] ........... スクリーンショット&#xd;
+[Alt]+[A] ........... 縦横比 4:3&#xd;
+[Alt]+[1]...[6] ..... 画面の大きさ&#xd;
+[Alt]+[F4] .......... 終了&#xd;
+&#xd;
+==========================================&#xd;
+ 無いキーの代わり&#xd;
+==========================================&#xd;
+[￥] ................ [`] (1の左)&#xd;
+[_] ................. [Page Up]&#xd;
+[GRPH] .............. 右[Alt]&#xd;
+[カナ] .............. [Menu] [Page Down] [Caps Lock]&#xd;
+</source>
+        <translation>&#xd;
+==========================================&#xd;
+ More keys&#xd;
+==========================================&#xd;
+[SHIFT]+[F6] ........ speed line on/off&#xd;
+[Pause] [End] ....... exit&#xd;
+[F10] ............... menu&#xd;
+[Alt]+[P] ........... pause&#xd;
+[Alt]+[C] ........... copy the screen's text&#xd;
+[Alt]+[I] ........... screenshot&#xd;
+[Alt]+[A] ........... aspect 4:3&#xd;
+[Alt]+[1]...[6] ..... size of the picture&#xd;
+[Alt]+[F4] .......... exit&#xd;
+&#xd;
+==========================================&#xd;
+ Stand-ins for keys that are missing&#xd;
+==========================================&#xd;
+[yen] ............... [`] left of 1&#xd;
+[_] ................. [Page Up]&#xd;
+[GRPH] .............. right [Alt]&#xd;
+[KANA] .............. [Menu] [Page Down] [Caps Lock]&#xd;
+</translation>
+    </message>
+    <message>
+        <source>Kivについて</source>
+        <translation>About Kiv</translation>
+    </message>
+    <message>
+        <source>開く(&amp;O)...</source>
+        <translation>&amp;Open...</translation>
+    </message>
+    <message>
+        <source>最近使ったファイル(&amp;R)</source>
+        <translation>&amp;Recent files</translation>
+    </message>
+    <message>
+        <source>ROMフォルダ(&amp;F)...</source>
+        <translation>ROM &amp;folder...</translation>
+    </message>
+    <message>
+        <source>メモリダンプの保存(&amp;D)...</source>
+        <translation>Save a memory &amp;dump...</translation>
+    </message>
+    <message>
+        <source>一時停止(&amp;P)</source>
+        <translation>&amp;Pause</translation>
+    </message>
+    <message>
+        <source>リセット(&amp;E)</source>
+        <translation>R&amp;eset</translation>
+    </message>
+    <message>
+        <source>終了(&amp;X)</source>
+        <translation>E&amp;xit</translation>
+    </message>
+    <message>
+        <source>画面の文字をコピー(&amp;T)</source>
+        <translation>Copy the &amp;text</translation>
+    </message>
+    <message>
+        <source>画面の絵をコピー(&amp;P)</source>
+        <translation>Copy the &amp;picture</translation>
+    </message>
+    <message>
+        <source>スクリーンショット(&amp;S)</source>
+        <translation>&amp;Screenshot</translation>
+    </message>
+    <message>
+        <source>テープなし</source>
+        <translation>No tape</translation>
+    </message>
+    <message>
+        <source>テープを入れる(&amp;L)...</source>
+        <translation>&amp;Load a tape...</translation>
+    </message>
+    <message>
+        <source>再生(&amp;P)</source>
+        <translation>&amp;Play</translation>
+    </message>
+    <message>
+        <source>停止(&amp;S)</source>
+        <translation>&amp;Stop</translation>
+    </message>
+    <message>
+        <source>巻き戻し(&amp;R)</source>
+        <translation>&amp;Rewind</translation>
+    </message>
+    <message>
+        <source>取り出し(&amp;E)</source>
+        <translation>&amp;Eject</translation>
+    </message>
+    <message>
+        <source>録音先(&amp;O)...</source>
+        <translation>Rec&amp;ord to...</translation>
+    </message>
+    <message>
+        <source>全画面(&amp;F)</source>
+        <translation>&amp;Full screen</translation>
+    </message>
+    <message>
+        <source>大きさ(&amp;S)</source>
+        <translation>&amp;Size</translation>
+    </message>
+    <message>
+        <source>縦横比 4:3(&amp;A)</source>
+        <translation>&amp;Aspect 4:3</translation>
+    </message>
+    <message>
+        <source>整数倍のみ(&amp;W)</source>
+        <translation>&amp;Whole factors only</translation>
+    </message>
+    <message>
+        <source>ブラウン管(&amp;C)</source>
+        <translation>&amp;CRT look</translation>
+    </message>
+    <message>
+        <source>なし(&amp;N)</source>
+        <translation>&amp;None</translation>
+    </message>
+    <message>
+        <source>走査線(&amp;S)</source>
+        <translation>&amp;Scan lines</translation>
+    </message>
+    <message>
+        <source>やわらかい管面(&amp;T)</source>
+        <translation>Soft &amp;tube</translation>
+    </message>
+    <message>
+        <source>PCG-8100の文字(&amp;P)</source>
+        <translation>&amp;PCG-8100 glyphs</translation>
+    </message>
+    <message>
+        <source>速度の表示(&amp;I)</source>
+        <translation>Speed l&amp;ine</translation>
+    </message>
+    <message>
+        <source>メッセージの表示(&amp;M)</source>
+        <translation>&amp;Messages</translation>
+    </message>
+    <message>
+        <source>機能設定(&amp;S)...</source>
+        <translation>&amp;Machine settings...</translation>
+    </message>
+    <message>
+        <source>HALTは割り込みを待つ(&amp;H)</source>
+        <translation>&amp;HALT waits for an interrupt</translation>
+    </message>
+    <message>
+        <source>未定義命令を読み飛ばす(&amp;U)</source>
+        <translation>Step over &amp;undefined instructions</translation>
+    </message>
+    <message>
+        <source>BackspaceをDELにする(&amp;B)</source>
+        <translation>&amp;Backspace is DEL</translation>
+    </message>
+    <message>
+        <source>言語 / Language(&amp;L)</source>
+        <translation>&amp;Language / 言語</translation>
+    </message>
+    <message>
+        <source>デスクトップに合わせる(&amp;A)</source>
+        <translation>&amp;As the desktop</translation>
+    </message>
+    <message>
+        <source>日本語(&amp;J)</source>
+        <translation>&amp;Japanese (日本語)</translation>
+    </message>
+    <message>
+        <source>Kivの設定</source>
+        <translation>Kiv settings</translation>
+    </message>
+    <message>
+        <source>本体(&amp;M)</source>
+        <translation>&amp;Machine</translation>
+    </message>
+    <message>
+        <source>編集(&amp;E)</source>
+        <translation>&amp;Edit</translation>
+    </message>
+    <message>
+        <source>テープ(&amp;T)</source>
+        <translation>&amp;Tape</translation>
+    </message>
+    <message>
+        <source>表示(&amp;V)</source>
+        <translation>&amp;View</translation>
+    </message>
+    <message>
+        <source>音(&amp;U)</source>
+        <translation>So&amp;und</translation>
+    </message>
+    <message>
+        <source>音を出す(&amp;S)</source>
+        <translation>&amp;Sound on</translation>
+    </message>
+    <message>
+        <source>設定(&amp;S)</source>
+        <translation>&amp;Settings</translation>
+    </message>
+    <message>
+        <source>ヘルプ(&amp;H)</source>
+        <translation>&amp;Help</translation>
+    </message>
+    <message>
+        <source>キーと設定(&amp;K)</source>
+        <translation>&amp;Keys and settings</translation>
+    </message>
+    <message>
+        <source>文字の画面は出ていません</source>
+        <translation>There is no text on the screen</translation>
+    </message>
+    <message>
+        <source>画面の文字をコピーしました</source>
+        <translation>The text is on the clipboard</translation>
+    </message>
+    <message>
+        <source>画面の絵をコピーしました</source>
+        <translation>The picture is on the clipboard</translation>
+    </message>
+    <message>
+        <source>再開</source>
+        <translation>Running</translation>
+    </message>
+    <message>
+        <source>一時停止</source>
+        <translation>Paused</translation>
+    </message>
+    <message>
+        <source>設定は保存されません</source>
+        <translation>The settings are not saved</translation>
+    </message>
+    <message>
+        <source>Kiv機能設定</source>
+        <translation>Kiv settings</translation>
+    </message>
+    <message>
+        <source>CreateWindowEx失敗</source>
+        <translation>The window could not be made.</translation>
+    </message>
+    <message>
+        <source>CreateMutex失敗</source>
+        <translation>The sound lock could not be made.</translation>
+    </message>
+    <message>
+        <source>問題なし</source>
+        <translation>good</translation>
+    </message>
+    <message>
+        <source>はい(&amp;Y)</source>
+        <translation>&amp;Yes</translation>
+    </message>
+    <message>
+        <source>いいえ(&amp;N)</source>
+        <translation>&amp;No</translation>
+    </message>
+    <message>
+        <source>場所:</source>
+        <translation>Look in:</translation>
+    </message>
+    <message>
+        <source>ファイル名(&amp;N):</source>
+        <translation>File &amp;name:</translation>
+    </message>
+    <message>
+        <source>種類:</source>
+        <translation>Kind:</translation>
+    </message>
+    <message>
+        <source>保存(&amp;S)</source>
+        <translation>&amp;Save</translation>
+    </message>
+    <message>
+        <source>開く(&amp;O)</source>
+        <translation>&amp;Open</translation>
+    </message>
+    <message>
+        <source>キャンセル</source>
+        <translation>Cancel</translation>
+    </message>
+    <message>
+        <source>
+ファイルが見つかりません。</source>
+        <translation>
+There is no such file.</translation>
+    </message>
+    <message>
+        <source>
+は既に存在します。置き換えますか?</source>
+        <translation>
+exists already. Replace it?</translation>
+    </message>
+    <message>
+        <source>詳細(&amp;D)</source>
+        <translation>&amp;Details</translation>
+    </message>
+    <message>
+        <source>PCG-8100 ON</source>
+        <translation>PCG-8100 on</translation>
+    </message>
+    <message>
+        <source>PCG-8100 OFF</source>
+        <translation>PCG-8100 off</translation>
+    </message>
+</context>
+</TS>
