@@ -210,7 +210,7 @@ _true:  LD A,(HL)
         JR C,_line
 _statement:
         POP BC
-        JP statement
+        JP statement_again      ; RESUME asks the condition again
 _goto:  INC HL
         LD A,(HL)
 _line:  OR A
@@ -1005,9 +1005,11 @@ do_end: LD A,0FFh
 program_over:
         LD A,(error_handling)
         OR A
+        JP Z,ready
+        LD HL,TOKENS            ; no line is to blame
+        LD (line_pointer),HL
         LD E,ERR_RESUME
-        JP NZ,error
-        JP ready
+        JP error
 
 do_stop:
         LD A,(HL)
