@@ -1089,8 +1089,16 @@ program_run:
         LD DE,PROGRAM_START
         JP goto_line
 do_load_run:
-        CALL do_load
+        LD A,1
+        LD (run_after),A
+        JP do_load
+; A program has been loaded.
+load_done:
+        LD A,(run_after)
+        OR A
+        JP Z,ready
         CALL run_reset
+        LD SP,STACK
         JR program_run
 
 ; As at the start of a program: no values, frames, handlers, data from the first line, names without a suffix single.

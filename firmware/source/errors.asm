@@ -166,6 +166,8 @@ direct_mode:
         LD (line_pointer),HL
         LD HL,0FFFFh
         LD (TOKENS + 2),HL
+        XOR A
+        LD (run_after),A
         CALL console_line
         JR C,direct_mode
         CALL enter_line

@@ -140,6 +140,10 @@ line_unresolve:
 
 line_store:
         CALL edit_begin
+        LD HL,(TOKENS)
+        LD DE,0 - 64
+        ADD HL,DE
+        CALL C,list_check       ; one that is written shorter than it is listed
         LD DE,(TOKENS + 2)
         CALL find_line
         CALL Z,line_remove

@@ -23,8 +23,7 @@ _digit: LD A,(HL)
         INC HL
         OR A
         JR Z,_numbered
-        LD (DE),A
-        INC DE
+        CALL list_put
         JR _digit
 _numbered:
         POP HL
@@ -83,7 +82,10 @@ _put:   CALL list_put
 _set:   LD A,B
         LD (list_last),A
         RET
-_end:   LD (DE),A
+_end:   LD A,(list_counts)
+        OR A
+        RET NZ
+        LD (DE),A
         RET
 _colon: LD B,A
         LD A,(HL)
@@ -112,6 +114,9 @@ _close_end:
 ; A into the text, if there is room. All are kept.
 list_put:
         PUSH AF
+        LD A,(list_counts)
+        OR A
+        JR NZ,_count
         LD A,E
         CP 0FEh
         JR NC,_full
@@ -119,8 +124,23 @@ list_put:
         LD (DE),A
         INC DE
         RET
+_count: INC DE
 _full:  POP AF
         RET
+
+; Line buffer overflow when the line in TOKENS would not be listed whole.
+list_check:
+        LD A,1
+        LD (list_counts),A
+        LD HL,TOKENS
+        CALL list_line
+        XOR A
+        LD (list_counts),A
+        LD HL,LINE_TEXT + 0FEh
+        SBC HL,DE
+        RET NC
+        LD E,ERR_BUFFER
+        JP error
 
 ; A blank behind a word. All are kept.
 list_space_word:

@@ -74,7 +74,7 @@ _end:   LD A,TAPE_END
         CALL tape_write_check
 tape_done:
         CALL tape_close_out
-        JP ready
+        JP load_done
 
 ; Leader, mark A, name.
 tape_begin:
