@@ -101,6 +101,7 @@ _row:   PUSH DE
         LD E,0
         CALL console_address    ; HL the row's characters
         POP DE
+        CALL editor_cells
         LD A,(screen_columns)
         LD E,A
         LD A,(line_from)
@@ -110,6 +111,7 @@ _row:   PUSH DE
         LD C,A
         LD B,0
         ADD HL,BC
+        ADD IX,BC
         LD A,E
         SUB C
         LD E,A
@@ -117,6 +119,7 @@ _row:   PUSH DE
         CP 80
         JR Z,_skipped
         ADD HL,BC
+        ADD IX,BC
 _skipped:
         XOR A
         LD (line_from),A
@@ -127,20 +130,37 @@ _char:  LD A,C                  ; LINE_LIMIT characters are enough
         SUB line_text AND 0FFh
         INC A
         JR Z,_skip
-        LD A,(HL)
+        LD A,(edit_cells)
         OR A
-        JR NZ,_store
-        LD A," "
+        JR Z,_text
+        DEC A
+        JR NZ,_blank
+        BIT 4,(IX + 0)          ; CELL_SEMIGRAPHIC
+        JR Z,_text
+_blank: LD A," "                ; a drawing is no text
+        JR _store
+_text:  LD A,(HL)
+        OR A
+        JR Z,_blank
 _store: LD (BC),A
         INC BC
 _skip:  INC HL
+        INC IX
         LD A,(screen_columns)
         CP 80
         JR Z,_wide
         INC HL
+        INC IX
 _wide:  DEC E
         JR NZ,_char
-_below: LD A,(edit_last)
+_below: ; and
+        IF NBASIC
+        ELSE
+        LD A,(edit_cells)
+        DEC A
+        CALL Z,cells_close
+        ENDIF
+        LD A,(edit_last)
         CP D
         JR Z,_trim
         INC D
@@ -161,6 +181,26 @@ _end:   XOR A
         CALL editor_leave
         LD HL,line_text
         OR A
+        RET
+
+; edit_cells = 0: row D is text; 1: IX points to its cells; else it is a drawing. Keeps BC, DE, HL.
+editor_cells:
+        PUSH HL
+        LD HL,row_attributes
+        LD A,L
+        ADD A,D
+        LD L,A
+        LD A,(HL)
+        CP ROW_MIXED
+        JR Z,_mixed
+        AND CELL_SEMIGRAPHIC
+        JR _end
+_mixed: CALL cells_open
+        PUSH HL
+        POP IX
+        LD A,1
+_end:   LD (edit_cells),A
+        POP HL
         RET
 
 ; edit_first, edit_last = the rows of the line under the cursor. Uses AF, HL.

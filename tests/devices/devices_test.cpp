@@ -272,6 +272,9 @@ TEST_F(Devices, SemigraphicsWithoutPlanes) {
     EXPECT_EQ(cells[5][79], 0x10 | 2); // green, in the host's order
     EXPECT_EQ(chars[8][6], 0xFF);
     EXPECT_EQ(cells[8][6], 0x10 | 4);
+    type("CLS\n");
+    type("LINE(0,0)-(159,99),4:LOCATE 0,3:PRINT 1\nPRINT 6*7\n");
+    EXPECT_NE(text_screen().find(" 42"), std::string::npos) << "dots are no text to the editor";
     type("CLS:CIRCLE(80,50),30,7:PAINT(80,50),1,7\n", 1500);
     decode();
     EXPECT_EQ(chars[12][40], 0xFF);
