@@ -1,6 +1,6 @@
 // The whole machine: the demonstration of our ROM set, every device, sound rendered at every slice and a
-// 32-bit frame composed at every vertical blank, as a multiple of real time on one core; with plain passes for
-// comparison.
+// 32-bit frame composed at every vertical blank, as a multiple of real time on one core; with plain passes
+// for comparison.
 #include "bench/demonstration.h"
 #include "machine/machine_run.h"
 #include "platform/pixel_memory.h"

@@ -1,9 +1,8 @@
 // The CRT controller's cursor (uPD3301-type) and the blinking of cursor and text.
 //   port 0x51 W  command 0x80 cursor off, 0x81 cursor on; two parameters at port 0x50 follow: column, row
-// Clock: one count = one frame. The blink rate comes with the second parameter of RESET, bits 6-7: by the chip's
-// command set 16, 32, 48 or 64 frames a period, text at half the cursor's rate. Not sure: that blinking text is shown
-// for three quarters of its period.
-// Not emulated: the cursor's shape (always a block).
+// Clock: one count = one frame. The blink rate comes with the second parameter of RESET, bits 6-7: by the
+// chip's command set 16, 32, 48 or 64 frames a period, text at half the cursor's rate. Not sure: that
+// blinking text is shown for three quarters of its period. Not emulated: the cursor's shape (always a block).
 #pragma once
 
 #include "support/shared.h"

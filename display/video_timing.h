@@ -1,11 +1,10 @@
 // The raster: lines, vertical blank (VRTC), and the clocks that the text DMA steals from the CPU.
 //   port 0x40 R  bit 5 VRTC, bit 1 a 15 kHz monitor
-// Clock: T-states. 24 kHz: 400 lines of 161 and a blank of 6434 (7720 with 25 rows); 15 kHz: 200 lines of 250 and
-// a blank of 14996 (13994).
-// Not emulated: horizontal retrace, the controller's own count of retrace lines (kept, not used), interlace.
-// With 25 rows that makes 55.4 frames a second at 24 kHz and 62.4 at 15 kHz, with 20 rows 56.4 and 61.4.
-// Not sure: the DMA's price of five or six T-states a byte in character mode and eleven a word in bursts, and that a
-// burst is owed at its row's first line at once.
+// Clock: T-states. 24 kHz: 400 lines of 161 and a blank of 6434 (7720 with 25 rows); 15 kHz: 200 lines of 250
+// and a blank of 14996 (13994). Not emulated: horizontal retrace, the controller's own count of retrace lines
+// (kept, not used), interlace. With 25 rows that makes 55.4 frames a second at 24 kHz and 62.4 at 15 kHz,
+// with 20 rows 56.4 and 61.4. Not sure: the DMA's price of five or six T-states a byte in character mode and
+// eleven a word in bursts, and that a burst is owed at its row's first line at once.
 #pragma once
 
 #include "support/shared.h"

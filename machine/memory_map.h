@@ -7,9 +7,9 @@
 //   0xC000-0xFFFF  RAM, or the plane that ports 0x5C-0x5F chose; a wait a byte
 // A write below 0x8000 lands in the RAM under the ROM, whatever is read there.
 //
-// Not emulated: the waits of main RAM during display, extended RAM, the dictionary and kanji ROMs. By the machine's
-// published I/O map: the windows and their ports. As this machine's software expects: an expansion ROM that is not
-// there reads 0xFF. Not sure: that a plane costs one wait in the display as in the blank.
+// Not emulated: the waits of main RAM during display, extended RAM, the dictionary and kanji ROMs. By the
+// machine's published I/O map: the windows and their ports. As this machine's software expects: an expansion
+// ROM that is not there reads 0xFF. Not sure: that a plane costs one wait in the display as in the blank.
 #pragma once
 
 #include "support/shared.h"

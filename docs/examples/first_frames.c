@@ -1,4 +1,5 @@
-/* Boots the open ROM set, types a line, and shows the text screen; then goes back and finds the same again. */
+/* Boots the open ROM set, types a line, and shows the text screen; then goes back and finds the same again.
+ */
 #include "api/kiv.h"
 #include "api/kiv_open_roms.h"
 
@@ -16,7 +17,8 @@ static void run(int frames) {
 }
 
 int main(void) {
-    if (kiv_open_roms() != KIV_OK || kiv_boot() != KIV_OK) return fprintf(stderr, "%s\n", kiv_error_text()), 1;
+    if (kiv_open_roms() != KIV_OK || kiv_boot() != KIV_OK)
+        return fprintf(stderr, "%s\n", kiv_error_text()), 1;
     run(120);
     kiv_type("PRINT 6*7\n");
     run(120);

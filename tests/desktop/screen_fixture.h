@@ -21,10 +21,11 @@ class DesktopScreen : public testing::Test {
         }
     }
     void start_server(const char *size) {
-        // The server says the display's number on descriptor 1 when it is ready. It repeats no keys: on a busy
-        // machine the repeats of one that is held look like new presses.
+        // The server says the display's number on descriptor 1 when it is ready. It repeats no keys: on a
+        // busy machine the repeats of one that is held look like new presses.
         server.setStandardErrorFile(QProcess::nullDevice());
-        server.start("Xvfb", {"-displayfd", "1", "-screen", "0", QString(size) + "x24", "-nolisten", "tcp", "-r"});
+        server.start("Xvfb",
+                     {"-displayfd", "1", "-screen", "0", QString(size) + "x24", "-nolisten", "tcp", "-r"});
         ASSERT_TRUE(server.waitForReadyRead(60000));
         environment.insert("DISPLAY", ":" + QString::fromLatin1(server.readLine()).trimmed());
         environment.insert("QT_QPA_PLATFORM", "xcb");
