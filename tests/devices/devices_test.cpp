@@ -1,10 +1,10 @@
 // BASIC's devices through BASIC: console, screen editor, keys, graphics, sound, glyphs, calendar.
-#include "api/typing.h"
 #include "display/frame_composer.h"
 #include "machine/kiv_machine.h"
 #include "machine/machine_pass.h"
 #include "machine/rom_loader.h"
 #include "resources/resources.h"
+#include "tests/typed_keys.h"
 #include "tools/kiv_run_outputs.h"
 
 #include <algorithm>
@@ -56,29 +56,11 @@ class Devices : public testing::Test {
             if (outcome == pass_outcome::frame) --frames, ++frame;
         }
     }
-    // Types the text, in which \l \r \u \d \b \f1 are the arrows, STOP and a function key, \p a pause; then
-    // runs on for some frames.
+    // Types the text and runs on for some frames.
     static void type(const std::string &text, int then = 40) {
         typist keys;
         keys.at_frame(frame);
-        for (const char *at = text.c_str(); uint32_t c = next_character(at);) {
-            key_stroke stroke{0, false};
-            if (c != '\\') {
-                ASSERT_TRUE(stroke_of(c, stroke)) << text;
-            } else if ((c = next_character(at)) == 'p') {
-                keys.add_pause(28);
-                continue;
-            } else if (c == 'f') {
-                stroke.virtual_key = static_cast<uint8_t>(0x6F + next_character(at) - '0');
-            } else {
-                stroke.virtual_key = c == 'l'   ? 0x25
-                                     : c == 'u' ? 0x26
-                                     : c == 'r' ? 0x27
-                                     : c == 'd' ? 0x28
-                                                : 0x08;
-            }
-            keys.add(stroke);
-        }
+        add_keys(keys, text);
         while (keys.waiting() != 0) {
             keys.at_frame(frame);
             run(1);
