@@ -3,11 +3,12 @@
 #include "machine/kiv_machine.h"
 #include "machine/machine_pass.h"
 #include "machine/rom_loader.h"
+#include "machine/tape_files.h"
 #include "resources/resources.h"
 #include "tests/temporary_folder.h"
+#include "tests/typed_keys.h"
 #include "tools/kiv_run_listing.h"
 #include "tools/kiv_run_outputs.h"
-#include "tools/kiv_run_typing.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -220,8 +221,9 @@ class language : public testing::TestWithParam<bool> {
         return true;
     }
     static bool type(const std::string &text) {
-        typist keys(text, 0);
-        for (uint64_t frame = 0; frame <= keys.end(); ++frame) {
+        typist keys;
+        add_keys(keys, text);
+        for (uint64_t frame = 0; keys.waiting() != 0; ++frame) {
             keys.at_frame(frame);
             if (!run(1)) return false;
         }
