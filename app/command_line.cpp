@@ -13,11 +13,12 @@ usage: kiv [options] [file or folder]
 
 A folder holds the ROM images 8801-zun.rom, 8801-kiv.rom and 8801-4th.rom; without one they are looked for in the
 current directory, which also holds, from the first start on, the machine's settings KIV.INI. A .cmt file is put
-in as a tape.
+in as a tape, a .kst state or a .kiv memory dump is gone on with, a .bas or .txt file is typed.
 
   --roms FOLDER     take the ROM images from there
   --open-roms       start with the ROM set that comes with Kiv
   --tape FILE       put a tape image in
+  --state FILE      go on with a saved state
   --fullscreen      start in full screen
   --scale N         a pixel of the machine takes N x N pixels of the screen, 1 to 8
   --lang ja|en      the language of menus and messages
@@ -46,8 +47,14 @@ std::string take_file(const std::string &name, program_options &o) {
         return {};
     }
     if (!fs::exists(name, error)) return name + ": no such file or folder";
-    if (lower(fs::path(name).extension()) != ".cmt")
-        return name + ": neither a folder nor a tape image (.cmt)";
+    const std::string extension = lower(fs::path(name).extension());
+    for (const char *known : {".kst", ".kiv", ".bas", ".txt"})
+        if (extension == known) {
+            if (!o.file.empty()) return name + ": one file to begin with is enough";
+            o.file = name;
+            return {};
+        }
+    if (extension != ".cmt") return name + ": none of .cmt, .kiv, .kst, .bas, .txt, and no folder";
     if (!o.tape.empty()) return name + ": there is a tape already";
     o.tape = name;
     return {};
@@ -69,6 +76,7 @@ const option all_options[] = {
     {"--fullscreen", nullptr, [](auto &, auto &o) { return o.full_screen = true, taken(); }},
     {"--roms", "a folder", [](auto &v, auto &o) { return o.roms = v, taken(); }},
     {"--tape", "a file", [](auto &v, auto &o) { return o.tape = v, taken(); }},
+    {"--state", "a file", [](auto &v, auto &o) { return o.file = v, taken(); }},
     {"--settings", "a file", [](auto &v, auto &o) { return o.settings = v, taken(); }},
     {"--lang", "ja or en",
      [](auto &v, auto &o) {

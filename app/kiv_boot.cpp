@@ -2,6 +2,7 @@
 // thread, before any other thread of the program exists.
 #include "app/kiv_form.h"
 
+#include "api/snapshot.h"
 #include "app/form_scopes.h"
 #include "app/program.h"
 #include "app/rom_report.h"
@@ -120,11 +121,20 @@ void kiv_form::choose_rom_folder() {
     {
         const dialog_scope scope(*this, dialog_scope::take_focus);
         if (!scope || !host.choose_folder(*window, platform::text("ROMイメージのフォルダ"), folder)) return;
+    }
+    use_rom_folder(folder);
+}
+
+void kiv_form::use_rom_folder(const std::string &folder) {
+    {
+        const pause_scope pause(*this);
+        if (!pause) return;
         if (const std::string wrong = load_rom_images(folder); !wrong.empty()) {
             notify(wrong);
             load_roms(); // what may have been overwritten
             return;
         }
+        snapshot_roms_changed();
         rom_folder = own.rom_folder = folder;
         save_user_settings();
     }

@@ -171,7 +171,7 @@ void kiv_form::key_pressed(uint32_t virtual_key) {
         const uint64_t bit = uint64_t{1} << (command - key_commands);
         shifted_presses = window->shift_down() ? shifted_presses | bit : shifted_presses & ~bit;
     }
-    key_down(virtual_key);
+    if (!stops_typing(virtual_key)) key_down(virtual_key);
 }
 
 // Shift let go a moment before its command key still counts: the other command would be a surprise.
@@ -263,6 +263,7 @@ void kiv_form::start_emulation() {
     hide_cursor_if_full_screen();
     window->set_focus();
     if (options.full_screen) change_screen();
+    use_file_of_command_line();
 }
 
 void kiv_form::exit() {

@@ -5,6 +5,7 @@
 // the CPU thread is parked.
 #pragma once
 
+#include "api/typing.h"
 #include "app/command_line.h"
 #include "app/settings_file.h"
 #include "app/user_settings.h"
@@ -31,6 +32,12 @@ enum form_menu_item : uint32_t {
     menu_quit,
     menu_rom_folder,
     menu_save_dump,
+    menu_paste,
+    menu_state_quick_save,
+    menu_state_quick_load,
+    menu_state_undo,
+    menu_state_save_file,
+    menu_state_load_file,
     menu_copy_text,
     menu_copy_picture,
     menu_screenshot,
@@ -54,6 +61,8 @@ enum form_menu_item : uint32_t {
     menu_scale = 0x110,
     menu_look = 0x120,
     menu_language = 0x130,
+    menu_state_save = 0x140,
+    menu_state_load = 0x150,
 };
 
 constexpr size_t path_limit = 512; // bytes of a path with its closing 0
@@ -74,6 +83,7 @@ class kiv_form final : public main_window, public platform::window_listener {
     int64_t window_proc(platform::host_window &from, const platform::message &m, bool &handled) override;
     bool is_command_key(uint32_t virtual_key) const override;
     std::vector<platform::menu_item> menus() const override;
+    void dropped(const std::string &path) override;
     void come_to_front(); // another copy was started
     virtual void OnAppActivate(int active);
     virtual void on_paint();
@@ -129,6 +139,27 @@ class kiv_form final : public main_window, public platform::window_listener {
     void tape_command(tape_action action);
     void toggle_pause();
     void copy_text();
+
+    // States.
+    static std::string state_path(uint32_t slot); // 0 to 9
+    static std::string state_time(uint32_t slot);
+    void save_state(uint32_t slot);
+    void load_state(uint32_t slot);
+    void save_state_file(const std::string &path, const std::string &name);
+    bool load_state_file(const std::string &path, const std::string &name);
+    std::string put_state(const std::vector<uint8_t> &bytes);
+    void undo_load();
+    void choose_state_file(bool saving);
+    std::vector<platform::menu_item> state_menu() const;
+
+    // Text and files.
+    void paste();
+    void type_text(const std::string &text);
+    bool type_on();
+    bool stops_typing(uint32_t virtual_key);
+    void use_file(const std::string &path);
+    void use_file_of_command_line();
+    void use_rom_folder(const std::string &folder);
     void copy_picture();
     void screenshot();
     void open_recent(uint32_t n);
@@ -176,9 +207,14 @@ class kiv_form final : public main_window, public platform::window_listener {
     setting_values settings{};
     program_options options;
     user_settings own;
-    std::string rom_folder;       // the images come from there; empty: the current directory
-    bool keeps_settings = true;   // KIV.INI can be written
-    std::string settings_fault;   // why not
+    std::string rom_folder;           // the images come from there; empty: the current directory
+    bool keeps_settings = true;       // KIV.INI can be written
+    std::string settings_fault;       // why not
+    uint32_t state_slot = 1;          // last saved to or loaded from
+    std::vector<uint8_t> before_load; // what the last load threw away
+    typist typing;
+    uint32_t typing_total = 0;
+    bool typing_ticks = false;
     bool held = false;            // paused by the person
     std::string tape_name;        // of the tape that is in; empty: none
     uint64_t shifted_presses = 0; // key_commands, by index: pressed with Shift

@@ -22,6 +22,7 @@ using platform::text;
 namespace {
 
 constexpr int greatest_scale = 6;
+constexpr uint32_t state_slots = 10;
 constexpr uint32_t tape_bytes_per_second = 120; // 1200 baud, ten bits a byte
 
 menu_item item(uint32_t id, const char *japanese, const char *shortcut = "", bool enabled = true) {
@@ -68,6 +69,14 @@ const kiv_form::menu_command kiv_form::menu_commands[] = {
     {menu_rom_folder, 1, [](kiv_form &f, uint32_t) { f.choose_rom_folder(); }},
     {menu_quit, 1, [](kiv_form &f, uint32_t) { f.close_command(); }},
     {menu_save_dump, 1, [](kiv_form &f, uint32_t) { f.save_dump(); }},
+    {menu_paste, 1, [](kiv_form &f, uint32_t) { f.paste(); }},
+    {menu_state_save, state_slots, [](kiv_form &f, uint32_t n) { f.save_state(n); }},
+    {menu_state_load, state_slots, [](kiv_form &f, uint32_t n) { f.load_state(n); }},
+    {menu_state_quick_save, 1, [](kiv_form &f, uint32_t) { f.save_state(f.state_slot); }},
+    {menu_state_quick_load, 1, [](kiv_form &f, uint32_t) { f.load_state(f.state_slot); }},
+    {menu_state_undo, 1, [](kiv_form &f, uint32_t) { f.undo_load(); }},
+    {menu_state_save_file, 1, [](kiv_form &f, uint32_t) { f.choose_state_file(true); }},
+    {menu_state_load_file, 1, [](kiv_form &f, uint32_t) { f.choose_state_file(false); }},
     {menu_copy_text, 1, [](kiv_form &f, uint32_t) { f.copy_text(); }},
     {menu_copy_picture, 1, [](kiv_form &f, uint32_t) { f.copy_picture(); }},
     {menu_screenshot, 1, [](kiv_form &f, uint32_t) { f.screenshot(); }},
@@ -126,21 +135,42 @@ std::vector<menu_item> kiv_form::machine_menu() const {
             item(menu_quit, "終了(&X)", "End")};
 }
 
+std::vector<menu_item> kiv_form::state_menu() const {
+    std::vector<menu_item> save, load;
+    for (uint32_t n = 0; n < state_slots; ++n) {
+        const std::string time = state_time(n), label = "&" + std::to_string(n) + "  " + time;
+        save.push_back({menu_state_save + n, label, "", true, menu_item::plain, false, {}});
+        load.push_back({menu_state_load + n, label, "", !time.empty(), menu_item::plain, false, {}});
+    }
+    return {item(menu_state_quick_save, "ステートの保存(&Q)", "Alt+Q"),
+            item(menu_state_quick_load, "ステートの読み込み(&L)", "Alt+L", !state_time(state_slot).empty()),
+            item(menu_state_undo, "読み込みの取り消し(&U)", "Alt+Z", !before_load.empty()),
+            separator(),
+            submenu("番号を選んで保存(&S)", std::move(save)),
+            submenu("番号を選んで読み込み(&O)", std::move(load)),
+            separator(),
+            item(menu_state_save_file, "ファイルに保存(&F)..."),
+            item(menu_state_load_file, "ファイルから読み込み(&R)...")};
+}
+
 std::vector<menu_item> kiv_form::edit_menu() const {
-    return {item(menu_copy_text, "画面の文字をコピー(&T)", "Alt+C"),
-            item(menu_copy_picture, "画面の絵をコピー(&P)", "Alt+Shift+C"), separator(),
+    return {item(menu_paste, "貼り付けて打つ(&V)", "Alt+Insert"),
+            separator(),
+            item(menu_copy_text, "画面の文字をコピー(&T)", "Alt+C"),
+            item(menu_copy_picture, "画面の絵をコピー(&P)", "Alt+Shift+C"),
+            separator(),
             item(menu_screenshot, "スクリーンショット(&S)", "Alt+I")};
 }
 
 std::vector<menu_item> kiv_form::tape_menu() const {
-    const bool loaded = tape_name.size() != 0;
+    const bool loaded = machine.tape_image != nullptr;
     const uint32_t at = machine.tape_position, size = machine.tape_size;
     std::string what = text("テープなし");
     if (loaded) {
         char position[96];
         std::snprintf(position, sizeof position, "  %u / %u s  (%u / %u)", at / tape_bytes_per_second,
                       size / tape_bytes_per_second, at, size);
-        what = label_of(0, tape_name).substr(4) + position;
+        what = label_of(0, tape_name.empty() ? text("ステートのテープ") : tape_name).substr(4) + position;
     }
     const bool stopped = (machine.cassette_flags & cassette_stopped) != 0;
     return {{0, what, "", false, menu_item::plain, false, {}},
@@ -195,6 +225,7 @@ std::vector<menu_item> kiv_form::menus() const {
     if (program.directx == nullptr) return {};
     return {submenu("Kiv(&K)", {item(menu_about, "Kivについて"), item(menu_settings, "Kivの設定")}),
             submenu("本体(&M)", machine_menu()),
+            submenu("ステート(&X)", state_menu()),
             submenu("編集(&E)", edit_menu()),
             submenu("テープ(&T)", tape_menu()),
             submenu("表示(&V)", view_menu()),
@@ -303,7 +334,7 @@ void kiv_form::toggle_pause() {
 
 void kiv_form::tape_command(tape_action action) {
     const pause_scope pause(*this);
-    if (!pause || tape_name.empty()) return;
+    if (!pause || machine.tape_image == nullptr) return;
     switch (action) {
     case tape_play: machine.cassette_set_stopped(1); break;
     case tape_stop: machine.cassette_set_stopped(0); break;

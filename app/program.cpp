@@ -83,6 +83,7 @@ int run_program(platform::host &host, const program_options &options) {
             if (program.form != nullptr) program.form->come_to_front();
         });
     const int code = run(host);
+    if (lock.call_descriptor() >= 0) host.watch(lock.call_descriptor(), nullptr);
     trace("------------------ Kiv end ------------------");
     destroy(program.directx);
     destroy(program.cpu_thread);

@@ -255,6 +255,7 @@ uint32_t kiv_directx::compose_locked() {
     const uint32_t rows = compose_frame(pixel_format);
     draw_overlay(pixels);
     offscreen->unlock();
+    ++drawn;
     return rows;
 }
 

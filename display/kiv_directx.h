@@ -89,6 +89,8 @@ class kiv_directx {
 
     // The sound's state, for snapshots: while the CPU thread is parked.
     sound_block &sound_state() { return slices.record(); }
+    // Any thread: frames composed since the start.
+    uint64_t frames_drawn() const { return drawn; }
 
     // The object, or null. Not for the render thread, which may outlive it.
     static kiv_directx *instance();
@@ -121,6 +123,7 @@ class kiv_directx {
     // Picture.
     std::mutex surfaces_mutex; // render thread's frames against the window thread's rebuilds
     int width = 0, height = 0; // of the mode, then of the off-screen surface
+    std::atomic<uint64_t> drawn{0};
     std::atomic<int32_t> overlay_mode{0};
     shared<uint32_t> palette_mode{1};
     uint32_t pixel_format = 0; // pixel_size of the off-screen surface

@@ -116,6 +116,8 @@ class window_listener {
     // Whether the release of a key is a command: such a release is only given for a press by the person,
     // never because the keyboard went elsewhere.
     virtual bool is_command_key(uint32_t virtual_key) const = 0;
+    // A file or a folder was dropped on the window.
+    virtual void dropped(const std::string &path) = 0;
     // What the menu bar holds, as things stand.
     virtual std::vector<menu_item> menus() const = 0;
 };
@@ -257,10 +259,13 @@ class host {
                                        window_listener &listener) = 0; // null: refused
     virtual int run_message_loop() = 0;                                // until post_quit; its code
     virtual void post_quit(int code) = 0;
+    // Calls `tick` on the window thread every so many milliseconds until it returns false.
+    virtual void every(uint32_t milliseconds, std::function<bool()> tick) = 0;
+    virtual std::string clipboard_text() const = 0;
     virtual void copy_text(const std::string &text) = 0; // onto the clipboard
     virtual std::string pictures_folder() const = 0;     // of the person's; empty: none
     virtual void set_language(language which) = 0;       // of texts, and of the host's own
-    // Calls `ready` on the window thread whenever something can be read from a descriptor.
+    // Calls `ready` on the window thread whenever something can be read from a descriptor; null: no more.
     virtual void watch(int descriptor, std::function<void()> ready) = 0;
 
     // Shows an OK box with the stop icon and waits for it; owner may be null.

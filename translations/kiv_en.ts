@@ -186,6 +186,10 @@
 [Pause] [End] ....... 終了&#xd;
 [F10] ............... メニュー&#xd;
 [Alt]+[P] ........... 一時停止&#xd;
+[Alt]+[Q] ........... ステートの保存&#xd;
+[Alt]+[L] ........... ステートの読み込み&#xd;
+[Alt]+[Z] ........... 読み込みの取り消し&#xd;
+[Alt]+[Insert] ...... 貼り付けて打つ&#xd;
 [Alt]+[C] ........... 画面の文字をコピー&#xd;
 [Alt]+[I] ........... スクリーンショット&#xd;
 [Alt]+[A] ........... 縦横比 4:3&#xd;
@@ -208,6 +212,10 @@
 [Pause] [End] ....... exit&#xd;
 [F10] ............... menu&#xd;
 [Alt]+[P] ........... pause&#xd;
+[Alt]+[Q] ........... save the state&#xd;
+[Alt]+[L] ........... load it&#xd;
+[Alt]+[Z] ........... take a load back&#xd;
+[Alt]+[Insert] ...... paste as typing&#xd;
 [Alt]+[C] ........... copy the screen's text&#xd;
 [Alt]+[I] ........... screenshot&#xd;
 [Alt]+[A] ........... aspect 4:3&#xd;
@@ -256,6 +264,38 @@
         <translation>E&amp;xit</translation>
     </message>
     <message>
+        <source>ステートの保存(&amp;Q)</source>
+        <translation>&amp;Quick save</translation>
+    </message>
+    <message>
+        <source>ステートの読み込み(&amp;L)</source>
+        <translation>Quick &amp;load</translation>
+    </message>
+    <message>
+        <source>読み込みの取り消し(&amp;U)</source>
+        <translation>&amp;Undo load</translation>
+    </message>
+    <message>
+        <source>番号を選んで保存(&amp;S)</source>
+        <translation>&amp;Save to</translation>
+    </message>
+    <message>
+        <source>番号を選んで読み込み(&amp;O)</source>
+        <translation>L&amp;oad from</translation>
+    </message>
+    <message>
+        <source>ファイルに保存(&amp;F)...</source>
+        <translation>Save to a &amp;file...</translation>
+    </message>
+    <message>
+        <source>ファイルから読み込み(&amp;R)...</source>
+        <translation>Load f&amp;rom a file...</translation>
+    </message>
+    <message>
+        <source>貼り付けて打つ(&amp;V)</source>
+        <translation>Paste as t&amp;yping</translation>
+    </message>
+    <message>
         <source>画面の文字をコピー(&amp;T)</source>
         <translation>Copy the &amp;text</translation>
     </message>
@@ -270,6 +310,10 @@
     <message>
         <source>テープなし</source>
         <translation>No tape</translation>
+    </message>
+    <message>
+        <source>ステートのテープ</source>
+        <translation>the state's tape</translation>
     </message>
     <message>
         <source>テープを入れる(&amp;L)...</source>
@@ -376,6 +420,10 @@
         <translation>&amp;Machine</translation>
     </message>
     <message>
+        <source>ステート(&amp;X)</source>
+        <translation>State (&amp;X)</translation>
+    </message>
+    <message>
         <source>編集(&amp;E)</source>
         <translation>&amp;Edit</translation>
     </message>
@@ -434,6 +482,46 @@
     <message>
         <source>Kiv機能設定</source>
         <translation>Kiv settings</translation>
+    </message>
+    <message>
+        <source>ステート</source>
+        <translation>State</translation>
+    </message>
+    <message>
+        <source>本体が動いていません</source>
+        <translation>The machine is not running</translation>
+    </message>
+    <message>
+        <source>読み込みを取り消しました</source>
+        <translation>The load is taken back</translation>
+    </message>
+    <message>
+        <source>ステートの保存</source>
+        <translation>Save a state</translation>
+    </message>
+    <message>
+        <source>ステートの選択</source>
+        <translation>Choose a state</translation>
+    </message>
+    <message>
+        <source>長すぎて打てません</source>
+        <translation>Too long to be typed</translation>
+    </message>
+    <message>
+        <source> 文字は打てません</source>
+        <translation> characters cannot be typed</translation>
+    </message>
+    <message>
+        <source>  (Escで中止)</source>
+        <translation>  (Esc stops)</translation>
+    </message>
+    <message>
+        <source>打つのをやめました</source>
+        <translation>Typing has stopped</translation>
+    </message>
+    <message>
+        <source>読めません</source>
+        <translation>cannot be read</translation>
     </message>
     <message>
         <source>CreateWindowEx失敗</source>

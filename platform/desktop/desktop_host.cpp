@@ -18,6 +18,7 @@
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QDialog>
 #include <cstdlib>
+#include <map>
 #include <sys/prctl.h>
 
 namespace platform {
@@ -61,6 +62,7 @@ struct desktop_host::parts {
     desktop_display screen{link};
     desktop_sound sound;
     std::vector<std::unique_ptr<desktop_window>> windows;
+    std::map<int, std::unique_ptr<QSocketNotifier>> watched;
     bool active = false; // as last told to the windows
     bool quit = false;
     int quit_code = 0;
@@ -182,6 +184,18 @@ void desktop_host::post_quit(int code) {
     QCoreApplication::exit(code);
 }
 
+void desktop_host::every(uint32_t milliseconds, std::function<bool()> tick) {
+    auto *timer = new QTimer(p->application.get());
+    QObject::connect(timer, &QTimer::timeout, timer, [timer, tick = std::move(tick)] {
+        if (!tick()) timer->deleteLater();
+    });
+    timer->start(static_cast<int>(milliseconds));
+}
+
+std::string desktop_host::clipboard_text() const {
+    return QGuiApplication::clipboard()->text().toStdString();
+}
+
 void desktop_host::copy_text(const std::string &text) {
     QGuiApplication::clipboard()->setText(QString::fromStdString(text));
 }
@@ -230,8 +244,11 @@ bool desktop_host::choose_folder(host_window &owner, const std::string &title, s
 }
 
 void desktop_host::watch(int descriptor, std::function<void()> ready) {
-    auto *notifier = new QSocketNotifier(descriptor, QSocketNotifier::Read, p->application.get());
-    QObject::connect(notifier, &QSocketNotifier::activated, p->application.get(), std::move(ready));
+    p->watched.erase(descriptor);
+    if (!ready) return;
+    auto notifier = std::make_unique<QSocketNotifier>(descriptor, QSocketNotifier::Read);
+    QObject::connect(notifier.get(), &QSocketNotifier::activated, notifier.get(), std::move(ready));
+    p->watched[descriptor] = std::move(notifier);
 }
 
 bool desktop_host::open_file(host_window &owner, const file_dialog_options &options, std::string &path) {

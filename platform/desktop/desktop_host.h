@@ -26,6 +26,8 @@ class desktop_host : public host {
     host_window *create_window(const window_options &options, window_listener &listener) override;
     int run_message_loop() override;
     void post_quit(int code) override;
+    void every(uint32_t milliseconds, std::function<bool()> tick) override;
+    std::string clipboard_text() const override;
     void copy_text(const std::string &text) override;
     std::string pictures_folder() const override;
     void set_language(language which) override;

@@ -88,6 +88,7 @@ class desktop_window : public host_window, public mode_switch {
     void received(const message &m);
     void drain();
     void moved();
+    void drop(const std::string &path);
     void leave_full_screen();
     void follow_screen();
     void open_menu();

@@ -2,7 +2,10 @@
 #pragma once
 
 #include "platform/desktop/desktop_window.h"
+#include <QtCore/QMimeData>
+#include <QtCore/QUrl>
 #include <QtGui/QCloseEvent>
+#include <QtGui/QDropEvent>
 #include <QtGui/QKeyEvent>
 #include <QtWidgets/QMainWindow>
 #include <QtWidgets/QMenuBar>
@@ -41,12 +44,20 @@ class desktop_window::view_widget : public QWidget {
 
 class desktop_window::frame_widget : public QMainWindow {
   public:
-    explicit frame_widget(desktop_window &w) : window_of(w) {}
+    explicit frame_widget(desktop_window &w) : window_of(w) { setAcceptDrops(true); }
 
   protected:
     void closeEvent(QCloseEvent *e) override {
         e->ignore();
         window_of.post(wm_close, 0, 0);
+    }
+    void dragEnterEvent(QDragEnterEvent *e) override {
+        if (e->mimeData()->hasUrls()) e->acceptProposedAction();
+    }
+    void dropEvent(QDropEvent *e) override {
+        for (const QUrl &url : e->mimeData()->urls())
+            if (url.isLocalFile()) window_of.drop(url.toLocalFile().toStdString());
+        e->acceptProposedAction();
     }
     void moveEvent(QMoveEvent *e) override {
         QMainWindow::moveEvent(e);

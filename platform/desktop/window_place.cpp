@@ -35,6 +35,10 @@ point desktop_window::client_origin() const {
     return {at.x(), at.y()};
 }
 
+void desktop_window::drop(const std::string &path) {
+    if (!gone && dialogs == 0) listener.dropped(path);
+}
+
 void desktop_window::moved() {
     const point origin = client_origin();
     if (origin.x == last_origin.x && origin.y == last_origin.y) return;

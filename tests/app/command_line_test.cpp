@@ -9,8 +9,8 @@ namespace {
 TEST(CommandLine, WhatIsTakenAndWhatIsRefused) {
     const temporary_folder folder;
     put_file(folder / "a.CMT", "tape");
-    put_file(folder / "a.txt", "text");
-    const std::string tape = folder / "a.CMT", text = folder / "a.txt", roms = folder.path;
+    put_file(folder / "a.pdf", "text");
+    const std::string tape = folder / "a.CMT", text = folder / "a.pdf", roms = folder.path;
     const struct {
         std::vector<std::string> words;
         std::string wrong; // part of the line; empty: nothing
@@ -26,7 +26,7 @@ TEST(CommandLine, WhatIsTakenAndWhatIsRefused) {
         {{"--fullscreen=1"}, "takes no value", ""},
         {{"--nosuch"}, "--nosuch: no such option", ""},
         {{"nowhere"}, "nowhere: no such file", ""},
-        {{text}, "a.txt: neither a folder nor a tape", ""},
+        {{text}, "a.pdf: none of .cmt", ""},
         {{tape, tape}, "there is a tape already", ""},
         {{"--open-roms", roms}, "exclude each other", ""},
     };

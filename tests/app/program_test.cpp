@@ -496,6 +496,67 @@ TEST_F(whole_program, EveryMenuItemDoesItsWorkOnce) {
     EXPECT_EQ(platform::profile_string(folder / "config/kiv/kiv.ini", "Kiv", "window"), "here");
 }
 
+TEST_F(whole_program, StatesGoBackAndForth) {
+    run([&] {
+        const auto choose_item = [&](uint32_t id) {
+            bool offered = false;
+            on_window_thread([&] { offered = window().choose_menu_item(id); });
+            settle();
+            return offered;
+        };
+        const auto noticed = [&](const std::string &part) {
+            const auto notices = window().state().notices;
+            return !notices.empty() && notices.back().find(part) != std::string::npos;
+        };
+        EXPECT_FALSE(choose_item(menu_state_load + 3)) << "nothing is saved there";
+        EXPECT_FALSE(choose_item(menu_state_undo));
+        type('A', "a");
+        EXPECT_TRUE(choose_item(menu_state_save + 3));
+        EXPECT_TRUE(noticed("ステート 3 に保存しました"));
+        type('B', "ab");
+        EXPECT_TRUE(choose_item(menu_state_load + 3));
+        wait_for_row(1, "a");
+        type('C', "ac"); // the machine goes on from there
+        EXPECT_TRUE(choose_item(menu_state_undo));
+        wait_for_row(1, "ab");
+        EXPECT_TRUE(choose_item(menu_state_quick_load)); // the slot last used
+        wait_for_row(1, "a");
+
+        choose(folder / "mine.kst");
+        EXPECT_TRUE(choose_item(menu_state_save_file));
+        type('D', "ad");
+        on_window_thread([&] { program.form->dropped(folder / "mine.kst"); });
+        wait_for_row(1, "a");
+        const std::string good = get_file(folder / "mine.kst");
+        for (const std::string &bad :
+             {std::string(), std::string("no state"), good.substr(0, good.size() / 2)}) {
+            put_file(folder / "bad.kst", bad);
+            choose(folder / "bad.kst");
+            EXPECT_TRUE(choose_item(menu_state_load_file));
+            EXPECT_TRUE(noticed("bad.kst: ")) << bad.size();
+        }
+        wait_until_running();
+        EXPECT_EQ(screen_row(1), "a") << "the running machine is untouched";
+        expect_parked(false);
+    });
+}
+
+TEST_F(whole_program, TextIsTypedAtTheMachinesPace) {
+    std::string wanted;
+    for (int i = 0; i < 60; ++i) wanted += "aBc"[i % 3];
+    run([&] {
+        host.copy_text(wanted + "\u3042");
+        on_window_thread([&] { EXPECT_TRUE(window().choose_menu_item(menu_paste)); });
+        wait_for_row(1, wanted);
+        EXPECT_EQ(window().state().notices.back(), "1 文字は打てません");
+        host.copy_text(std::string(2000, 'x'));
+        on_window_thread([&] { EXPECT_TRUE(window().choose_menu_item(menu_paste)); });
+        wait_until("the first of many", [&] { return screen_row(1).size() > wanted.size(); });
+        strike(vk_escape);
+        EXPECT_EQ(window().state().notices.back(), "打つのをやめました");
+    });
+}
+
 TEST_F(whole_program, ShiftCountsAtThePressOrAtTheRelease) {
     run([&] {
         const auto full_screen = [&] { return host.screen.current_mode().width != 0; };

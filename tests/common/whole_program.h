@@ -22,6 +22,7 @@ class program_folder : public temporary_folder {
         fs::permissions(*this / "run", fs::perms::owner_all);
         setenv("XDG_RUNTIME_DIR", (*this / "run").c_str(), 1);
         setenv("XDG_CONFIG_HOME", (*this / "config").c_str(), 1);
+        setenv("XDG_DATA_HOME", (*this / "data").c_str(), 1);
         fs::current_path(path);
         register_program_resources();
         forget();

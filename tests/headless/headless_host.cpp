@@ -184,6 +184,16 @@ void headless_host::error_box(host_window *owner, const std::string &text, const
     if (answer) answer(text, caption);
 }
 
+void headless_host::every(uint32_t milliseconds, std::function<bool()> tick) {
+    watchers.emplace_back([this, milliseconds, tick = std::move(tick)](const std::stop_token &stop) {
+        bool wanted = true;
+        while (wanted && !stop.stop_requested()) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+            if (!run_on_window_thread([&] { wanted = tick(); })) return; // the program has ended
+        }
+    });
+}
+
 void headless_host::copy_text(const std::string &text) {
     const std::lock_guard lock(mutex);
     clipboard = text;
@@ -212,12 +222,15 @@ bool headless_host::choose_folder(host_window &, const std::string &, std::strin
 
 // By a thread that waits for it and puts a message into the loop.
 void headless_host::watch(int descriptor, std::function<void()> ready) {
-    watchers.emplace_back([this, descriptor, ready = std::move(ready)](const std::stop_token &stop) {
-        while (!stop.stop_requested()) {
-            pollfd look{descriptor, POLLIN, 0};
-            if (poll(&look, 1, 20) > 0) run_on_window_thread(ready, 1000);
-        }
-    });
+    watched.erase(descriptor); // waits for its thread
+    if (!ready) return;
+    watched[descriptor] =
+        std::jthread([this, descriptor, ready = std::move(ready)](const std::stop_token &stop) {
+            while (!stop.stop_requested()) {
+                pollfd look{descriptor, POLLIN, 0};
+                if (poll(&look, 1, 20) > 0) run_on_window_thread(ready, 100);
+            }
+        });
 }
 
 bool headless_host::open_file(host_window &, const file_dialog_options &options, std::string &path) {

@@ -12,6 +12,7 @@
 #include <condition_variable>
 #include <deque>
 #include <functional>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -74,6 +75,8 @@ class headless_host : public host, public message_sink {
     host_window *create_window(const window_options &options, window_listener &listener) override;
     int run_message_loop() override;
     void post_quit(int code) override;
+    void every(uint32_t milliseconds, std::function<bool()> tick) override;
+    std::string clipboard_text() const override { return copied(); }
     void copy_text(const std::string &text) override;
     std::string copied() const; // last onto the clipboard
     std::string pictures_folder() const override { return "pictures"; }
@@ -111,6 +114,7 @@ class headless_host : public host, public message_sink {
     int resolutions = 0;
     std::vector<std::unique_ptr<headless_window>> windows;
     std::vector<std::jthread> watchers; // end first
+    std::map<int, std::jthread> watched;
 };
 
 } // namespace platform

@@ -1,0 +1,150 @@
+// States: the machine as it stands, in ten slots and in files, with a way back from a load.
+#include "app/form_scopes.h"
+#include "app/kiv_form.h"
+
+#include "api/snapshot.h"
+#include "app/program.h"
+#include "display/kiv_directx.h"
+#include "machine/kiv_machine.h"
+#include "platform/file.h"
+#include "platform/texts.h"
+#include "support/kel_exception.h"
+#include "support/kel_fstream.h"
+
+#include <cstdlib>
+#include <ctime>
+#include <filesystem>
+#include <sys/stat.h>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr char state_extension[] = ".kst";
+constexpr uint64_t most_state_bytes = uint64_t{1} << 30; // with the largest tape in it
+
+std::string states_folder() {
+    const char *data = std::getenv("XDG_DATA_HOME"), *home = std::getenv("HOME");
+    if (data != nullptr && data[0] == '/') return std::string(data) + "/kiv/states/";
+    return home != nullptr && home[0] == '/' ? std::string(home) + "/.local/share/kiv/states/"
+                                             : std::string();
+}
+
+std::vector<uint8_t> state_now() {
+    const snapshot_parts parts{program.directx->sound_state()};
+    std::vector<uint8_t> bytes(snapshot_size(parts, tape_in_snapshot::whole));
+    snapshot_write(parts, tape_in_snapshot::whole, bytes.data());
+    return bytes;
+}
+
+// The whole file; why it cannot be read in `wrong`.
+std::vector<uint8_t> bytes_of(const std::string &path, std::string &wrong) {
+    kel_fstream file;
+    std::vector<uint8_t> bytes;
+    if (!file.open(path.c_str(), 1, 0)) {
+        wrong = platform::last_file_error();
+        return bytes;
+    }
+    std::error_code error;
+    const uint64_t size = fs::file_size(path, error);
+    if (error || size > most_state_bytes) {
+        wrong = snapshot_fault_text(snapshot_fault::no_snapshot);
+        return bytes;
+    }
+    bytes.resize(size);
+    try {
+        if (file.read(bytes.data(), 1, static_cast<uint32_t>(size)) != size)
+            wrong = snapshot_fault_text(snapshot_fault::damaged);
+    } catch (const kel_exception &) {
+        wrong = platform::last_file_error();
+    }
+    return bytes;
+}
+
+} // namespace
+
+std::string kiv_form::state_path(uint32_t slot) {
+    return states_folder() + "slot-" + std::to_string(slot) + state_extension;
+}
+
+// "2026-11-25 02:40:00"; empty: nothing is saved there.
+std::string kiv_form::state_time(uint32_t slot) {
+    struct stat file {};
+    if (stat(state_path(slot).c_str(), &file) != 0) return {};
+    std::tm local{};
+    localtime_r(&file.st_mtime, &local);
+    char text[32];
+    std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", &local);
+    return text;
+}
+
+void kiv_form::save_state(uint32_t slot) {
+    state_slot = slot;
+    save_state_file(state_path(slot), platform::text("ステート") + " " + std::to_string(slot));
+}
+
+void kiv_form::load_state(uint32_t slot) {
+    state_slot = slot;
+    load_state_file(state_path(slot), platform::text("ステート") + " " + std::to_string(slot));
+}
+
+void kiv_form::save_state_file(const std::string &path, const std::string &name) {
+    const pause_scope pause(*this);
+    if (!pause) return;
+    const std::vector<uint8_t> bytes = state_now();
+    std::error_code ignored; // the write says why
+    fs::create_directories(fs::path(path).parent_path(), ignored);
+    notify(platform::atomic_write(path, bytes.data(), bytes.size())
+               ? name + platform::text(" に保存しました")
+               : path + ": " + platform::last_file_error());
+    window->menus_changed();
+}
+
+bool kiv_form::load_state_file(const std::string &path, const std::string &name) {
+    std::string wrong;
+    const std::vector<uint8_t> bytes = bytes_of(path, wrong);
+    if (wrong.empty()) wrong = put_state(bytes);
+    notify(wrong.empty() ? name + platform::text(" を読み込みました") : path + ": " + wrong);
+    return wrong.empty();
+}
+
+// What is thrown away can be taken back. Empty, or why not.
+std::string kiv_form::put_state(const std::vector<uint8_t> &bytes) {
+    const pause_scope pause(*this);
+    if (!pause) return platform::text("本体が動いていません");
+    std::vector<uint8_t> before = state_now();
+    const snapshot_fault fault = snapshot_read({program.directx->sound_state()}, bytes.data(), bytes.size());
+    if (fault != snapshot_fault::none) return snapshot_fault_text(fault);
+    before_load = std::move(before);
+    machine.reset_keyboard(machine); // of the keys that were down then nobody will let go
+    window->menus_changed();
+    return {};
+}
+
+// Twice is as if nothing had been.
+void kiv_form::undo_load() {
+    if (before_load.empty()) return;
+    const std::vector<uint8_t> back = before_load;
+    const std::string wrong = put_state(back);
+    notify(wrong.empty() ? platform::text("読み込みを取り消しました") : wrong);
+}
+
+void kiv_form::choose_state_file(bool saving) {
+    const dialog_scope scope(*this, dialog_scope::release_keys);
+    if (!scope) return;
+    platform::file_dialog_options dialog;
+    dialog.title = platform::text(saving ? "ステートの保存" : "ステートの選択");
+    dialog.filter_name = platform::text("ステート");
+    dialog.patterns = {std::string("*") + state_extension};
+    dialog.file_name = saving ? "state" : "";
+    dialog.default_extension = state_extension + 1;
+    dialog.confirm_overwrite = saving;
+    dialog.must_exist = !saving;
+    std::string path;
+    if (!(saving ? host.save_file(*window, dialog, path) : host.open_file(*window, dialog, path))) return;
+    const std::string name = path.substr(path.rfind('/') + 1);
+    if (saving)
+        save_state_file(path, name);
+    else
+        load_state_file(path, name);
+}
