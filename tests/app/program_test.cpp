@@ -146,6 +146,8 @@ TEST_F(whole_program, OneDayWithEveryCommand) {
         window().press_key(vk_shift);
         type('B', "aB");
         window().release_key(vk_shift);
+        // It stays down for two retraces at least, and what is pressed meanwhile is shifted.
+        wait_until("Shift to be let go", [] { return (machine.key_matrix[8] & 0x40) != 0; });
 
         choose(folder / "game.KIV");
         strike(vk_f6);
