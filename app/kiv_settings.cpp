@@ -46,6 +46,7 @@ int kiv_form::load_settings_file() {
     }
     file.close();
     read_settings(settings_section);
+    if (options.open_roms) settings[setting_tenkeyless] = 0; // the screen editor lives by the cursor keys
     write_settings(settings_section);
     return 1;
 }

@@ -59,7 +59,7 @@ definition english[] = {
      nullptr,
      nullptr,
      {{"tenkey", "Ten-key 4, 8, 6, 2"}, {"cursor", "Cursor keys"}, {nullptr, nullptr}},
-     "tenkey"},
+     "cursor"},
     {"kiv_waits",
      "Memory waits",
      nullptr,
@@ -128,7 +128,7 @@ definition japanese[] = {
      nullptr,
      nullptr,
      {{"tenkey", "テンキー 4, 8, 6, 2"}, {"cursor", "カーソルキー"}, {nullptr, nullptr}},
-     "tenkey"},
+     "cursor"},
     {"kiv_waits",
      "メモリーウェイト",
      nullptr,
@@ -196,7 +196,7 @@ void apply_options(retro_environment_t environment) {
     set("boot_rom", !option_is(environment, "kiv_basic", "n"));
     set("hires_crt", !option_is(environment, "kiv_monitor", "15"));
     set("interlace", option_is(environment, "kiv_lines", "half"));
-    set("tenkeyless", !option_is(environment, "kiv_arrows", "cursor"));
+    set("tenkeyless", option_is(environment, "kiv_arrows", "tenkey"));
     set("z80_no_wait", option_is(environment, "kiv_waits", "off"));
     const char *volume = option_value(environment, "kiv_volume");
     set("soft_volume", volume != nullptr ? std::atoi(volume) : 6);

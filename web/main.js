@@ -9,7 +9,7 @@ import { currentLanguage, languages, say, setLanguage } from './text.js';
 
 const $ = (id) => document.getElementById(id);
 
-const defaults = { language: navigator.language.startsWith('ja') ? 'ja' : 'en', aspect: '4:3', lines: false, layout: 'place', arrows: 'tenkey',
+const defaults = { language: navigator.language.startsWith('ja') ? 'ja' : 'en', aspect: '4:3', lines: false, layout: 'place', arrows: 'cursor',
   sound: true, hidden: 'pause', monitor: '24', spoken: true };
 const settings = { ...defaults, ...JSON.parse(localStorage.getItem('kiv') ?? '{}') };
 
