@@ -44,64 +44,63 @@ class noting_listener : public window_listener {
         return 0;
     }
     bool is_command_key(uint32_t key) const override { return key == vk_end || key == vk_f6; }
-    void dropped(const std::string &path) override { heard.push_back(\"dropped \" + path); }
+    void dropped(const std::string &path) override { heard.push_back("dropped " + path); }
     std::vector<menu_item> menu_bar;
-    std::vector<menu_item> menus() const override {
-            return menu_bar; }
+    std::vector<menu_item> menus() const override { return menu_bar; }
     std::string take() {
-            std::string all;
-            for (const std::string &line : heard) all += (all.empty() ? "" : ", ") + line;
-            heard.clear();
-            return all;
+        std::string all;
+        for (const std::string &line : heard) all += (all.empty() ? "" : ", ") + line;
+        heard.clear();
+        return all;
     }
-    };
+};
 
-    class DesktopHost : public testing::Test {
-      protected:
-        static void set_environment() {
-            setenv("QT_QPA_PLATFORM", "offscreen", 1);
-            setenv("SDL_AUDIODRIVER", "dummy", 1);
-        }
-        void SetUp() override {
-            set_environment();
-            host = std::make_unique<desktop_host>();
-            window = host->create_window({"Kiv [2.0.9]", 0, 0, 640, 480}, listener);
-            ASSERT_NE(window, nullptr);
-            ASSERT_TRUE(window->set_framed(true));
-            window->resize_client(640, 400);
-            window->centre();
-            window->show();
-            window->set_focus();
-            run_for(20);
-            listener.heard.clear();
-        }
-        void TearDown() override { host.reset(); }
+class DesktopHost : public testing::Test {
+  protected:
+    static void set_environment() {
+        setenv("QT_QPA_PLATFORM", "offscreen", 1);
+        setenv("SDL_AUDIODRIVER", "dummy", 1);
+    }
+    void SetUp() override {
+        set_environment();
+        host = std::make_unique<desktop_host>();
+        window = host->create_window({"Kiv [2.0.9]", 0, 0, 640, 480}, listener);
+        ASSERT_NE(window, nullptr);
+        ASSERT_TRUE(window->set_framed(true));
+        window->resize_client(640, 400);
+        window->centre();
+        window->show();
+        window->set_focus();
+        run_for(20);
+        listener.heard.clear();
+    }
+    void TearDown() override { host.reset(); }
 
-        static void run_for(int ms) {
-            QElapsedTimer timer;
-            timer.start();
-            do QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
-            while (timer.elapsed() < ms);
-            QCoreApplication::sendPostedEvents();
+    static void run_for(int ms) {
+        QElapsedTimer timer;
+        timer.start();
+        do QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+        while (timer.elapsed() < ms);
+        QCoreApplication::sendPostedEvents();
+    }
+    // Runs until `done` or for two seconds.
+    template <class Done> static bool run_until(Done done) {
+        for (int i = 0; i < 200; ++i) {
+            if (done()) return true;
+            run_for(10);
         }
-        // Runs until `done` or for two seconds.
-        template <class Done> static bool run_until(Done done) {
-            for (int i = 0; i < 200; ++i) {
-                if (done()) return true;
-                run_for(10);
-            }
-            return done();
-        }
-        static QMainWindow *frame() {
-            for (QWidget *w : QApplication::topLevelWidgets())
-                if (auto *f = qobject_cast<QMainWindow *>(w)) return f;
-            return nullptr;
-        }
-        static QWidget *view() { return frame()->centralWidget(); }
+        return done();
+    }
+    static QMainWindow *frame() {
+        for (QWidget *w : QApplication::topLevelWidgets())
+            if (auto *f = qobject_cast<QMainWindow *>(w)) return f;
+        return nullptr;
+    }
+    static QWidget *view() { return frame()->centralWidget(); }
 
-        std::unique_ptr<desktop_host> host;
-        noting_listener listener;
-        host_window *window = nullptr;
-    };
+    std::unique_ptr<desktop_host> host;
+    noting_listener listener;
+    host_window *window = nullptr;
+};
 
 } // namespace platform
