@@ -84,7 +84,9 @@ void leave_halt(z80_cpu &cpu) {
 // Enters an NMI, or an interrupt in mode 1 or 2; in mode 0 the instruction comes out of the inject buffer.
 // Inlined into z80_step, as link-time optimisation likes to do, it would cost every step a stack frame.
 [[gnu::cold, gnu::noinline]] bool z80_step_entering(z80_cpu &cpu) {
-    if (cpu.stop_flags & (pending_interrupt | pending_nmi)) leave_halt(cpu);
+    if (z80_lenient.halt_waits.load(std::memory_order_relaxed) &&
+        (cpu.stop_flags & (pending_interrupt | pending_nmi)))
+        leave_halt(cpu);
     const bool vectored = (cpu.stop_flags & pending_interrupt) && cpu.IM != 0;
     if (vectored || (cpu.stop_flags & pending_nmi)) {
         push16(cpu, cpu.PC);

@@ -108,6 +108,9 @@ void key_press(uint32_t virtual_key) {
         if (last->down == 0) wait_with_change(index, true, last->due + retraces_up);
         return;
     }
+    // Behind a release that waits, say of SHIFT: the letter after it would else come out shifted.
+    if (machine.key_changes_asked != changes_made())
+        return wait_with_change(index, true, machine.key_retraces);
     machine.key_pressed_at[index] = machine.key_retraces;
     change_matrix(index, true);
 }

@@ -31,7 +31,7 @@ struct key_matrix_block {
 };
 
 // Presses or releases the matrix key of a virtual-key code; codes above 255 and unmapped keys do nothing. A
-// press acts at once unless a release of the same key waits.
+// press acts at once unless a release waits.
 void key_press(uint32_t virtual_key);
 void key_release(uint32_t virtual_key);
 

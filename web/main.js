@@ -160,6 +160,7 @@ async function loadState(slot) {
     boot();
   }
   machine.load(state.bytes);
+  keys.releaseAll(); // what was held when it was saved is held no more
   stopTold = false;
   return true;
 }

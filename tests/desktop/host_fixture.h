@@ -20,6 +20,19 @@
 
 namespace platform {
 
+inline menu_item item(uint32_t id, const std::string &text, const std::string &shortcut = {}) {
+    menu_item made;
+    made.id = id;
+    made.text = text;
+    made.shortcut = shortcut;
+    return made;
+}
+inline menu_item submenu(const std::string &text, std::vector<menu_item> items) {
+    menu_item made = item(0, text);
+    made.items = std::move(items);
+    return made;
+}
+
 class noting_listener : public window_listener {
   public:
     std::vector<std::string> heard;

@@ -198,7 +198,7 @@ TEST_F(DesktopWindow, AnInvalidWindowIsPaintedOverTheFrames) {
 }
 
 TEST_F(DesktopWindow, FullScreenAndBack) {
-    listener.menu_bar = {{0, "Kiv(&K)", "", true, menu_item::plain, false, {{2, "Kivについて"}}}};
+    listener.menu_bar = {submenu("Kiv(&K)", {item(2, "Kivについて")})};
     for (int i = 0; i < 2; ++i) window->menus_changed(); // every window mode does
     EXPECT_EQ(frame()->menuBar()->actions().at(0)->menu()->actions().size(), 1);
     window->set_scale(1);
@@ -274,21 +274,11 @@ TEST_F(DesktopWindow, TheWindowIsAsLargeAsThePersonWantsAndComesBackSo) {
 }
 
 TEST_F(DesktopWindow, MenusDoTheirWorkOnce) {
-    listener.menu_bar = {
-        {0,
-         "&One",
-         "",
-         true,
-         menu_item::plain,
-         false,
-         {{21, "&First", "F9"}, {22, "Second", "Alt+P", true, menu_item::check, true}, {}, {0, "says only"}}},
-        {0,
-         "&Two",
-         "",
-         true,
-         menu_item::plain,
-         false,
-         {{0, "&More", "", true, menu_item::plain, false, {{31, "&Inner"}}}}}};
+    menu_item second = item(22, "Second", "Alt+P");
+    second.kind = menu_item::check;
+    second.checked = true;
+    listener.menu_bar = {submenu("&One", {item(21, "&First", "F9"), second, {}, item(0, "says only")}),
+                         submenu("&Two", {submenu("&More", {item(31, "&Inner")})})};
     for (int i = 0; i < 3; ++i) window->menus_changed();
     run_for(10);
     listener.take();

@@ -125,6 +125,7 @@ const tests = {
 
   async 'a state survives a reload'() {
     await page.evaluate(() => kiv.machine.type('NEW\n10 REM KEEP ME\nCLS\nLIST\n'));
+    await page.waitForFunction(() => kiv.machine.typing === 0, null, { timeout: 60000 });
     await shows('10 REM KEEP ME');
     await page.click('#states');
     await page.click('[aria-label="Save 3"]');
