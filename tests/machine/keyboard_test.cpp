@@ -74,10 +74,11 @@ TEST_F(Keyboard, ATapLastsTwoRetracesAndReleasesFollowInOrder) {
         {"held long", {"A", "", "", "", "a", ""}, "111100"}, // at once
         {"struck twice", {"AaAa"}, "110011000"},
         {"struck while it waits", {"Aa", "A", "", "", "", "", "", "a"}, "1100111000"},
-        {"two keys", {"AaBb"}, "33000"},
-        {"the second a frame later", {"Aa", "Bb"}, "13200"},
+        {"two keys", {"AaBb"}, "11220"},
+        {"the second a frame later", {"Aa", "Bb"}, "11220"},
         {"a long shift let go of right after a tap", {"^", "", "", "Aa_"}, "44455000"},
         {"shift and key let go of together", {"^Aa_"}, "55000"},
+        {"a letter right behind them is no capital", {"^Aa_Bb"}, "55220"},
     };
     for (const auto &c : cases) {
         SetUp();
