@@ -36,7 +36,7 @@ double windowed_sinc(double distance, double cut_off) {
 
 void resampler::set_rate(double samples_per_second) {
     output_rate = samples_per_second;
-    step = static_cast<uint64_t>(sample_rate / output_rate * one + 0.5);
+    step = static_cast<uint64_t>(std::floor(sample_rate / output_rate * one + 0.5));
     if (std::fabs(output_rate - filter_rate) > 0.02 * filter_rate) make_filter();
 }
 
@@ -47,7 +47,7 @@ void resampler::make_filter() {
         double taps[resampler_taps], sum = 0;
         for (uint32_t i = 0; i < resampler_taps; ++i) {
             taps[i] =
-                windowed_sinc(i - (resampler_taps / 2 - 1.0) - static_cast<double>(phase) / phases, cut_off);
+                windowed_sinc(i - (resampler_taps / 2.0 - 1.0) - static_cast<double>(phase) / phases, cut_off);
             sum += taps[i];
         }
         for (uint32_t i = 0; i < resampler_taps; ++i)
