@@ -46,8 +46,8 @@ void resampler::make_filter() {
     for (uint32_t phase = 0; phase < phases; ++phase) {
         double taps[resampler_taps], sum = 0;
         for (uint32_t i = 0; i < resampler_taps; ++i) {
-            taps[i] =
-                windowed_sinc(i - (resampler_taps / 2.0 - 1.0) - static_cast<double>(phase) / phases, cut_off);
+            taps[i] = windowed_sinc(i - (resampler_taps / 2.0 - 1.0) - static_cast<double>(phase) / phases,
+                                    cut_off);
             sum += taps[i];
         }
         for (uint32_t i = 0; i < resampler_taps; ++i)
