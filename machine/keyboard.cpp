@@ -144,6 +144,8 @@ void map_cursor_keys(bool tenkeyless) {
 void map_back_key(bool deletes) { virtual_keys[vk_back] = deletes ? key(8, 3) : key(9, 0); }
 
 void reset_keyboard(kiv_machine &m) {
-    static_cast<key_matrix_block &>(m) = {};
-    for (auto &row : m.key_matrix) row = uint8_t{0xFF};
+    // Put there whole: rows of zeroes in between would be every key, for a program that looks just then.
+    key_matrix_block nothing{};
+    for (auto &row : nothing.key_matrix) row = uint8_t{0xFF};
+    static_cast<key_matrix_block &>(m) = nothing;
 }

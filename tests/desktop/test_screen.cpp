@@ -85,9 +85,9 @@ TEST_F(DesktopScreen, KeysAsTheServerSendsThem) {
         GTEST_SKIP() << "xdotool is not installed: no keys were sent";
     ASSERT_NO_FATAL_FAILURE(start_server("800x600"));
     // What the program says until `until` is in it.
-    const auto hears = [&](const char *until) {
+    const auto hears = [&](const char *until, int milliseconds = 60000) {
         QByteArray said = program.readAllStandardOutput();
-        while (!said.contains(until) && program.waitForReadyRead(60000))
+        while (!said.contains(until) && program.waitForReadyRead(milliseconds))
             said += program.readAllStandardOutput();
         return said.replace('\n', ',').toStdString();
     };
@@ -97,8 +97,15 @@ TEST_F(DesktopScreen, KeysAsTheServerSendsThem) {
     EXPECT_EQ(hears("up 09"), "down 41,up 41,down c0,up c0,down 65,up 65,down dc,up dc,down 09,up 09,");
     xdotool({"keydown", "shift", "key", "F12", "keyup", "shift"});
     EXPECT_EQ(hears("up 10"), "down 10 shift,down 7b shift,up 7b shift,up 10,");
-    xdotool({"key", "F10", "Escape", "b"}); // through the menu
-    EXPECT_EQ(hears("up 42"), "down 42,up 42,");
+    // Through the menu, which opens when the desktop has the time; then the letter is for the machine again.
+    xdotool({"key", "F10"});
+    std::string said;
+    for (int tries = 0; tries < 60 && said.find("up 42") == std::string::npos; ++tries) {
+        xdotool({"key", "Escape", "b"});
+        said += hears("up 42", 1000);
+    }
+    EXPECT_TRUE(said.ends_with("down 42,up 42,") && said.find("79") == std::string::npos) << said;
+    hears("none", 300); // the rest of what was sent
     // Another program takes the keyboard away from two keys that are held.
     xdotool({"keydown", "z", "keydown", "End"});
     hears("down 23");
