@@ -114,6 +114,7 @@ TEST_F(z80_thread_test, a_run_without_memory_ends_and_asks_for_the_close) {
     while (cpu->is_running() || window.count == 0) std::this_thread::yield();
     EXPECT_EQ(window.id, platform::wm_close);
     EXPECT_EQ(pause(), 0);
+    stop();
 }
 
 TEST_F(z80_thread_test, parked_means_that_nothing_moves) {
