@@ -129,9 +129,9 @@ void kiv_form::undo_load() {
     notify(wrong.empty() ? platform::text("読み込みを取り消しました") : wrong);
 }
 
+// The dialog is over, and with it what it holds the machine for, before the file is used: that parks and
+// resumes by itself.
 void kiv_form::choose_state_file(bool saving) {
-    const dialog_scope scope(*this, dialog_scope::release_keys);
-    if (!scope) return;
     platform::file_dialog_options dialog;
     dialog.title = platform::text(saving ? "ステートの保存" : "ステートの選択");
     dialog.filter_name = platform::text("ステート");
@@ -141,7 +141,11 @@ void kiv_form::choose_state_file(bool saving) {
     dialog.confirm_overwrite = saving;
     dialog.must_exist = !saving;
     std::string path;
-    if (!(saving ? host.save_file(*window, dialog, path) : host.open_file(*window, dialog, path))) return;
+    {
+        const dialog_scope scope(*this, dialog_scope::release_keys);
+        if (!scope) return;
+        if (!(saving ? host.save_file(*window, dialog, path) : host.open_file(*window, dialog, path))) return;
+    }
     const std::string name = path.substr(path.rfind('/') + 1);
     if (saving)
         save_state_file(path, name);

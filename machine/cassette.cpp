@@ -87,7 +87,7 @@ void cassette_port30() {
     if (machine.port30 & port30_motor) {
         machine.cassette_flags &= static_cast<uint8_t>(~cassette_motor_off);
     } else {
-        machine.cassette_flags |= cassette_motor_off;
+        machine.cassette_flags |= uint8_t{cassette_motor_off};
         machine.cassette_countdown = cassette_byte_cycles;
     }
     machine.cassette_flags &= static_cast<uint8_t>(~cassette_port30_bit5);
@@ -99,18 +99,21 @@ void cassette_set_stopped(uint32_t ok) {
     if (ok != 1) machine.cassette_flags |= cassette_stopped;
 }
 
-uint8_t cassette_next_byte() {
-    if (machine.tape_image == nullptr) return 0xFF;
-    if (machine.tape_position >= machine.tape_size) machine.tape_position = 0;
-    if (machine.tape_size == 0) return 0xFF; // an empty tape
-    return machine.tape_image[machine.tape_position++];
-}
-
 // The tape's byte at the read position; none at its end.
 bool next_byte(uint8_t &byte) {
-    if (machine.tape_position >= machine.tape_size) return false;
-    byte = machine.tape_image[machine.tape_position++];
+    const uint32_t position = machine.tape_position;
+    if (position >= machine.tape_size) return false;
+    byte = machine.tape_image[position];
+    machine.tape_position = position + 1;
     return true;
+}
+
+uint8_t cassette_next_byte() {
+    uint8_t byte;
+    if (machine.tape_image == nullptr) return 0xFF;
+    if (next_byte(byte)) return byte;
+    machine.tape_position = 0;
+    return next_byte(byte) ? byte : uint8_t{0xFF}; // an empty tape
 }
 
 // Finds ":" address high, low, check ":" and leaves the position behind it, or at the end of the tape. A byte

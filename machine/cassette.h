@@ -5,6 +5,7 @@
 // polled reads take bytes on demand. A tape image is a plain byte sequence; at its end it starts over.
 #pragma once
 
+#include "support/shared.h"
 #include <cstdint>
 #include <memory>
 
@@ -20,11 +21,11 @@ enum cassette_flag : uint8_t {
 };
 
 struct cassette_block {
-    uint8_t *tape_image;        // none: nullptr
-    uint32_t tape_size;         // bytes
-    uint32_t tape_position;     // next byte to read
-    int32_t cassette_countdown; // T-states to the next fed byte
-    uint8_t cassette_flags;     // cassette_flag
+    uint8_t *tape_image;            // none: nullptr
+    uint32_t tape_size;             // bytes
+    shared<uint32_t> tape_position; // next byte to read
+    int32_t cassette_countdown;     // T-states to the next fed byte
+    shared<uint8_t> cassette_flags; // cassette_flag
     void (*cassette_init)();
     void (*cassette_reset)();
     void (*cassette_port30)();                 // reads the port 0x30 latch
