@@ -17,6 +17,7 @@ in as a tape, a .kst state or a .kiv memory dump is gone on with, a .bas or .txt
 
   --roms FOLDER     take the ROM images from there
   --open-roms       start with the ROM set that comes with Kiv
+  --user-folder     work in ~/.local/share/kiv instead of the current directory, as the desktop's menu does
   --tape FILE       put a tape image in
   --state FILE      go on with a saved state
   --fullscreen      start in full screen
@@ -73,6 +74,7 @@ const option all_options[] = {
     {"-h", nullptr, [](auto &, auto &o) { return o.help = true, taken(); }},
     {"--version", nullptr, [](auto &, auto &o) { return o.version = true, taken(); }},
     {"--open-roms", nullptr, [](auto &, auto &o) { return o.open_roms = true, taken(); }},
+    {"--user-folder", nullptr, [](auto &, auto &o) { return o.user_folder = true, taken(); }},
     {"--fullscreen", nullptr, [](auto &, auto &o) { return o.full_screen = true, taken(); }},
     {"--roms", "a folder", [](auto &v, auto &o) { return o.roms = v, taken(); }},
     {"--tape", "a file", [](auto &v, auto &o) { return o.tape = v, taken(); }},

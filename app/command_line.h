@@ -5,10 +5,11 @@
 
 struct program_options {
     bool help = false, version = false;
-    std::string roms;       // folder of ROM images; empty: the current directory
-    bool open_roms = false; // the ROM set that comes with Kiv
-    std::string tape;       // tape image to put in
-    std::string file;       // a state, a dump or a program to begin with
+    std::string roms;         // folder of ROM images; empty: the current directory
+    bool open_roms = false;   // the ROM set that comes with Kiv
+    bool user_folder = false; // work in a folder of the person's own
+    std::string tape;         // tape image to put in
+    std::string file;         // a state, a dump or a program to begin with
     bool full_screen = false;
     int scale = 0;        // screen pixels to a pixel of the machine; 0: as the person left the window
     std::string language; // "ja", "en"; empty: as set

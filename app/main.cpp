@@ -1,6 +1,7 @@
 // The `kiv` program: the desktop host, and on it the program. What it reads and writes lies in the current
 // directory.
 #include "app/program.h"
+#include "app/user_folder.h"
 #include "platform/desktop/desktop_host.h"
 #include "platform/file.h"
 #include "platform/resources.h"
@@ -20,6 +21,11 @@ int main(int argc, char **argv) {
         std::fputs(options.help ? command_line_help : "kiv " KIV_VERSION "\n", stdout);
         return 0;
     }
+    if (options.user_folder)
+        if (const std::string wrong = enter_user_folder(options); !wrong.empty()) {
+            std::fprintf(stderr, "kiv: %s\n", wrong.c_str());
+            return 1;
+        }
     if (const std::string missing = platform::desktop_host::missing(); !missing.empty()) {
         std::fprintf(stderr, "kiv: %s\n", missing.c_str());
         return 1;

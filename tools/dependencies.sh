@@ -11,6 +11,8 @@ web_packages="clang lld wasi-libc libc++-14-dev-wasm32 libclang-rt-14-dev-wasm32
 page_test_packages="chromium nodejs"
 # For the libretro core.
 libretro_packages="retroarch-dev"
+# For cpack and packaging/check.
+package_packages="dpkg-dev file lintian desktop-file-utils appstream pkg-config python3"
 # For tools/lint.
 lint_packages="clang-format clang-tidy"
 

@@ -49,6 +49,7 @@ What it leaves
   --save-state FILE     the whole machine at the end, to go on from exactly
   --list FILE           the BASIC program in the machine at the end, as text (UTF-8)
   --stats               T-states, frames and speed, on the standard error output
+  --help                this text, and nothing else
 
 The same again, byte for byte
   --date YYYY-MM-DDTHH:MM:SS   what the calendar clock shows, standing still

@@ -1,10 +1,13 @@
 #include "app/command_line.h"
+#include "app/user_folder.h"
 #include "app/user_settings.h"
 #include "tests/temporary_folder.h"
 
 #include <gtest/gtest.h>
 
 namespace {
+
+namespace fs = std::filesystem;
 
 TEST(CommandLine, WhatIsTakenAndWhatIsRefused) {
     const temporary_folder folder;
@@ -43,6 +46,27 @@ TEST(CommandLine, WhatIsTakenAndWhatIsRefused) {
                       (o.full_screen ? "1" : "0") + " '" + o.language + "' '" + o.settings + "'",
                   r.result);
     }
+}
+
+TEST(CommandLine, AUserFolderIsMadeAndFilesStayTheOnesMeant) {
+    const temporary_folder folder;
+    const fs::path before = fs::current_path();
+    fs::current_path(folder.path);
+    setenv("XDG_DATA_HOME", (folder / "data").c_str(), 1);
+    program_options o;
+    o.tape = "a.cmt";
+    EXPECT_EQ(enter_user_folder(o), "");
+    EXPECT_TRUE(fs::equivalent(fs::current_path(), folder / "data/kiv"));
+    EXPECT_EQ(o.tape, folder / "a.cmt");
+    EXPECT_EQ(o.roms, "");
+
+    put_file(folder / "file", "in the way");
+    setenv("XDG_DATA_HOME", (folder / "file").c_str(), 1);
+    EXPECT_NE(enter_user_folder(o), "");
+    unsetenv("XDG_DATA_HOME");
+    setenv("HOME", "/h", 1);
+    EXPECT_EQ(user_folder(), "/h/.local/share/kiv");
+    fs::current_path(before);
 }
 
 TEST(UserSettings, WhatIsWrittenIsReadAndNonsenseIsNot) {
