@@ -114,6 +114,10 @@ setting settings[] = {
     {"boot_rom", 1, [](int32_t v) { machine.boot_rom = static_cast<uint8_t>(v != 0); },
      []() -> int32_t { return machine.boot_rom; }},
     {"hires_crt", 1, use_monitor, []() -> int32_t { return machine.crt_standard == 0; }},
+    {"halt_waits", 0, [](int32_t v) { z80_lenient.halt_waits = v != 0; },
+     []() -> int32_t { return z80_lenient.halt_waits; }},
+    {"steps_over", 0, [](int32_t v) { z80_lenient.undefined_runs = v != 0; },
+     []() -> int32_t { return z80_lenient.undefined_runs; }},
 };
 
 setting *setting_of(const char *key) {

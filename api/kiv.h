@@ -104,13 +104,18 @@ enum {
 };
 KIV_API void kiv_log(void (*log)(void *context, int32_t kind, const char *text), void *context);
 
-/* Settings, by the keys of KIV.INI that concern the machine. They may be set before the boot, and then hold
- * from there on, or while the machine stands; boot_rom is seen by the program when it looks, as a rule after
- * a reset. "z80_no_wait"  0/1   1: memory waits are not charged "soft_volume"  n     amplitude of the beeper
- * in thousands; 1 at first "dma_load"     n     kept "tenkeyless"   0/1   1: host arrow keys press the
- * ten-key's 4, 8, 6, 2; 1 at first "interlace"    0/1   1: odd lines at half brightness "boot_rom"     0/1 1:
- * Zun-BASIC, 0: N-BASIC; 1 at first "hires_crt"    0/1   1: 24 kHz monitor, 0: 15 kHz; 1 at first. A change
- * restarts the raster. */
+/* Settings, by the keys of KIV.INI that concern the machine, and two of our own. They may be set before the
+ * boot, and then hold from there on, or while the machine stands; boot_rom is seen by the program when it
+ * looks, as a rule after a reset.
+ * - z80_no_wait  0/1  1: memory waits are not charged
+ * - soft_volume  n    amplitude of the beeper in thousands; 1 at first
+ * - dma_load     n    kept
+ * - tenkeyless   0/1  1: host arrow keys press the ten-key's 4, 8, 6, 2; 1 at first
+ * - interlace    0/1  1: odd lines at half brightness
+ * - boot_rom     0/1  1: Zun-BASIC, 0: N-BASIC; 1 at first
+ * - hires_crt    0/1  1: 24 kHz monitor, 0: 15 kHz; 1 at first. A change restarts the raster
+ * - halt_waits   0/1  1: HALT waits for an interrupt, 0: it stops the processor
+ * - steps_over   0/1  1: undefined instructions do nothing, 0: they stop the processor */
 KIV_API kiv_result kiv_set_setting(const char *key, int32_t value);
 KIV_API kiv_result kiv_get_setting(const char *key, int32_t *value);
 KIV_API const char *kiv_setting_key(uint32_t index); /* null behind the last one */

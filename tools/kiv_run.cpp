@@ -152,6 +152,8 @@ void machine_run::use_settings() const {
     }
     for (size_t i = 0; i < setting_count; ++i)
         kiv_set_setting(setting_rules[i].key, settings[i]); // those that the machine has
+    check(kiv_set_setting("halt_waits", options.halt_waits));
+    check(kiv_set_setting("steps_over", options.steps_over));
 }
 
 void machine_run::load_tape() const {
@@ -344,10 +346,13 @@ std::string machine_run::stop_line() const {
     const uint32_t pc = kiv_stop_address();
     int32_t bytes[4];
     for (uint32_t i = 0; i < 4; ++i) bytes[i] = kiv_peek(KIV_AREA_CPU, (pc + i) & 0xFFFF);
-    char text[160];
-    std::snprintf(text, sizeof text,
-                  "the processor stopped at $%04X: %s (%02X %02X %02X %02X), after %llu T-states", pc, reason,
-                  bytes[0], bytes[1], bytes[2], bytes[3], static_cast<unsigned long long>(cycles));
+    const char *const help = code == KIV_STOP_HALT        ? "; --halt wait goes on"
+                             : code == KIV_STOP_UNDEFINED ? "; --undefined run goes on"
+                                                          : "";
+    char text[192];
+    std::snprintf(
+        text, sizeof text, "the processor stopped at $%04X: %s (%02X %02X %02X %02X), after %llu T-states%s",
+        pc, reason, bytes[0], bytes[1], bytes[2], bytes[3], static_cast<unsigned long long>(cycles), help);
     return text;
 }
 

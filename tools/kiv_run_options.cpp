@@ -27,6 +27,8 @@ What runs
   --bas FILE            a BASIC program as text (UTF-8), loaded through the cassette deck of Kiv BASIC at the
                         frame of --type-at
   --run                 RUN it; then, or when it is loaded, --type types
+  --halt stop|wait      what HALT does: ends the run, or waits for an interrupt (default: stop)
+  --undefined stop|run  what undefined instructions do: end the run, or nothing (default: stop)
 
 How long
   --frames N            N pictures of the machine, about 55 a second
@@ -123,7 +125,17 @@ run_options parse_run_options(int argc, char **argv) {
             target = value;
         };
     };
+    // One of two words; the second sets it.
+    const auto choice_into = [](bool &target, const char *first, const char *second) -> value_option {
+        return [&target, first, second](const std::string &option, const std::string &value) {
+            if (value != first && value != second)
+                bad(option, value, std::string(first) + " or " + second + " is wanted");
+            target = value == second;
+        };
+    };
     const std::map<std::string, value_option> with_value = {
+        {"--halt", choice_into(o.halt_waits, "stop", "wait")},
+        {"--undefined", choice_into(o.steps_over, "stop", "run")},
         {"--roms", path_into(o.roms)},
         {"--settings", path_into(o.settings)},
         {"--load-dump", path_into(o.load_dump)},

@@ -24,6 +24,8 @@ struct run_options {
     uint64_t png_every = 0;         // also one of every so many frames; 0: no
     bool text = false;
     bool stats = false;
+    bool halt_waits = false; // else HALT ends the run
+    bool steps_over = false; // undefined instructions; else they end it
     std::optional<calendar_time> date;
     std::optional<unsigned> seed;
     std::string wav;

@@ -49,6 +49,7 @@ const std::pair<const char *, void (*)()> disturbances[] = {
          for (uint32_t i = 0; i < 0x10000; i += 3) kiv_poke(KIV_AREA_RAM, i, static_cast<uint8_t>(i));
          for (int area = KIV_AREA_BLUE; area <= KIV_AREA_GREEN; ++area) kiv_poke(area, 77, 0xEE);
          for (uint32_t i = 0; const char *key = kiv_setting_key(i); ++i) kiv_set_setting(key, i % 2 != 0);
+         kiv_set_setting("halt_waits", 0); // in no snapshot: the choice of whoever runs the machine
          for (int i = 0; i < KIV_REGISTERS; ++i) kiv_set_register(i, 0x1234);
          seen_and_heard(3);
      }},
@@ -57,7 +58,8 @@ const std::pair<const char *, void (*)()> disturbances[] = {
 
 void settings_as_at_first() {
     const std::pair<const char *, int> values[] = {{"z80_no_wait", 0}, {"soft_volume", 1}, {"interlace", 0},
-                                                   {"boot_rom", 1},    {"hires_crt", 1},   {"dma_load", 100}};
+                                                   {"boot_rom", 1},    {"hires_crt", 1},   {"dma_load", 100},
+                                                   {"halt_waits", 0},  {"steps_over", 0}};
     for (const auto &[key, value] : values) kiv_set_setting(key, value);
 }
 

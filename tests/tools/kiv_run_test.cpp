@@ -193,6 +193,11 @@ TEST_F(kiv_run, AStoppedProcessorIsNamedAndShown) {
     EXPECT_EQ(first_line(halted.out, 1), "ab");
     const outcome undefined = run("--type 1");
     EXPECT_NE(undefined.err.find("$00CE: undefined instruction (ED FF "), std::string::npos) << undefined.err;
+    EXPECT_NE(undefined.err.find("; --undefined run goes on"), std::string::npos) << undefined.err;
+    // Or it goes on: from the HALT at the next interrupt, which this ROM does not allow; past the other at
+    // once.
+    EXPECT_EQ(run("--halt wait --type 0").code, 0);
+    EXPECT_EQ(first_line(run("--undefined run --type 1cd --text").out, 1), "cd");
 }
 
 // One line that names what and why, exit code 1, and nothing left behind.
@@ -206,6 +211,7 @@ TEST_F(kiv_run, WhatFailsSaysWhyAndLeavesNothing) {
         {"", {"8801-kiv.rom", "No such file"}, "rm 8801-kiv.rom"},
         {"", {"8801-zun.rom", "32769 bytes"}, "cp too-long.rom 8801-zun.rom"},
         {"", {"8801-4th.rom", "irectory"}, "rm 8801-4th.rom; mkdir 8801-4th.rom"},
+        {"--halt run", {"--halt run: stop or wait is wanted"}},
         {"--roms nowhere", {"nowhere/8801-kiv.rom", "No such file"}},
         {"--frames 2 --png missing/f.png", {"missing/f.png", "No such file"}},
         {"--frames 2 --png /dev/null", {"/dev/null", "Not a regular file"}},

@@ -28,10 +28,18 @@ TEST_F(Scripts, ThePlaygroundKeepsARomImageThatIsNotOurs) {
     EXPECT_EQ(get_file(folder / "play/8801-zun.rom"), "new\n") << "ours, untouched";
     EXPECT_EQ(get_file(folder / "play/8801-kiv.rom"), "mine\n");
     EXPECT_EQ(get_file(folder / "mine"), "mine\n") << "behind a link";
-    EXPECT_NE(said.find("play/8801-kiv.rom is not the demonstration's"), std::string::npos) << said;
+    EXPECT_NE(said.find("play/8801-kiv.rom is not of Kiv's own set"), std::string::npos) << said;
     EXPECT_EQ(said.find("8801-zun.rom"), std::string::npos) << said;
     shell("rm play/8801-kiv.rom; put_roms new play");
     EXPECT_EQ(get_file(folder / "play/8801-kiv.rom"), "new\n");
+}
+
+TEST_F(Scripts, OnlyARomImageOfThePersonsIsOneOfTheirOwn) {
+    EXPECT_EQ(shell("mkdir old empty play; for r in zun kiv 4th; do echo old >old/8801-$r.rom; done; "
+                    "put_roms old play; for f in empty play; do own_roms $f || echo none in $f; done; "
+                    "echo mine >play/8801-4th.rom; own_roms play && echo now; "
+                    "ln -s nowhere empty/8801-zun.rom; own_roms empty && echo a link counts"),
+              "none in empty\nnone in play\nnow\na link counts\n");
 }
 
 TEST_F(Scripts, AFolderThatWasMovedIsBuiltAnew) {
