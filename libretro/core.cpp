@@ -5,6 +5,7 @@
 // (.bas) too, and is loaded and run; a memory dump (.kiv) goes on where it was saved.
 #include "api/kiv.h"
 #include "api/kiv_open_roms.h"
+#include "libretro/auto_start.h"
 #include "libretro/keys.h"
 #include "libretro/options.h"
 #include "libretro/tapes.h"
@@ -20,8 +21,7 @@
 namespace {
 
 constexpr double host_rate = 48000;
-constexpr size_t most_samples = 8192;         // of one frame at host_rate; 0.2 s at the most
-constexpr uint64_t frames_before_typing = 60; // until BASIC has said Ok
+constexpr size_t most_samples = 8192; // of one frame at host_rate; 0.2 s at the most
 
 retro_environment_t environment;
 retro_video_refresh_t show;
@@ -33,7 +33,6 @@ retro_log_printf_t front_log;
 bool pad_down[pad_buttons];
 uint32_t announced_frame; // T-states of a frame, as the front end was told
 bool stop_told = false;
-const char *type_after_boot = nullptr; // typed when BASIC is up
 
 void tell(const char *text, unsigned frames = 240) {
     retro_message message{text, frames};
@@ -92,8 +91,9 @@ bool load_dump(const retro_game_info &content) {
 
 bool load_content(const retro_game_info &content) {
     if (ends_with(content.path, ".kiv")) return load_dump(content);
-    if (ends_with(content.path, ".bas")) type_after_boot = "CLOAD\nRUN\n";
-    return tapes_begin(content);
+    if (!tapes_begin(content)) return false;
+    if (ends_with(content.path, ".bas")) auto_start_begin();
+    return true;
 }
 
 void read_pad() {
@@ -158,6 +158,16 @@ void tell_stop() {
     tell(text);
 }
 
+constexpr size_t state_head = 16;
+
+void put_number(uint8_t *at, uint32_t value) {
+    for (int i = 0; i < 4; ++i) at[i] = static_cast<uint8_t>(value >> 8 * i);
+}
+
+uint32_t number_at(const uint8_t *at) {
+    return at[0] | at[1] << 8 | at[2] << 16 | static_cast<uint32_t>(at[3]) << 24;
+}
+
 } // namespace
 
 extern "C" {
@@ -211,7 +221,7 @@ RETRO_API bool retro_load_game(const retro_game_info *content) {
     }
     std::memset(pad_down, 0, sizeof pad_down);
     stop_told = false;
-    type_after_boot = nullptr;
+    starting = {};
     if (content == nullptr || load_content(*content)) return true;
     tell("The file could not be read");
     return false;
@@ -222,41 +232,47 @@ RETRO_API bool retro_load_game_special(unsigned, const retro_game_info *, size_t
 
 RETRO_API void retro_reset(void) {
     kiv_reset();
+    starting = {};
     stop_told = false;
 }
 
 RETRO_API void retro_run(void) {
     options_changed();
     read_pad();
-    if (type_after_boot != nullptr && kiv_frames() >= frames_before_typing) {
-        kiv_type(type_after_boot);
-        type_after_boot = nullptr;
-    }
+    auto_start_step();
     if (kiv_run_frame() == KIV_RUN_STOPPED) tell_stop();
     announce_timing();
     show(kiv_pixels(), KIV_WIDTH, KIV_HEIGHT, KIV_WIDTH * sizeof(uint32_t));
     hand_over_sound();
 }
 
-// A state is the snapshot's length, in four bytes with the low one first, and the snapshot; what follows is
-// not looked at, for the front end asks for one size that holds every state.
-RETRO_API size_t retro_serialize_size(void) { return 4 + kiv_snapshot_limit(KIV_SNAPSHOT_WITHOUT_TAPE); }
+// A state: the snapshot's length and where the start of a listing stands, each number in four bytes with the
+// low one first; then the snapshot. What follows is not looked at, for the front end asks for one size that
+// holds every state.
+RETRO_API size_t retro_serialize_size(void) {
+    return state_head + kiv_snapshot_limit(KIV_SNAPSHOT_WITHOUT_TAPE);
+}
 
 RETRO_API bool retro_serialize(void *data, size_t size) {
-    if (size < 4) return false;
+    if (size < state_head) return false;
     auto *bytes = static_cast<uint8_t *>(data);
-    const size_t length = kiv_snapshot_save(KIV_SNAPSHOT_WITHOUT_TAPE, bytes + 4, size - 4);
-    for (int i = 0; i < 4; ++i) bytes[i] = static_cast<uint8_t>(length >> 8 * i);
-    if (length != 0) std::memset(bytes + 4 + length, 0, size - 4 - length);
+    const size_t room = size - state_head;
+    const size_t length = kiv_snapshot_save(KIV_SNAPSHOT_WITHOUT_TAPE, bytes + state_head, room);
+    put_number(bytes, static_cast<uint32_t>(length));
+    put_number(bytes + 4, starting.stage);
+    put_number(bytes + 8, starting.since);
+    put_number(bytes + 12, starting.position);
+    if (length != 0) std::memset(bytes + state_head + length, 0, room - length);
     return length != 0;
 }
 
 RETRO_API bool retro_unserialize(const void *data, size_t size) {
-    if (size < 4) return false;
+    if (size < state_head) return false;
     const auto *bytes = static_cast<const uint8_t *>(data);
-    const size_t length = bytes[0] | bytes[1] << 8 | bytes[2] << 16 | static_cast<size_t>(bytes[3]) << 24;
-    if (length > size - 4) return false;
-    if (load_with_its_tape(bytes + 4, length)) {
+    const size_t length = number_at(bytes);
+    if (length > size - state_head) return false;
+    if (load_with_its_tape(bytes + state_head, length)) {
+        starting = {static_cast<uint8_t>(number_at(bytes + 4)), number_at(bytes + 8), number_at(bytes + 12)};
         stop_told = false;
         return true;
     }

@@ -1,4 +1,6 @@
 // A front end of a hundred lines: loads the core as front ends do, and asks of it what they ask.
+#include <algorithm>
+#include <chrono>
 #include <cstdarg>
 #include <cstring>
 #include <dlfcn.h>
@@ -9,7 +11,50 @@
 #include <string>
 #include <vector>
 
+// What a frame must not do: these stand before the C library's, for the core too.
 namespace {
+thread_local bool watched = false;
+size_t allocations = 0, locks = 0;
+} // namespace
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+#define WATCHES_CALLS
+extern "C" {
+void *__libc_malloc(size_t);
+void *__libc_calloc(size_t, size_t);
+void *__libc_realloc(void *, size_t);
+void *malloc(size_t size) { return allocations += watched, __libc_malloc(size); }
+void *calloc(size_t count, size_t size) { return allocations += watched, __libc_calloc(count, size); }
+void *realloc(void *at, size_t size) { return allocations += watched, __libc_realloc(at, size); }
+int pthread_mutex_lock(pthread_mutex_t *mutex) {
+    static const auto real =
+        reinterpret_cast<int (*)(pthread_mutex_t *)>(dlsym(RTLD_NEXT, "pthread_mutex_lock"));
+    return locks += watched, real(mutex);
+}
+}
+#endif
+
+namespace {
+
+unsigned language = RETRO_LANGUAGE_ENGLISH;
+std::string option_names, local_names; // in both languages: keys, values and defaults, without the texts
+size_t local_texts = 0;                // options whose text differs between the languages
+
+void read_options(const retro_core_options_v2_intl &both) {
+    const auto names = [](const retro_core_option_v2_definition *d, std::string &into) {
+        for (into.clear(); d->key != nullptr; ++d) {
+            into += std::string(d->key) + '=' + d->default_value + ':';
+            for (const auto *v = d->values; v->value != nullptr; ++v) into += std::string(v->value) + '|';
+        }
+    };
+    names(both.us->definitions, option_names);
+    if (both.local == nullptr) return;
+    names(both.local->definitions, local_names);
+    local_texts = 0;
+    for (size_t i = 0; both.us->definitions[i].key != nullptr && both.local->definitions[i].key != nullptr;
+         ++i)
+        local_texts += std::strcmp(both.us->definitions[i].desc, both.local->definitions[i].desc) != 0;
+}
 
 std::map<std::string, std::string> options; // as a person has set them
 std::string said;                           // the core's messages
@@ -25,8 +70,10 @@ bool environment(unsigned command, void *data) {
     case RETRO_ENVIRONMENT_GET_DISK_CONTROL_INTERFACE_VERSION:
         *static_cast<unsigned *>(data) = 1;
         return true;
+    case RETRO_ENVIRONMENT_GET_LANGUAGE: *static_cast<unsigned *>(data) = language; return true;
     case RETRO_ENVIRONMENT_SET_CORE_OPTIONS_V2_INTL: {
         const auto *both = static_cast<retro_core_options_v2_intl *>(data);
+        read_options(*both);
         for (auto *d = both->us->definitions; d->key != nullptr; ++d)
             options.emplace(d->key, d->default_value);
         return true;
@@ -81,6 +128,7 @@ struct FrontEnd : testing::Test {
         ASSERT_NE(kiv.library, nullptr) << dlerror();
         options.clear();
         said.clear();
+        picture.clear();
         std::memset(pad, 0, sizeof pad);
         kiv.retro_set_environment(environment);
         kiv.retro_set_video_refresh([](const void *pixels, unsigned width, unsigned height, size_t pitch) {
@@ -168,6 +216,76 @@ TEST_F(FrontEnd, AListingRunsAndTapesAreChangedInTheDeck) {
     disks.set_eject_state(false);
     EXPECT_TRUE(kiv.retro_unserialize(state.data(), state.size())) << said;
     EXPECT_EQ(disks.get_image_index(), 1u);
+}
+
+// Rewind and run-ahead load a state every frame: a program that starts by itself starts then, too. It is
+// long, so that RUN has to wait for the tape.
+TEST_F(FrontEnd, AListingStartsWhileStatesAreLoadedEveryFrame) {
+    std::string listing;
+    for (int line = 10; line < 1500; line += 10)
+        listing += std::to_string(line) + " REM A LINE OF SOME LENGTH\n";
+    listing += "1500 COLOR 2:CLS:PRINT \"KIV\"\n";
+    const retro_game_info content{"long.BAS", listing.data(), listing.size(), nullptr};
+    ASSERT_TRUE(kiv.retro_load_game(&content)) << said;
+    constexpr int frames = 1200;
+    run(frames);
+    const auto whole = picture;
+    const auto shown = [&](uint32_t colour) { return std::count(whole.begin(), whole.end(), colour); };
+    EXPECT_NE(shown(0xFF0000), 0) << "the program has printed in red";
+    EXPECT_EQ(shown(0xFF0000) + shown(0xFFFFFF) + shown(0), 640 * 400) << "and cleared the screen before";
+
+    ASSERT_TRUE(kiv.retro_load_game(&content)) << said;
+    std::vector<uint8_t> state(kiv.retro_serialize_size());
+    for (int i = 0; i < frames; ++i) {
+        ASSERT_TRUE(kiv.retro_serialize(state.data(), state.size()));
+        run(1);
+        ASSERT_TRUE(kiv.retro_unserialize(state.data(), state.size())) << said;
+        run(1);
+    }
+    EXPECT_EQ(picture, whole);
+}
+
+TEST_F(FrontEnd, AFrameAllocatesNothingAndTakesNoLock) {
+#ifndef WATCHES_CALLS
+    GTEST_SKIP() << "a sanitizer watches these calls itself";
+#endif
+    std::ifstream file(KIV_SOURCE_DIR "/programs/mandelbrot.bas", std::ios::binary);
+    const std::string listing{std::istreambuf_iterator<char>(file), {}};
+    const retro_game_info content{"mandelbrot.bas", listing.data(), listing.size(), nullptr};
+    ASSERT_TRUE(kiv.retro_load_game(&content)) << said;
+    kiv.retro_set_video_refresh([](const void *, unsigned, unsigned, size_t) {});
+    kiv.retro_set_audio_sample_batch([](const int16_t *, size_t frames) { return frames; });
+    std::vector<uint8_t> state(kiv.retro_serialize_size());
+    watched = true;
+    void *volatile seen = ::operator new(100);
+    watched = false;
+    ::operator delete(seen);
+    ASSERT_GE(allocations, 1u) << "the hooks are not called";
+    allocations = locks = 0;
+    constexpr int frames = 1000;
+    const auto start = std::chrono::steady_clock::now();
+    for (int i = 0; i < frames; ++i) {
+        pad[i / 7 % 12] ^= 1;
+        watched = true;
+        kiv.retro_run();
+        watched = false;
+    }
+    const std::chrono::duration<double, std::milli> taken = std::chrono::steady_clock::now() - start;
+    std::printf("%.3f ms a frame\n", taken.count() / frames);
+    EXPECT_EQ(allocations, 0u);
+    EXPECT_EQ(locks, 0u);
+    watched = true;
+    kiv.retro_serialize(state.data(), state.size());
+    watched = false;
+    EXPECT_EQ(allocations, 0u) << "of a state";
+}
+
+TEST_F(FrontEnd, OptionsStandInBothLanguages) {
+    language = RETRO_LANGUAGE_JAPANESE;
+    kiv.retro_set_environment(environment);
+    language = RETRO_LANGUAGE_ENGLISH;
+    EXPECT_EQ(option_names, local_names);
+    EXPECT_GE(local_texts + 1, options.size()) << "all but \"BASIC\" read differently";
 }
 
 TEST_F(FrontEnd, MissingImagesAreNamed) {
