@@ -5,20 +5,20 @@
 #include "cpu/z80_cpu.h"
 #include <bit>
 
-// The halves of a register word.
-static_assert(std::endian::native == std::endian::little);
+// The halves of a register word, where this host keeps them.
+constexpr int low_half = std::endian::native == std::endian::little ? 0 : 1, high_half = 1 - low_half;
 
 [[gnu::always_inline]] inline uint8_t lo(const uint16_t &word) {
-    return reinterpret_cast<const uint8_t *>(&word)[0];
+    return reinterpret_cast<const uint8_t *>(&word)[low_half];
 }
 [[gnu::always_inline]] inline uint8_t hi(const uint16_t &word) {
-    return reinterpret_cast<const uint8_t *>(&word)[1];
+    return reinterpret_cast<const uint8_t *>(&word)[high_half];
 }
 [[gnu::always_inline]] inline void set_lo(uint16_t &word, uint8_t value) {
-    reinterpret_cast<uint8_t *>(&word)[0] = value;
+    reinterpret_cast<uint8_t *>(&word)[low_half] = value;
 }
 [[gnu::always_inline]] inline void set_hi(uint16_t &word, uint8_t value) {
-    reinterpret_cast<uint8_t *>(&word)[1] = value;
+    reinterpret_cast<uint8_t *>(&word)[high_half] = value;
 }
 
 [[gnu::always_inline]] inline uint16_t word_of(unsigned high, unsigned low) {

@@ -3,6 +3,7 @@
 // A row is first brought into one shape: for every text line 80 bytes of bits, one for each group of eight
 // pixels, and a colour for each group; 40-column cells fill two groups. Painting then goes line by line over
 // whole groups: their bits become a mask that puts the colour over what the graphics layer left.
+#include "display/pixel_vectors.h"
 #include "display/renderers.h"
 #include "machine/kiv_machine.h"
 
@@ -131,38 +132,57 @@ template <class Pixel> struct canvas {
     const Pixel *even_colours, *odd_colours;
 };
 
-// For each byte of bits eight pixels, all ones where the bit is set; bit 7 is the leftmost.
-template <class Pixel>
-alignas(64) constexpr auto masks = [] {
-    std::array<std::array<Pixel, 8>, 256> table{};
-    for (uint32_t bits = 0; bits < 256; ++bits)
-        for (uint32_t x = 0; x < 8; ++x)
-            table[bits][x] = (bits >> (7 - x) & 1) ? static_cast<Pixel>(~Pixel{0}) : Pixel{0};
-    return table;
-}();
-
-template <class Pixel> inline void blend(Pixel *pixels, const Pixel *mask_pixels, Pixel colour) {
-    typedef Pixel vector __attribute__((vector_size(8 * sizeof(Pixel))));
-    vector mask, under;
-    std::memcpy(&mask, mask_pixels, sizeof mask);
-    std::memcpy(&under, pixels, sizeof under);
-    under = (under & ~mask) | (mask & colour);
-    std::memcpy(pixels, &under, sizeof under);
+template <class Vector> inline Vector blend(Vector under, Vector colour, Vector mask) {
+    return under ^ ((under ^ colour) & mask);
 }
 
-template <class Pixel> void paint_portable(const row_picture &row, uint32_t lines, const canvas<Pixel> &to) {
+// The colours of a row, as wide as they are painted.
+template <class Pixel> struct colour_row {
+    using vector = typename pixel_vector<Pixel>::type;
+    static constexpr uint32_t bytes = pixel_vector<Pixel>::bytes_a_step;
+    vector step[groups / bytes];
+
+    colour_row(const uint8_t *colour, const Pixel *host) {
+        for (uint32_t i = 0; i < groups / bytes; ++i) {
+            const vector first = vector{} + host[colour[bytes * i]];
+            const vector last = vector{} + host[colour[bytes * i + bytes - 1]];
+            step[i] = bytes == 1 ? first : halves(first, last);
+        }
+    }
+
+    static vector halves(vector first, vector last) {
+        typedef uint64_t pair __attribute__((vector_size(16)));
+        const pair both = {reinterpret_cast<pair>(first)[0], reinterpret_cast<pair>(last)[0]};
+        return reinterpret_cast<vector>(both);
+    }
+};
+
+// Both lines of a pair have the same pixels below the text, too, where they have the same colours.
+template <bool same, class Pixel>
+void paint_lines(const row_picture &row, uint32_t lines, const canvas<Pixel> &to) {
+    using step = pixel_vector<Pixel>;
+    const colour_row<Pixel> evens(row.colour, to.even_colours), odds(row.colour, to.odd_colours);
     Pixel *even = to.even, *odd = even + to.pitch;
     for (uint32_t line = 0; line < lines; ++line, even += 2 * to.pitch, odd += 2 * to.pitch) {
         const uint8_t *const bits = row.bits[line];
         for (uint32_t block = 0; block < groups; block += block_groups) {
             if (blank(bits + block)) continue;
-            for (uint32_t group = block; group < block + block_groups; ++group) {
-                const Pixel *mask = masks<Pixel>[bits[group]].data();
-                blend(even + 8 * group, mask, to.even_colours[row.colour[group]]);
-                blend(odd + 8 * group, mask, to.odd_colours[row.colour[group]]);
-            }
+            for (uint32_t group = block; group < block + block_groups; group += step::bytes_a_step)
+                for (uint32_t i = 0; i < step::vectors_a_step; ++i) {
+                    const auto mask = masks_of<Pixel>(bits + group, i);
+                    const uint32_t x = 8 * group + i * step::lanes, at = group / step::bytes_a_step;
+                    const auto pixels = blend(load_pixels(even + x), evens.step[at], mask);
+                    store_pixels(even + x, pixels);
+                    store_pixels(odd + x, same ? pixels : blend(load_pixels(odd + x), odds.step[at], mask));
+                }
         }
     }
+}
+
+template <class Pixel> void paint_portable(const row_picture &row, uint32_t lines, const canvas<Pixel> &to) {
+    const auto paint =
+        to.even_colours == to.odd_colours ? paint_lines<true, Pixel> : paint_lines<false, Pixel>;
+    paint(row, lines, to);
 }
 
 #if defined(__x86_64__)

@@ -13,6 +13,8 @@ page_test_packages="chromium nodejs"
 libretro_packages="retroarch-dev"
 # For cpack and packaging/check.
 package_packages="dpkg-dev file lintian desktop-file-utils appstream pkg-config python3"
+# For tests/portable/run s390x.
+portable_packages="g++-s390x-linux-gnu qemu-user-static googletest"
 # For tools/lint.
 lint_packages="clang-format clang-tidy"
 
