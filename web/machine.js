@@ -12,7 +12,14 @@ export class Machine {
   static async load(url) {
     // The C library asks for a few services of a host that no call of the machine ever needs: all of them say no.
     const refuse = new Proxy({}, { get: () => () => 52 });
-    const { instance } = await WebAssembly.instantiateStreaming(fetch(url), { wasi_snapshot_preview1: refuse, env: refuse });
+    const answer = await fetch(url);
+    if (!answer.ok) throw new MachineError(`${url}: ${answer.status}`);
+    // Compressed as a file, for few static servers compress by themselves; some say so, and then the browser has unpacked it.
+    const bytes = new Uint8Array(await answer.arrayBuffer());
+    const whole = new Blob([bytes]).stream();
+    const stream = bytes[0] === 0x1F ? whole.pipeThrough(new DecompressionStream('gzip')) : whole;
+    const program = new Response(stream, { headers: { 'Content-Type': 'application/wasm' } });
+    const { instance } = await WebAssembly.instantiateStreaming(program, { wasi_snapshot_preview1: refuse, env: refuse });
     instance.exports._initialize?.();
     return new Machine(instance.exports);
   }
@@ -98,6 +105,8 @@ export class Machine {
   stopTyping() { this.c.kiv_type_cancel(); }
 
   insertTape(data) { this.check(this.lend(data, (at, size) => this.c.kiv_tape_insert(at, size))); }
+  get tapePosition() { return this.c.kiv_tape_position(); }
+  get tapeSize() { return this.c.kiv_tape_size(); }
   recordTape(on) {
     this.c.kiv_tape_record(on ? 1 : 0);
     this.c.kiv_tape_output_clear();

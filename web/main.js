@@ -29,6 +29,7 @@ function tell(text) {
 // ---- time
 
 function frame() {
+  stepListing();
   if (machine.runFrame() === RUN_STOPPED && !stopTold) {
     stopTold = true;
     tell(say('stopped', machine.stopAddress.toString(16).toUpperCase().padStart(4, '0')));
@@ -74,7 +75,10 @@ function speak() {
   const text = machine.screenText();
   if (text === heard) return;
   heard = text;
-  $('text').textContent = text;
+  // A row each, so that only those that changed are read out.
+  const place = $('text'), rows = text.split('\n');
+  while (place.children.length < rows.length) place.appendChild(document.createElement('div'));
+  [...place.children].forEach((row, i) => { if (row.textContent !== (rows[i] ?? '')) row.textContent = rows[i] ?? ''; });
 }
 
 function setPaused(on) {
@@ -94,6 +98,7 @@ function boot() {
   if (roms) for (const [socket, bytes] of roms) machine.insertRom(socket, bytes);
   else machine.insertOpenRoms();
   machine.boot();
+  listing = null;
   applyMachineSettings();
   stopTold = false;
 }
@@ -108,18 +113,32 @@ function waitForBasic() {
   for (let i = 0; i < 300 && !machine.screenText().includes('Ok'); i++) machine.runFrame();
 }
 
-function loadListing(text, start) {
+// A listing is loaded through the deck; RUN is typed when all of it is read, for BASIC does not listen meanwhile.
+let listing = null; // while it is read: { position, moved: the frame in which the tape moved last }
+const LINE_END = 27, PATIENCE = 550; // frames; behind the last byte BASIC has a line left to put away
+
+function loadListing(text) {
   boot();
   waitForBasic();
   machine.insertTape(listingToTape(text));
-  machine.type(start ? 'CLOAD\nRUN\n' : 'CLOAD\n');
+  machine.type('CLOAD\n');
+  listing = { position: 0, moved: machine.frames };
+}
+
+function stepListing() {
+  if (!listing || machine.typing > 0) return;
+  const position = machine.tapePosition, now = machine.frames;
+  if (position !== listing.position) listing = { position, moved: now };
+  if (now - listing.moved < (position >= machine.tapeSize ? LINE_END : PATIENCE)) return;
+  listing = null;
+  machine.type('RUN\n');
 }
 
 async function openFile(file) {
   const bytes = new Uint8Array(await file.arrayBuffer());
   const name = file.name.toLowerCase();
   if (name in ROM) return openRom(name, bytes);
-  if (name.endsWith('.bas') || name.endsWith('.txt')) loadListing(new TextDecoder().decode(bytes), true);
+  if (name.endsWith('.bas') || name.endsWith('.txt')) loadListing(new TextDecoder().decode(bytes));
   else if (name.endsWith('.kiv')) machine.loadDump(bytes);
   else if (name.endsWith('.kivstate')) machine.load(bytes);
   else machine.insertTape(bytes);
@@ -160,6 +179,7 @@ async function loadState(slot) {
     boot();
   }
   machine.load(state.bytes);
+  listing = null;
   keys.releaseAll(); // what was held when it was saved is held no more
   stopTold = false;
   return true;
@@ -275,7 +295,7 @@ const settingRows = [
   ['sound', [[true, 'on'], [false, 'off']], (value) => sound.switch(value)],
   ['monitor', [['24', '24 kHz'], ['15', '15 kHz']], (value) => machine.setSetting('hires_crt', value === '24' ? 1 : 0)],
   ['hidden', [['pause', 'pauseHidden'], ['on', 'goOn']], () => {}],
-  ['spoken', [[true, 'on'], [false, 'off']], (value) => { if (!value) $('text').textContent = ''; }],
+  ['spoken', [[true, 'on'], [false, 'off']], (value) => { if (!value) $('text').replaceChildren(); heard = ''; }],
 ];
 
 function buildSettings() {
@@ -354,7 +374,7 @@ function listen() {
   document.addEventListener('drop', (event) => openFiles([...event.dataTransfer.files]));
   globalThis.launchQueue?.setConsumer(async ({ files }) => openFiles(await Promise.all(files.map((file) => file.getFile()))));
 
-  $('reset').addEventListener('click', () => { machine.reset(); stopTold = false; place.focus(); });
+  $('reset').addEventListener('click', () => { machine.reset(); listing = null; stopTold = false; place.focus(); });
   $('pause').addEventListener('click', () => setPaused(!paused));
   $('fast').addEventListener('click', () => setFast(!fast));
   $('paste').addEventListener('click', () => { paste(); place.focus(); });
@@ -383,7 +403,7 @@ function listen() {
 
 async function begin(address) {
   const wanted = address.searchParams;
-  if (wanted.has('bas')) return loadListing(await unpack(wanted.get('bas')), true);
+  if (wanted.has('bas')) return loadListing(await unpack(wanted.get('bas')));
   if (wanted.has('tape')) {
     const tape = new URL(wanted.get('tape'), location.href);
     if (tape.origin !== location.origin) throw new Error(tape.origin);
@@ -397,7 +417,7 @@ async function begin(address) {
 
 async function start() {
   setLanguage(settings.language);
-  machine = await Machine.load('kiv.wasm');
+  machine = await Machine.load('kiv.wasm.gz');
   screen = new Screen($('screen'), $('machine'));
   sound = new Sound();
   sound.on = settings.sound;
