@@ -127,11 +127,14 @@ int64_t kiv_form::dispatch(const platform::message &m, bool &handled) {
         OnAppActivate(static_cast<int>(m.wparam));
         return 0;
     case platform::wm_key_down:
-        if (!(m.lparam & repeated_key)) key_pressed(static_cast<uint32_t>(m.wparam));
+        if (!(m.lparam & repeated_key)) key_pressed(static_cast<uint32_t>(m.wparam), m.lparam);
         return 0;
     case platform::wm_key_up: key_released(static_cast<uint32_t>(m.wparam)); return 0;
+    case platform::wm_pad_down: pad_changed(static_cast<uint32_t>(m.wparam), true); return 0;
+    case platform::wm_pad_up: pad_changed(static_cast<uint32_t>(m.wparam), false); return 0;
     case platform::wm_sys_command: handled = run_menu_command(m.wparam & 0xFFFF); return 0;
     case WM_Z80START: start_emulation(); return 0;
+    case WM_RECORDED: recorded(); return 0;
     case WM_Z80ABORT:
         trace("WM_Z80ABORT");
         on_z80_abort(static_cast<uint32_t>(m.wparam), static_cast<uint32_t>(m.lparam));
@@ -166,19 +169,19 @@ const kiv_form::key_command *kiv_form::command_of(uint32_t virtual_key) {
 
 bool kiv_form::is_command_key(uint32_t virtual_key) const { return command_of(virtual_key) != nullptr; }
 
-void kiv_form::key_pressed(uint32_t virtual_key) {
+void kiv_form::key_pressed(uint32_t virtual_key, uint64_t lparam) {
     if (const key_command *command = command_of(virtual_key)) {
         const uint64_t bit = uint64_t{1} << (command - key_commands);
         shifted_presses = window->shift_down() ? shifted_presses | bit : shifted_presses & ~bit;
     }
-    if (!stops_typing(virtual_key)) key_down(virtual_key);
+    if (!stops_typing(virtual_key)) machine_key_pressed(virtual_key, lparam);
 }
 
 // Shift let go a moment before its command key still counts: the other command would be a surprise.
 void kiv_form::key_released(uint32_t virtual_key) {
     const key_command *command = command_of(virtual_key);
     if (command == nullptr) {
-        key_up(virtual_key);
+        machine_key_released(virtual_key);
         return;
     }
     const uint64_t bit = uint64_t{1} << (command - key_commands);
@@ -267,6 +270,7 @@ void kiv_form::start_emulation() {
 }
 
 void kiv_form::exit() {
+    end_recording();
     trace("exit: try stop z80 thread");
     if (pause_machine()) {
         trace("exit: terminating Kiv");

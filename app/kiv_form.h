@@ -6,7 +6,9 @@
 #pragma once
 
 #include "api/typing.h"
+#include "app/character_keys.h"
 #include "app/command_line.h"
+#include "app/recording.h"
 #include "app/settings_file.h"
 #include "app/user_settings.h"
 #include "platform/event.h"
@@ -14,13 +16,17 @@
 #include "support/kel_dib.h"
 #include "support/main_window.h"
 
+#include <array>
 #include <cstdint>
+#include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
 // The window's own messages, besides WM_Z80ABORT.
 enum form_message : uint32_t {
     WM_Z80START = platform::wm_private + 1, // from the boot: start the emulation
+    WM_RECORDED = platform::wm_private + 3, // from a recording's thread: it has ended
 };
 
 enum form_menu_item : uint32_t {
@@ -56,6 +62,13 @@ enum form_menu_item : uint32_t {
     menu_halt_waits,
     menu_steps_over,
     menu_back_deletes,
+    menu_by_character,
+    menu_keyboard,
+    menu_pads,
+    menu_louder,
+    menu_quieter,
+    menu_record_sound,
+    menu_record_video,
     // The first of a row each.
     menu_recent = 0x100,
     menu_scale = 0x110,
@@ -82,6 +95,7 @@ class kiv_form final : public main_window, public platform::window_listener {
     virtual int initialize();
     int64_t window_proc(platform::host_window &from, const platform::message &m, bool &handled) override;
     bool is_command_key(uint32_t virtual_key) const override;
+    bool is_key_down(uint32_t virtual_key) const override;
     std::vector<platform::menu_item> menus() const override;
     void dropped(const std::string &path) override;
     void come_to_front(); // another copy was started
@@ -103,7 +117,14 @@ class kiv_form final : public main_window, public platform::window_listener {
   private:
     int64_t dispatch(const platform::message &m, bool &handled);
     void key_released(uint32_t virtual_key);
-    void key_pressed(uint32_t virtual_key);
+    void key_pressed(uint32_t virtual_key, uint64_t lparam);
+    void machine_key_pressed(uint32_t virtual_key, uint64_t lparam);
+    void machine_key_released(uint32_t virtual_key);
+    void toggle_keys_by_character();
+    void toggle_keyboard();
+    void show_keyboard();
+    void pad_changed(uint32_t input, bool down);
+    void pads_command();
 
     // Commands.
     void start_emulation();
@@ -151,6 +172,15 @@ class kiv_form final : public main_window, public platform::window_listener {
     void undo_load();
     void choose_state_file(bool saving);
     std::vector<platform::menu_item> state_menu() const;
+
+    // Sound and recordings.
+    static std::string dated_path(const std::string &folder, const char *extension);
+    void change_volume(int by);
+    bool is_recording(recording::kind what) const;
+    void toggle_recording(recording::kind what);
+    void end_recording();
+    void recorded();
+    std::vector<platform::menu_item> sound_menu() const;
 
     // Text and files.
     void paste();
@@ -215,9 +245,14 @@ class kiv_form final : public main_window, public platform::window_listener {
     typist typing;
     uint32_t typing_total = 0;
     bool typing_ticks = false;
-    bool held = false;            // paused by the person
-    std::string tape_name;        // of the tape that is in; empty: none
-    uint64_t shifted_presses = 0; // key_commands, by index: pressed with Shift
+    bool held = false; // paused by the person
+    character_keys by_character;
+    std::array<uint32_t, platform::pad_inputs> pad_keys_down{}; // virtual keys; 0: none
+    std::mutex recording_mutex;
+    std::string recording_fault;         // of the one that has ended; empty: none
+    std::unique_ptr<recording> recorder; // null: none is made
+    std::string tape_name;               // of the tape that is in; empty: none
+    uint64_t shifted_presses = 0;        // key_commands, by index: pressed with Shift
     std::string ini_path;
     int deactivated = 0; // 1: paused because full screen lost activation
     platform::event sync_event, ack_event;

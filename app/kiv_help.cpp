@@ -52,6 +52,10 @@ const char help_more[] =
     "[Alt]+[Insert] ...... 貼り付けて打つ\r\n"
     "[Alt]+[C] ........... 画面の文字をコピー\r\n"
     "[Alt]+[I] ........... スクリーンショット\r\n"
+    "[Alt]+[W] ........... 録音 (WAV)\r\n"
+    "[Alt]+[SHIFT]+[W] ... 録画 (ffmpeg)\r\n"
+    "[Alt]+[↑] [↓] ....... 音量\r\n"
+    "[Alt]+[B] ........... 本体のキーボードを表示\r\n"
     "[Alt]+[A] ........... 縦横比 4:3\r\n"
     "[Alt]+[1]...[6] ..... 画面の大きさ\r\n"
     "[Alt]+[F4] .......... 終了\r\n"
@@ -62,7 +66,12 @@ const char help_more[] =
     "[￥] ................ [`] (1の左)\r\n"
     "[_] ................. [Page Up]\r\n"
     "[GRPH] .............. 右[Alt]\r\n"
-    "[カナ] .............. [Menu] [Page Down] [Caps Lock]\r\n";
+    "[カナ] .............. [Menu] [Page Down] [Caps Lock]\r\n"
+    "[STOP] .............. [Alt]+[BS]\r\n"
+    "[HELP] .............. [Scroll Lock] [Alt]+[F11]\r\n"
+    "[COPY] .............. [Print Screen] [Alt]+[F12]\r\n"
+    "[CAPS] .............. [Num Lock] [Alt]+[Caps Lock]\r\n"
+    "ﾃﾝｷｰの[-] [/] [,] [=]  [Alt]+[-] [/] [,] [^(US: =)]\r\n";
 // clang-format on
 
 platform::help_dialog make_help_dialog() {

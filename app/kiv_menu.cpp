@@ -13,8 +13,6 @@
 #include "support/log.h"
 
 #include <cstdio>
-#include <ctime>
-#include <filesystem>
 
 using platform::menu_item;
 using platform::text;
@@ -101,6 +99,13 @@ const kiv_form::menu_command kiv_form::menu_commands[] = {
      [](kiv_form &f, uint32_t) { f.choose(user_halt_waits, !f.lenient(user_halt_waits)); }},
     {menu_steps_over, 1,
      [](kiv_form &f, uint32_t) { f.choose(user_steps_over, !f.lenient(user_steps_over)); }},
+    {menu_by_character, 1, [](kiv_form &f, uint32_t) { f.toggle_keys_by_character(); }},
+    {menu_keyboard, 1, [](kiv_form &f, uint32_t) { f.toggle_keyboard(); }},
+    {menu_pads, 1, [](kiv_form &f, uint32_t) { f.pads_command(); }},
+    {menu_louder, 1, [](kiv_form &f, uint32_t) { f.change_volume(1); }},
+    {menu_quieter, 1, [](kiv_form &f, uint32_t) { f.change_volume(-1); }},
+    {menu_record_sound, 1, [](kiv_form &f, uint32_t) { f.toggle_recording(recording::kind::sound); }},
+    {menu_record_video, 1, [](kiv_form &f, uint32_t) { f.toggle_recording(recording::kind::video); }},
     {menu_language, 3, [](kiv_form &f, uint32_t n) { f.choose(user_language, static_cast<int>(n)); }},
 };
 
@@ -159,7 +164,8 @@ std::vector<menu_item> kiv_form::edit_menu() const {
             item(menu_copy_text, "画面の文字をコピー(&T)", "Alt+C"),
             item(menu_copy_picture, "画面の絵をコピー(&P)", "Alt+Shift+C"),
             separator(),
-            item(menu_screenshot, "スクリーンショット(&S)", "Alt+I")};
+            item(menu_screenshot, "スクリーンショット(&S)", "Alt+I"),
+            check(menu_record_video, "録画(&R)", is_recording(recording::kind::video), "Alt+Shift+W")};
 }
 
 std::vector<menu_item> kiv_form::tape_menu() const {
@@ -201,9 +207,18 @@ std::vector<menu_item> kiv_form::view_menu() const {
                                        choice(menu_look + 1, text("走査線(&S)"), look == 1),
                                        choice(menu_look + 2, text("やわらかい管面(&T)"), look == 2)}),
             separator(),
+            check(menu_keyboard, "本体のキーボード(&K)", window->keyboard_shown(), "Alt+B"),
             check(menu_pcg, "PCG-8100の文字(&P)", machine.pcg_glyphs_on != 0, "F11"),
             item(menu_status, "速度の表示(&I)", "Shift+F6"),
             check(menu_messages, "メッセージの表示(&M)", own.values[user_messages] != 0)};
+}
+
+std::vector<menu_item> kiv_form::sound_menu() const {
+    const int volume = own.values[user_volume];
+    return {check(menu_sound, "音を出す(&S)", program.directx->isSoundOff() == 0, "F8"),
+            item(menu_louder, "音量を上げる(&U)", "Alt+Up", volume < user_volume_highest),
+            item(menu_quieter, "音量を下げる(&D)", "Alt+Down", volume > 0), separator(),
+            check(menu_record_sound, "録音(&R)", is_recording(recording::kind::sound), "Alt+W")};
 }
 
 std::vector<menu_item> kiv_form::settings_menu() const {
@@ -213,6 +228,8 @@ std::vector<menu_item> kiv_form::settings_menu() const {
             check(menu_halt_waits, "HALTは割り込みを待つ(&H)", lenient(user_halt_waits)),
             check(menu_steps_over, "未定義命令を読み飛ばす(&U)", lenient(user_steps_over)),
             check(menu_back_deletes, "BackspaceをDELにする(&B)", lenient(user_back_deletes)),
+            check(menu_by_character, "キーを文字で読む(&C)", own.values[user_by_character] != 0),
+            item(menu_pads, "ゲームパッド(&G)..."),
             separator(),
             submenu("言語 / Language(&L)",
                     {choice(menu_language, text("デスクトップに合わせる(&A)"), language == 0),
@@ -229,7 +246,7 @@ std::vector<menu_item> kiv_form::menus() const {
             submenu("編集(&E)", edit_menu()),
             submenu("テープ(&T)", tape_menu()),
             submenu("表示(&V)", view_menu()),
-            submenu("音(&U)", {check(menu_sound, "音を出す(&S)", program.directx->isSoundOff() == 0, "F8")}),
+            submenu("音(&U)", sound_menu()),
             submenu("設定(&S)", settings_menu()),
             submenu("ヘルプ(&H)", {item(menu_about, "キーと設定(&K)")})};
 }
@@ -266,9 +283,12 @@ void kiv_form::apply_user_settings() {
     view.notices = own.values[user_messages] != 0;
     window->set_view(view);
     map_back_key(lenient(user_back_deletes));
+    host.use_gamepads(own.values[user_gamepads] != 0);
+    host.get_sound().set_loudness(own.values[user_volume] * 100 / user_volume_highest);
     z80_lenient.halt_waits = lenient(user_halt_waits);
     z80_lenient.undefined_runs = lenient(user_steps_over);
     apply_language();
+    if (window->keyboard_shown()) show_keyboard();
     window->menus_changed();
 }
 
@@ -299,19 +319,9 @@ void kiv_form::copy_picture() {
     notify(platform::text("画面の絵をコピーしました"));
 }
 
-// Into the person's pictures, named after the moment.
+// Into the person's pictures.
 void kiv_form::screenshot() {
-    const std::string folder = host.pictures_folder();
-    std::error_code ignored; // the write says why
-    std::filesystem::create_directories(folder, ignored);
-    const std::time_t now = std::time(nullptr);
-    std::tm local{};
-    localtime_r(&now, &local);
-    char name[64];
-    std::strftime(name, sizeof name, "kiv-%Y-%m-%d-%H%M%S", &local);
-    std::string path = folder + "/" + name + ".png";
-    for (int n = 2; std::filesystem::exists(path, ignored); ++n)
-        path = folder + "/" + name + "-" + std::to_string(n) + ".png";
+    const std::string path = dated_path(host.pictures_folder(), ".png");
     notify(window->save_picture(path) ? path + platform::text(" に保存しました")
                                       : path + ": " + platform::last_file_error());
 }

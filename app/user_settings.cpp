@@ -17,8 +17,30 @@ struct value_rule {
 };
 
 constexpr value_rule rules[user_setting_count] = {
-    {"look", 0, 2},     {"four_thirds", 0, 1}, {"whole_factors", 0, 1}, {"messages", 1, 1},
-    {"language", 0, 2}, {"halt_waits", 2, 2},  {"steps_over", 2, 2},    {"back_deletes", 2, 2},
+    {"look", 0, 2},
+    {"four_thirds", 0, 1},
+    {"whole_factors", 0, 1},
+    {"messages", 1, 1},
+    {"language", 0, 2},
+    {"halt_waits", 2, 2},
+    {"steps_over", 2, 2},
+    {"back_deletes", 2, 2},
+    {"keys_by_character", 0, 1},
+    {"volume", user_volume_highest, user_volume_highest},
+    {"gamepads", 0, 1},
+    // The ten-key's 8, 2, 4 and 6; space, Z, X, RETURN; SHIFT, CTRL; ESC, RETURN.
+    {"pad_up", 8, user_pad_none},
+    {"pad_down", 2, user_pad_none},
+    {"pad_left", 4, user_pad_none},
+    {"pad_right", 6, user_pad_none},
+    {"pad_a", 78, user_pad_none},
+    {"pad_b", 42, user_pad_none},
+    {"pad_x", 40, user_pad_none},
+    {"pad_y", 15, user_pad_none},
+    {"pad_left_shoulder", 70, user_pad_none},
+    {"pad_right_shoulder", 71, user_pad_none},
+    {"pad_back", 79, user_pad_none},
+    {"pad_start", 15, user_pad_none},
 };
 
 } // namespace

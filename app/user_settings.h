@@ -16,8 +16,15 @@ enum user_setting : size_t {
     user_halt_waits,    // 1: HALT waits for an interrupt, 0: it ends the program, 2: as suits the ROM set
     user_steps_over,    // likewise: undefined instructions are stepped over, or end the program
     user_back_deletes,  // 1: Backspace is the machine's DEL, 0: its STOP, 2: as suits the ROM set
+    user_by_character,  // 1: keys by what the layout prints, 0: by their place
+    user_volume,        // 0 to user_volume_highest, beside the machine's own
+    user_gamepads,      // 1: gamepads are used
+    user_pad_up,        // and what follows, a pad_input each: row * 8 + bit of the key, or user_pad_none
+    user_pad_last = user_pad_up + 11,
     user_setting_count
 };
+
+constexpr int user_volume_highest = 10, user_pad_none = 88;
 
 constexpr size_t most_recent_files = 8;
 

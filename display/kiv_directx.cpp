@@ -253,10 +253,32 @@ uint32_t kiv_directx::compose_locked() {
     if (offscreen == nullptr || !lock_offscreen(pixels)) return 0;
     geometry.frame_pixels = pixels;
     const uint32_t rows = compose_frame(pixel_format);
+    give_frame(pixels);
     draw_overlay(pixels);
     offscreen->unlock();
     ++drawn;
     return rows;
+}
+
+void kiv_directx::set_tap(output_tap *listens) {
+    const std::scoped_lock lock(sound_tap_mutex, picture_tap_mutex);
+    sound_tap = picture_tap = listens;
+}
+
+void kiv_directx::give_frame(const void *pixels) {
+    const std::lock_guard lock(picture_tap_mutex);
+    if (picture_tap == nullptr) return;
+    const size_t first = static_cast<size_t>(geometry.frame_top) * geometry.frame_pitch +
+                         static_cast<size_t>(geometry.frame_left);
+    if (pixel_format == pixels_rgb32) {
+        picture_tap->frame(static_cast<const uint32_t *>(pixels) + first, geometry.frame_pitch);
+        return;
+    }
+    static std::array<uint32_t, static_cast<size_t>(frame_width) * frame_height> coloured;
+    const uint8_t *row = static_cast<const uint8_t *>(pixels) + first;
+    for (uint32_t *at = coloured.data(); at != coloured.data() + coloured.size(); row += geometry.frame_pitch)
+        for (int x = 0; x < frame_width; ++x) *at++ = host_palette[row[x]];
+    picture_tap->frame(coloured.data(), frame_width);
 }
 
 void kiv_directx::draw_overlay(void *pixels) {

@@ -19,6 +19,17 @@
 constexpr uint32_t stream_half_bytes = slice_bytes;
 constexpr uint32_t stream_bytes = 2 * stream_half_bytes;
 
+// Whoever wants what is made, besides the host: recordings.
+class output_tap {
+  public:
+    virtual ~output_tap() = default;
+    // CPU thread: a slice, whatever the sound's switch and volumes say. Must not wait.
+    virtual void samples(const int16_t *samples, size_t count) = 0;
+    // Render thread: 640 x 400 pixels of 0x00RRGGBB, rows top first and `pitch` pixels apart, without the
+    // speed line.
+    virtual void frame(const uint32_t *pixels, uint32_t pitch) = 0;
+};
+
 class kiv_directx {
   public:
     explicit kiv_directx(platform::host &host);
@@ -89,6 +100,8 @@ class kiv_directx {
 
     // The sound's state, for snapshots: while the CPU thread is parked.
     sound_block &sound_state() { return slices.record(); }
+    // Window thread; null: nobody. After the call the one before is not called any more.
+    void set_tap(output_tap *listens);
     // Any thread: frames composed since the start.
     uint64_t frames_drawn() const { return drawn; }
 
@@ -111,6 +124,7 @@ class kiv_directx {
     bool lock_offscreen(void *&pixels);
     bool copy_to_screen();
     void draw_overlay(void *pixels);
+    void give_frame(const void *pixels);
 
     bool sound_start();
     bool sound_set_up();
@@ -118,6 +132,8 @@ class kiv_directx {
     bool write_slice(uint32_t offset, uint32_t bytes, const int16_t *samples);
 
     platform::host &host;
+    std::mutex sound_tap_mutex, picture_tap_mutex; // two, so that neither thread waits for the other
+    output_tap *sound_tap = nullptr, *picture_tap = nullptr;
     platform::host_window *window = nullptr;
     uint32_t use_videomem = 0; // stored only
     // Picture.

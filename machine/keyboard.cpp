@@ -52,8 +52,12 @@ constexpr std::array<uint8_t, 256> standard_keys() {
 // Virtual-key code to key index, or no_key. Four entries follow map_cursor_keys.
 std::array<uint8_t, 256> virtual_keys = standard_keys();
 
+constexpr uint8_t caps_key = key(10, 7);
+
 uint8_t key_of(uint32_t virtual_key) {
-    return virtual_key < virtual_keys.size() ? virtual_keys[virtual_key] : no_key;
+    if (virtual_key < virtual_keys.size()) return virtual_keys[virtual_key];
+    const uint32_t place = virtual_key - vk_matrix;
+    return place < key(11, 0) ? static_cast<uint8_t>(place) : no_key;
 }
 
 // A key that is pressed during one frame is down at the two retraces that follow, and is released as the
@@ -104,6 +108,7 @@ void wait_with_change(uint8_t index, bool down, uint32_t due) {
 void key_press(uint32_t virtual_key) {
     const uint8_t index = key_of(virtual_key);
     if (index >= matrix_keys) return;
+    if (index == caps_key) return change_matrix(index, !is_key_held(index));
     if (const key_change *last = waiting_change(index)) {
         if (last->down == 0) wait_with_change(index, true, last->due + retraces_up);
         return;
@@ -117,7 +122,7 @@ void key_press(uint32_t virtual_key) {
 
 void key_release(uint32_t virtual_key) {
     const uint8_t index = key_of(virtual_key);
-    if (index >= matrix_keys) return;
+    if (index >= matrix_keys || index == caps_key) return;
     const uint32_t due = machine.key_pressed_at[index] + retraces_down;
     if (machine.key_changes_asked == changes_made() && is_past(due, machine.key_retraces))
         change_matrix(index, false);
@@ -132,6 +137,15 @@ void keyboard_retrace() {
     for (; made != asked && is_past(change_number(made).due, now); ++made)
         change_matrix(change_number(made).key, change_number(made).down != 0);
     __atomic_store_n(&machine.key_changes_made.value, made, __ATOMIC_RELEASE);
+}
+
+bool is_key_held(uint32_t place) {
+    return place < key_rows * 8 && (machine.key_matrix[place / 8] >> place % 8 & 1) == 0;
+}
+
+uint8_t key_place(uint32_t virtual_key) {
+    const uint8_t index = key_of(virtual_key);
+    return index < matrix_keys ? index : no_key;
 }
 
 void map_cursor_keys(bool tenkeyless) {

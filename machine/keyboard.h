@@ -30,8 +30,9 @@ struct key_matrix_block {
     shared<uint32_t> key_changes_asked;
 };
 
-// Presses or releases the matrix key of a virtual-key code; codes above 255 and unmapped keys do nothing. A
-// press acts at once unless a release waits.
+// Presses or releases the matrix key of a virtual-key code, or of vk_matrix + row * 8 + bit in rows 0-10;
+// other codes do nothing. A press acts at once unless a release waits. CAPS is a switch: a press turns it on
+// or off, and its release does nothing.
 void key_press(uint32_t virtual_key);
 void key_release(uint32_t virtual_key);
 
@@ -43,6 +44,11 @@ void map_cursor_keys(bool tenkeyless);
 
 // Backspace is the machine's DEL (true) or its STOP.
 void map_back_key(bool deletes);
+
+// Whether a program sees the key held: row * 8 + bit.
+bool is_key_held(uint32_t place);
+// The matrix key, row * 8 + bit, that a virtual-key code stands for as things are; 0xFF: none.
+uint8_t key_place(uint32_t virtual_key);
 
 // Releases every key at once; nothing waits any more. Only while no other thread uses the machine.
 void reset_keyboard(struct kiv_machine &m);

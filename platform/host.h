@@ -28,10 +28,33 @@ enum window_message : uint32_t {
     wm_query_end_session = 0x11,
     wm_erase_background = 0x14, // as wm_paint, before it, when the background is to be erased
     wm_activate_app = 0x1C,     // wparam 1: the application becomes active, 0: inactive
-    wm_key_down = 0x100,        // wparam: virtual-key code; lparam bit 30: auto-repeat
+    wm_key_down = 0x100,        // wparam: virtual-key code; lparam bit 30: auto-repeat, and key_signs
     wm_key_up = 0x101,          // wparam: virtual-key code
     wm_sys_command = 0x112,     // wparam: command ID of a menu item
+    wm_pad_down = 0x120,        // wparam: pad_input
+    wm_pad_up = 0x121,
     wm_private = 0x400,
+};
+
+// In lparam of wm_key_down: what the person's layout makes of the key.
+constexpr uint64_t key_of_layout = uint64_t{1} << 31; // it chooses signs of the layout, and is none itself
+constexpr int key_sign_shift = 32; // from this bit on the sign that it gives, UTF-32; 0: none
+
+// What gamepads have, all of them taken together.
+enum pad_input : uint32_t {
+    pad_up,
+    pad_down,
+    pad_left,
+    pad_right,
+    pad_a,
+    pad_b,
+    pad_x,
+    pad_y,
+    pad_left_shoulder,
+    pad_right_shoulder,
+    pad_back,
+    pad_start,
+    pad_inputs
 };
 
 struct size2 {
@@ -70,6 +93,24 @@ struct menu_item {
     std::vector<menu_item> items;
 };
 
+// A page that shows a keyboard: what is held on it, and what is clicked comes as wm_key_down and wm_key_up.
+struct shown_key {
+    enum kinds {
+        plain,
+        until_next, // clicked, it stays down until another key was clicked
+        turning     // likewise until it is clicked again
+    };
+    uint32_t code = 0;                       // virtual key
+    int x = 0, y = 0, width = 0, height = 0; // in quarters of a key
+    std::string label;                       // the sign with Shift on a line of its own before the other
+    std::string host;                        // the key that presses it, when it has another name
+    kinds kind = plain;
+};
+struct keyboard_page {
+    std::string title, hint;
+    std::vector<shown_key> keys;
+};
+
 class host_window {
   public:
     virtual ~host_window() = default;
@@ -105,6 +146,9 @@ class host_window {
     // The frame around a picture enlarged `factor` times; 0: by what suits the desktop.
     virtual void set_scale(int factor) = 0;
     virtual std::string place() const = 0; // where it stands and how large, for window_options
+    // A window beside this one, which keeps the keyboard; null: none. The person may close it.
+    virtual void show_keyboard(const keyboard_page *page) = 0;
+    virtual bool keyboard_shown() const = 0;
 };
 
 // Who receives a window's messages.
@@ -116,6 +160,8 @@ class window_listener {
     // Whether the release of a key is a command: such a release is only given for a press by the person,
     // never because the keyboard went elsewhere.
     virtual bool is_command_key(uint32_t virtual_key) const = 0;
+    // For the page with the keyboard.
+    virtual bool is_key_down(uint32_t virtual_key) const = 0;
     // A file or a folder was dropped on the window.
     virtual void dropped(const std::string &path) = 0;
     // What the menu bar holds, as things stand.
@@ -160,6 +206,17 @@ struct question_box {
     std::string text, caption;
     std::string detail;               // shown when it is asked for; empty: nothing to show
     std::vector<std::string> buttons; // beside OK
+};
+// What the inputs of gamepads press, each one of `keys`.
+struct pad_dialog {
+    std::string caption, use_label, found; // found: the gamepads that are there
+    bool use = false;
+    struct row {
+        std::string label;
+        size_t key;
+    };
+    std::vector<row> rows;
+    std::vector<std::string> keys;
 };
 struct help_dialog {
     std::string caption, program_line, copyright_line, text;
@@ -242,7 +299,8 @@ class primary_sound_buffer {
 class sound_device {
   public:
     virtual ~sound_device() = default;
-    virtual void open() = 0; // also where there is no device: the sound is then not heard
+    virtual void open() = 0;                    // also where there is no device: the sound is then not heard
+    virtual void set_loudness(int percent) = 0; // 0 to 100, beside the volume
     virtual void close() = 0;
     virtual std::unique_ptr<primary_sound_buffer> create_primary() = 0;
     virtual std::unique_ptr<sound_stream> create_stream(uint32_t bytes, const wave_format &format) = 0;
@@ -264,7 +322,12 @@ class host {
     virtual std::string clipboard_text() const = 0;
     virtual void copy_text(const std::string &text) = 0; // onto the clipboard
     virtual std::string pictures_folder() const = 0;     // of the person's; empty: none
-    virtual void set_language(language which) = 0;       // of texts, and of the host's own
+    virtual std::string music_folder() const = 0;
+    virtual std::string movies_folder() const = 0;
+    // Gamepads come as wm_pad_down and wm_pad_up, while a window of ours is the active one.
+    virtual void use_gamepads(bool on) = 0;
+    virtual std::vector<std::string> gamepads() const = 0; // that are there; none while they are not in use
+    virtual void set_language(language which) = 0;         // of texts, and of the host's own
     // Calls `ready` on the window thread whenever something can be read from a descriptor; null: no more.
     virtual void watch(int descriptor, std::function<void()> ready) = 0;
 
@@ -278,6 +341,7 @@ class host {
     virtual bool save_file(host_window &owner, const file_dialog_options &options, std::string &path) = 0;
     // True: OK, and the dialog's values are the ones chosen. False: cancelled, values unchanged.
     virtual bool settings(host_window &owner, settings_dialog &dialog) = 0;
+    virtual bool pads(host_window &owner, pad_dialog &dialog) = 0; // likewise
     virtual void help(host_window &owner, const help_dialog &dialog) = 0;
 
     virtual display &get_display() = 0;

@@ -66,6 +66,10 @@ void kiv_directx::stop() {
 
 void kiv_directx::tickPCM() {
     const int16_t *const samples = makePCM(closeBanks());
+    {
+        const std::lock_guard lock(sound_tap_mutex);
+        if (sound_tap != nullptr) sound_tap->samples(samples, slice_samples);
+    }
     transferPCM(sound_off != 0 ? silence : samples); // slices and phases go on while the sound is off
 }
 

@@ -65,4 +65,16 @@ enum host_key : uint32_t {
     vk_caret = 0xDE,
     vk_underscore = 0xE2, // ro
     vk_kana = 0xF0,
+
+    // Keys of the machine by their place, row * 8 + bit, for those that no key of the original's host stood
+    // for.
+    vk_matrix = 0x100,
+    vk_pad_equals = vk_matrix + 12,
+    vk_pad_comma = vk_matrix + 13,
+    vk_stop = vk_matrix + 72,
+    vk_help = vk_matrix + 83,
+    vk_copy = vk_matrix + 84,
+    vk_pad_minus = vk_matrix + 85,
+    vk_pad_divide = vk_matrix + 86,
+    vk_caps = vk_matrix + 87,
 };

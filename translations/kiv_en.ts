@@ -192,6 +192,10 @@
 [Alt]+[Insert] ...... 貼り付けて打つ&#xd;
 [Alt]+[C] ........... 画面の文字をコピー&#xd;
 [Alt]+[I] ........... スクリーンショット&#xd;
+[Alt]+[W] ........... 録音 (WAV)&#xd;
+[Alt]+[SHIFT]+[W] ... 録画 (ffmpeg)&#xd;
+[Alt]+[↑] [↓] ....... 音量&#xd;
+[Alt]+[B] ........... 本体のキーボードを表示&#xd;
 [Alt]+[A] ........... 縦横比 4:3&#xd;
 [Alt]+[1]...[6] ..... 画面の大きさ&#xd;
 [Alt]+[F4] .......... 終了&#xd;
@@ -203,6 +207,11 @@
 [_] ................. [Page Up]&#xd;
 [GRPH] .............. 右[Alt]&#xd;
 [カナ] .............. [Menu] [Page Down] [Caps Lock]&#xd;
+[STOP] .............. [Alt]+[BS]&#xd;
+[HELP] .............. [Scroll Lock] [Alt]+[F11]&#xd;
+[COPY] .............. [Print Screen] [Alt]+[F12]&#xd;
+[CAPS] .............. [Num Lock] [Alt]+[Caps Lock]&#xd;
+ﾃﾝｷｰの[-] [/] [,] [=]  [Alt]+[-] [/] [,] [^(US: =)]&#xd;
 </source>
         <translation>&#xd;
 ==========================================&#xd;
@@ -218,6 +227,10 @@
 [Alt]+[Insert] ...... paste as typing&#xd;
 [Alt]+[C] ........... copy the screen's text&#xd;
 [Alt]+[I] ........... screenshot&#xd;
+[Alt]+[W] ........... record the sound (WAV)&#xd;
+[Alt]+[SHIFT]+[W] ... record a video (ffmpeg)&#xd;
+[Alt]+[Up] [Down] ... volume&#xd;
+[Alt]+[B] ........... the machine's keyboard&#xd;
 [Alt]+[A] ........... aspect 4:3&#xd;
 [Alt]+[1]...[6] ..... size of the picture&#xd;
 [Alt]+[F4] .......... exit&#xd;
@@ -229,6 +242,11 @@
 [_] ................. [Page Up]&#xd;
 [GRPH] .............. right [Alt]&#xd;
 [KANA] .............. [Menu] [Page Down] [Caps Lock]&#xd;
+[STOP] .............. [Alt]+[BS]&#xd;
+[HELP] .............. [Scroll Lock] [Alt]+[F11]&#xd;
+[COPY] .............. [Print Screen] [Alt]+[F12]&#xd;
+[CAPS] .............. [Num Lock] [Alt]+[Caps Lock]&#xd;
+ten-key [-] [/] [,] [=]  [Alt]+[-] [/] [,] [=]&#xd;
 </translation>
     </message>
     <message>
@@ -590,6 +608,166 @@ exists already. Replace it?</translation>
     <message>
         <source>PCG-8100 OFF</source>
         <translation>PCG-8100 off</translation>
+    </message>
+    <message>
+        <source>音量を上げる(&amp;U)</source>
+        <translation>Louder (&amp;U)</translation>
+    </message>
+    <message>
+        <source>音量を下げる(&amp;D)</source>
+        <translation>Quieter (&amp;D)</translation>
+    </message>
+    <message>
+        <source>録音(&amp;R)</source>
+        <translation>&amp;Record to a WAV file</translation>
+    </message>
+    <message>
+        <source>録画(&amp;R)</source>
+        <translation>&amp;Record a video</translation>
+    </message>
+    <message>
+        <source>本体のキーボード(&amp;K)</source>
+        <translation>The machine's &amp;keyboard</translation>
+    </message>
+    <message>
+        <source>キーを文字で読む(&amp;C)</source>
+        <translation>Keys by &amp;character</translation>
+    </message>
+    <message>
+        <source>ゲームパッド(&amp;G)...</source>
+        <translation>&amp;Gamepads...</translation>
+    </message>
+    <message>
+        <source>音量 </source>
+        <translation>Volume </translation>
+    </message>
+    <message>
+        <source>録画開始: </source>
+        <translation>Recording a video: </translation>
+    </message>
+    <message>
+        <source>録音開始: </source>
+        <translation>Recording the sound: </translation>
+    </message>
+    <message>
+        <source>前の録音・録画を書き込んでいます</source>
+        <translation>The recording before is still being written</translation>
+    </message>
+    <message>
+        <source>ffmpegがありません (Debianのパッケージ ffmpeg)</source>
+        <translation>ffmpeg is not there (Debian's package ffmpeg)</translation>
+    </message>
+    <message>
+        <source>ffmpegが途中で終わりました</source>
+        <translation>ffmpeg ended too early</translation>
+    </message>
+    <message>
+        <source>書き込みが間に合いません</source>
+        <translation>The computer is too slow to write it</translation>
+    </message>
+    <message>
+        <source>WAVファイルの最大の長さです</source>
+        <translation>a WAV file cannot be longer</translation>
+    </message>
+    <message>
+        <source>キーは文字のとおり</source>
+        <translation>Keys by character</translation>
+    </message>
+    <message>
+        <source>キーは位置のとおり</source>
+        <translation>Keys by position</translation>
+    </message>
+    <message>
+        <source>本体のキーボード</source>
+        <translation>The machine's keyboard</translation>
+    </message>
+    <message>
+        <source>青: PCのキー   右クリック: 押したままにする</source>
+        <translation>Blue: the key on your keyboard   Right click: holds a key down</translation>
+    </message>
+    <message>
+        <source>無変換</source>
+        <translation>Muhenkan</translation>
+    </message>
+    <message>
+        <source>無変換、右Alt</source>
+        <translation>Muhenkan, right Alt</translation>
+    </message>
+    <message>
+        <source>カナ</source>
+        <translation>Kana</translation>
+    </message>
+    <message>
+        <source>なし</source>
+        <translation>None</translation>
+    </message>
+    <message>
+        <source>スペース</source>
+        <translation>Space</translation>
+    </message>
+    <message>
+        <source>テンキー </source>
+        <translation>Ten-key </translation>
+    </message>
+    <message>
+        <source>ゲームパッド</source>
+        <translation>Gamepads</translation>
+    </message>
+    <message>
+        <source>ゲームパッドを使う(&amp;G)</source>
+        <translation>Use &amp;gamepads</translation>
+    </message>
+    <message>
+        <source>ゲームパッドはつながっていません</source>
+        <translation>No gamepad is connected</translation>
+    </message>
+    <message>
+        <source>上(&amp;U)</source>
+        <translation>&amp;Up</translation>
+    </message>
+    <message>
+        <source>下(&amp;D)</source>
+        <translation>&amp;Down</translation>
+    </message>
+    <message>
+        <source>左(&amp;L)</source>
+        <translation>&amp;Left</translation>
+    </message>
+    <message>
+        <source>右(&amp;R)</source>
+        <translation>&amp;Right</translation>
+    </message>
+    <message>
+        <source>ボタンA(&amp;A)</source>
+        <translation>Button &amp;A</translation>
+    </message>
+    <message>
+        <source>ボタンB(&amp;B)</source>
+        <translation>Button &amp;B</translation>
+    </message>
+    <message>
+        <source>ボタンX(&amp;X)</source>
+        <translation>Button &amp;X</translation>
+    </message>
+    <message>
+        <source>ボタンY(&amp;Y)</source>
+        <translation>Button &amp;Y</translation>
+    </message>
+    <message>
+        <source>左肩(&amp;E)</source>
+        <translation>L&amp;eft shoulder</translation>
+    </message>
+    <message>
+        <source>右肩(&amp;I)</source>
+        <translation>R&amp;ight shoulder</translation>
+    </message>
+    <message>
+        <source>BACK(&amp;K)</source>
+        <translation>Bac&amp;k</translation>
+    </message>
+    <message>
+        <source>START(&amp;T)</source>
+        <translation>S&amp;tart</translation>
     </message>
 </context>
 </TS>

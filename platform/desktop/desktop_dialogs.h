@@ -14,6 +14,7 @@ std::string choose_folder(QWidget *owner, const std::string &title); // empty: c
 std::string choose_file(QWidget *owner, const file_dialog_options &options, bool for_saving);
 // True: OK, and the values in `dialog` are the chosen ones.
 bool run_settings_dialog(QWidget *owner, settings_dialog &dialog);
+bool run_pad_dialog(QWidget *owner, pad_dialog &dialog); // likewise
 void run_help_dialog(QWidget *owner, const help_dialog &dialog);
 
 } // namespace platform

@@ -4,6 +4,7 @@
 #include "platform/desktop/desktop_dialogs.h"
 #include "platform/desktop/desktop_display.h"
 #include "platform/desktop/desktop_window.h"
+#include "platform/desktop/gamepads.h"
 #include "platform/resources.h"
 #include <QtCore/QLibraryInfo>
 #include <QtCore/QLocale>
@@ -27,6 +28,8 @@ namespace {
 
 // While one window of ours gives the activation to another the application is inactive for a moment.
 constexpr int inactive_after_ms = 50;
+
+constexpr int looks_with_pads_ms = 4, looks_without_pads_ms = 500;
 
 bool is_set(const char *variable) {
     const char *value = std::getenv(variable);
@@ -63,7 +66,9 @@ struct desktop_host::parts {
     desktop_sound sound;
     std::vector<std::unique_ptr<desktop_window>> windows;
     std::map<int, std::unique_ptr<QSocketNotifier>> watched;
-    bool active = false; // as last told to the windows
+    std::unique_ptr<platform::gamepads> pads; // while they are in use
+    QTimer *pad_timer = nullptr;              // the application's
+    bool active = false;                      // as last told to the windows
     bool quit = false;
     int quit_code = 0;
 
@@ -77,6 +82,20 @@ struct desktop_host::parts {
                 dialog->reject();
         for (const auto &w : windows) w->post(wm_close, 0, 0);
     }
+    // Pads are looked at often while there are any: what they add to the time from press to picture is half
+    // of that.
+    void look_at_pads() {
+        if (pads == nullptr) return;
+        pads->look();
+        const uint32_t now = active ? pads->held() : 0, changed = told_pads ^ now;
+        for (uint32_t input = 0; changed >> input != 0; ++input)
+            if ((changed >> input & 1) != 0)
+                for (const auto &w : windows)
+                    w->post((now >> input & 1) != 0 ? wm_pad_down : wm_pad_up, input, 0);
+        told_pads = now;
+        pad_timer->setInterval(pads->names().empty() ? looks_without_pads_ms : looks_with_pads_ms);
+    }
+    uint32_t told_pads = 0;
     void activation(bool now) {
         if (now == active) return;
         active = now;
@@ -204,6 +223,39 @@ std::string desktop_host::pictures_folder() const {
     return QStandardPaths::writableLocation(QStandardPaths::PicturesLocation).toStdString();
 }
 
+std::string desktop_host::music_folder() const {
+    return QStandardPaths::writableLocation(QStandardPaths::MusicLocation).toStdString();
+}
+std::string desktop_host::movies_folder() const {
+    return QStandardPaths::writableLocation(QStandardPaths::MoviesLocation).toStdString();
+}
+
+void desktop_host::use_gamepads(bool on) {
+    if (on == (p->pads != nullptr)) return;
+    if (!on) {
+        p->pad_timer->stop();
+        p->pads.reset();
+        for (uint32_t input = 0; p->told_pads >> input != 0; ++input)
+            if ((p->told_pads >> input & 1) != 0)
+                for (const auto &w : p->windows) w->post(wm_pad_up, input, 0);
+        p->told_pads = 0;
+        return;
+    }
+    p->pads = std::make_unique<platform::gamepads>();
+    if (p->pad_timer == nullptr) {
+        p->pad_timer = new QTimer(p->application.get());
+        p->pad_timer->setTimerType(Qt::PreciseTimer);
+        QObject::connect(p->pad_timer, &QTimer::timeout, p->pad_timer, [this] { p->look_at_pads(); });
+    }
+    p->pad_timer->start(looks_with_pads_ms);
+}
+
+std::vector<std::string> desktop_host::gamepads() const {
+    if (p->pads == nullptr) return {};
+    p->pads->look();
+    return p->pads->names();
+}
+
 void desktop_host::set_language(language which) {
     const QLocale::Language of_desktop = QLocale::system().language();
     const bool japanese =
@@ -270,6 +322,11 @@ bool desktop_host::save_file(host_window &owner, const file_dialog_options &opti
 bool desktop_host::settings(host_window &owner, settings_dialog &dialog) {
     const dialog_scope scope(*p, &owner);
     return run_settings_dialog(scope.owner(), dialog);
+}
+
+bool desktop_host::pads(host_window &owner, pad_dialog &dialog) {
+    const dialog_scope scope(*p, &owner);
+    return run_pad_dialog(scope.owner(), dialog);
 }
 
 void desktop_host::help(host_window &owner, const help_dialog &dialog) {

@@ -30,6 +30,10 @@ class desktop_host : public host {
     std::string clipboard_text() const override;
     void copy_text(const std::string &text) override;
     std::string pictures_folder() const override;
+    std::string music_folder() const override;
+    std::string movies_folder() const override;
+    void use_gamepads(bool on) override;
+    std::vector<std::string> gamepads() const override;
     void set_language(language which) override;
     void watch(int descriptor, std::function<void()> ready) override;
 
@@ -39,6 +43,7 @@ class desktop_host : public host {
     bool open_file(host_window &owner, const file_dialog_options &options, std::string &path) override;
     bool save_file(host_window &owner, const file_dialog_options &options, std::string &path) override;
     bool settings(host_window &owner, settings_dialog &dialog) override;
+    bool pads(host_window &owner, pad_dialog &dialog) override;
     void help(host_window &owner, const help_dialog &dialog) override;
 
     display &get_display() override;

@@ -1,6 +1,7 @@
 #define SDL_MAIN_HANDLED
 #include "platform/desktop/desktop_sound.h"
 
+#include "platform/desktop/gamepads.h"
 #include "support/log.h"
 #include <SDL.h>
 #include <algorithm>
@@ -40,6 +41,13 @@ struct sound_output {
     std::atomic<int> device_rate{0}, device_block{0};
     std::atomic<uint32_t> openings{0};
     std::atomic<int32_t> volume{0}; // hundredths of a decibel
+    std::atomic<int> loudness{100}; // percent
+    void use_gain() {
+        const double used = std::clamp<int32_t>(volume, -10000, 0);
+        // A half on the scale is heard as about half as loud.
+        const double share = std::pow(loudness / 100.0, 1.7);
+        feeder.set_gain(used == -10000 ? 0.0f : static_cast<float>(share * std::pow(10.0, used / 2000.0)));
+    }
 };
 
 namespace {
@@ -63,13 +71,22 @@ void silence_alsa() {
 
 bool is_usable(int rate) { return rate >= 8000 && rate <= 192000; }
 
+bool start_audio() {
+    const std::lock_guard lock(sdl_start_mutex());
+    return SDL_InitSubSystem(SDL_INIT_AUDIO) == 0;
+}
+void end_audio() {
+    const std::lock_guard lock(sdl_start_mutex());
+    SDL_QuitSubSystem(SDL_INIT_AUDIO);
+}
+
 // Opens the default device at the rate that it prefers; 0 on failure.
 SDL_AudioDeviceID open_device(sound_output &output) {
     SDL_SetHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1");
     SDL_SetHint(SDL_HINT_AUDIO_DEVICE_APP_NAME, "Kiv");
     SDL_SetMainReady();
     silence_alsa();
-    if (SDL_InitSubSystem(SDL_INIT_AUDIO) != 0) return 0;
+    if (!start_audio()) return 0;
     SDL_AudioSpec preferred{};
     char *name = nullptr;
     int rate = 48000;
@@ -92,7 +109,7 @@ SDL_AudioDeviceID open_device(sound_output &output) {
     const SDL_AudioDeviceID device = SDL_OpenAudioDevice(
         nullptr, 0, &wish, &granted, SDL_AUDIO_ALLOW_FREQUENCY_CHANGE | SDL_AUDIO_ALLOW_SAMPLES_CHANGE);
     if (device == 0) {
-        SDL_QuitSubSystem(SDL_INIT_AUDIO);
+        end_audio();
         return 0;
     }
     output.feeder.open_device(static_cast<uint32_t>(granted.freq), granted.samples);
@@ -142,7 +159,7 @@ void keep_device(const std::shared_ptr<sound_output> &shared) {
                 trace("sound: the device is gone");
                 output.device_open = false;
                 SDL_CloseAudioDevice(device);
-                SDL_QuitSubSystem(SDL_INIT_AUDIO);
+                end_audio();
                 device = 0;
             }
         }
@@ -158,7 +175,7 @@ void keep_device(const std::shared_ptr<sound_output> &shared) {
               static_cast<unsigned long long>(heard.underruns), static_cast<unsigned long long>(heard.skips),
               heard.fill_ms, heard.target_ms);
         SDL_CloseAudioDevice(device);
-        SDL_QuitSubSystem(SDL_INIT_AUDIO);
+        end_audio();
     }
     SDL_TLSCleanup(); // SDL keeps its last error for every thread that called it
     lock.lock();
@@ -172,8 +189,7 @@ class desktop_primary_buffer : public primary_sound_buffer {
     uint32_t size() const override { return static_cast<uint32_t>(output->device_block.load()) * 2; }
     void set_volume(int32_t hundredths_db) override {
         output->volume = hundredths_db;
-        const int32_t used = std::clamp(hundredths_db, -10000, 0);
-        output->feeder.set_gain(used == -10000 ? 0.0f : static_cast<float>(std::pow(10.0, used / 2000.0)));
+        output->use_gain();
     }
     int32_t get_volume() const override {
         const int32_t volume = output->volume;
@@ -279,7 +295,14 @@ void desktop_sound::close() {
     output->changed.notify_all();
     if (output->changed.wait_for(lock, close_at_most, [&] { return !output->running; })) return;
     lock.unlock();
+    const int loudness = output->loudness;
     output = std::make_shared<sound_output>();
+    output->loudness = loudness;
+}
+
+void desktop_sound::set_loudness(int percent) {
+    output->loudness = std::clamp(percent, 0, 100);
+    output->use_gain();
 }
 
 std::unique_ptr<primary_sound_buffer> desktop_sound::create_primary() {

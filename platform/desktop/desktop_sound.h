@@ -18,6 +18,7 @@ class desktop_sound : public sound_device {
     ~desktop_sound() override;
     void open() override;
     void close() override;
+    void set_loudness(int percent) override;
     std::unique_ptr<primary_sound_buffer> create_primary() override;
     std::unique_ptr<sound_stream> create_stream(uint32_t bytes, const wave_format &format) override;
 

@@ -53,6 +53,8 @@ class desktop_window : public host_window, public mode_switch {
     void set_view(const view_settings &settings) override;
     void set_scale(int factor) override;
     std::string place() const override;
+    void show_keyboard(const keyboard_page *page) override;
+    bool keyboard_shown() const override;
 
     void enter_mode(int width, int height) override;
     void leave_mode() override;
@@ -70,10 +72,12 @@ class desktop_window : public host_window, public mode_switch {
     class view_widget;
     class frame_widget;
     class receiver;
+    class keyboard_widget;
 
     struct key_stroke;
     bool key_event(QKeyEvent &e);
     key_stroke read_key(const QKeyEvent &e) const;
+    static uint64_t sign_of(const QKeyEvent &e);
     void key_pressed(const key_stroke &k);
     void key_released(const key_stroke &k);
     void release_held_keys();
@@ -100,6 +104,7 @@ class desktop_window : public host_window, public mode_switch {
     std::shared_ptr<screen_link> link;
     std::unique_ptr<frame_widget> frame;
     view_widget *view = nullptr;          // the frame's
+    keyboard_widget *keyboard = nullptr;  // likewise, once it was asked for
     std::vector<QMenu *> menus;           // the menu bar's
     std::vector<QAction *> keys_of_menus; // items that have keys of their own
 

@@ -21,6 +21,7 @@ struct key_entry {
 //   muhenkan (GRPH)     right Alt
 //   henkan (kana)       the menu key; Page Down; Caps Lock, which sends 0xF0 on Japanese keyboards, too
 //   both                eisu and kana beside the space bar of other Japanese keyboards
+//   HELP, COPY, CAPS    Scroll Lock, Print Screen, Num Lock
 constexpr key_entry entries[] = {
     {1, vk_escape}, // Esc
     {2, '1'},
@@ -90,12 +91,12 @@ constexpr key_entry entries[] = {
     {66, vk_f8},
     {67, vk_f9},
     {68, vk_f10}, // F1 to F10
-    {69, vk_num_lock},
-    {70, vk_scroll_lock}, // Num Lock, Scroll Lock
+    {69, vk_caps},
+    {70, vk_help}, // Num Lock, Scroll Lock
     {71, vk_numpad0 + 7},
     {72, vk_numpad0 + 8},
     {73, vk_numpad0 + 9},
-    {74, vk_subtract}, // keypad 7 8 9 -
+    {74, vk_pad_minus}, // keypad 7 8 9 -
     {75, vk_numpad0 + 4},
     {76, vk_numpad0 + 5},
     {77, vk_numpad0 + 6},
@@ -114,12 +115,12 @@ constexpr key_entry entries[] = {
     {92, vk_henkan},    // henkan
     {93, vk_kana},      // kana
     {94, vk_muhenkan},  // muhenkan
-    {95, vk_separator}, // keypad , (Japanese)
+    {95, vk_pad_comma}, // keypad , (Japanese)
     {96, vk_return},
     {97, vk_control},
-    {98, vk_divide},    // Enter, right Ctrl, keypad /
-    {99, vk_print},     // Print Screen
-    {100, vk_muhenkan}, // right Alt
+    {98, vk_pad_divide}, // Enter, right Ctrl, keypad /
+    {99, vk_copy},       // Print Screen
+    {100, vk_muhenkan},  // right Alt
     {102, vk_home},
     {103, vk_up},
     {104, vk_underscore}, // Home, up, Page Up
@@ -129,9 +130,10 @@ constexpr key_entry entries[] = {
     {108, vk_down},
     {109, vk_henkan}, // left, right, End, down, Page Down
     {110, vk_insert},
-    {111, vk_delete},    // Insert, Delete
-    {119, vk_pause},     // Pause
-    {121, vk_separator}, // keypad ,
+    {111, vk_delete},     // Insert, Delete
+    {117, vk_pad_equals}, // keypad =
+    {119, vk_pause},      // Pause
+    {121, vk_pad_comma},  // keypad ,
     {122, vk_henkan},
     {123, vk_muhenkan}, // kana, eisu beside the space bar
     {124, vk_yen},      // yen
@@ -141,14 +143,24 @@ constexpr key_entry entries[] = {
 };
 
 constexpr auto table = [] {
-    std::array<uint8_t, 128> t{};
-    for (const key_entry e : entries) t[e.evdev] = static_cast<uint8_t>(e.virtual_key);
+    std::array<uint16_t, 128> t{};
+    for (const key_entry e : entries) t[e.evdev] = static_cast<uint16_t>(e.virtual_key);
     return t;
 }();
 
 } // namespace
 
 uint32_t virtual_key_of_evdev(uint32_t code) { return code < table.size() ? table[code] : 0; }
+
+uint32_t virtual_key_with_alt(uint32_t code) {
+    constexpr key_entry with_alt[] = {
+        {14, vk_stop},       {12, vk_pad_minus}, {13, vk_pad_equals}, {51, vk_pad_comma},
+        {53, vk_pad_divide}, {58, vk_caps},      {87, vk_help},       {88, vk_copy}, // Caps Lock, F11, F12
+    };
+    for (const key_entry e : with_alt)
+        if (e.evdev == code) return e.virtual_key;
+    return 0;
+}
 
 bool key_tracker::press(uint32_t id, uint32_t virtual_key) { return held.emplace(id, virtual_key).second; }
 

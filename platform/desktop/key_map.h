@@ -12,6 +12,9 @@ namespace platform {
 // The virtual-key code of an evdev key code (the kernel's numbers, linux/input-event-codes.h); 0: none.
 uint32_t virtual_key_of_evdev(uint32_t code);
 
+// The same with the left Alt key: keys of the machine that most keyboards lack. 0: none.
+uint32_t virtual_key_with_alt(uint32_t code);
+
 // What is held down, so that a release names the same key as its press did, and so that nothing stays pressed
 // when the keyboard goes elsewhere. A key is identified by a number of the host's (its scan code).
 class key_tracker {

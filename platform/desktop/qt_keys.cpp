@@ -21,11 +21,12 @@ uint32_t virtual_key_of_qt(int key, bool keypad) {
         case Qt::Key_PageUp: return vk_numpad0 + 9;
         case Qt::Key_Asterisk: return vk_multiply;
         case Qt::Key_Plus: return vk_add;
-        case Qt::Key_Comma: return vk_separator;
-        case Qt::Key_Minus: return vk_subtract;
+        case Qt::Key_Comma: return vk_pad_comma;
+        case Qt::Key_Minus: return vk_pad_minus;
+        case Qt::Key_Equal: return vk_pad_equals;
         case Qt::Key_Delete:
         case Qt::Key_Period: return vk_decimal;
-        case Qt::Key_Slash: return vk_divide;
+        case Qt::Key_Slash: return vk_pad_divide;
         default: break;
         }
     }
@@ -64,6 +65,10 @@ uint32_t virtual_key_of_qt(int key, bool keypad) {
     case Qt::Key_Hiragana:
     case Qt::Key_Hiragana_Katakana:
     case Qt::Key_CapsLock: return vk_kana;
+    case Qt::Key_ScrollLock:
+    case Qt::Key_Help: return vk_help;
+    case Qt::Key_Print: return vk_copy;
+    case Qt::Key_NumLock: return vk_caps;
     case Qt::Key_Exclam: return '1';
     case Qt::Key_QuoteDbl: return '2';
     case Qt::Key_NumberSign: return '3';

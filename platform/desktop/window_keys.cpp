@@ -32,6 +32,7 @@ struct desktop_window::key_stroke {
     uint32_t scan;
     uint32_t virtual_key;
     uint32_t id;   // what tells this key from others while it is held
+    uint64_t sign; // what the layout makes of it, as wm_key_down has it
     bool is_alt;   // the left one, which belongs to the desktop
     bool with_alt; // held with the desktop's Alt
     bool repeated;
@@ -49,7 +50,27 @@ desktop_window::key_stroke desktop_window::read_key(const QKeyEvent &e) const {
     k.with_alt = (e.modifiers() & Qt::AltModifier) != 0 && !keys.is_id_held(right_alt_scan) &&
                  k.scan != right_alt_scan && !k.is_alt;
     k.repeated = e.isAutoRepeat();
+    k.sign = sign_of(e);
+    if (k.with_alt && k.scan >= evdev_offset)
+        if (const uint32_t key = virtual_key_with_alt(k.scan - evdev_offset); key != 0) {
+            k.virtual_key = key;
+            k.sign = 0;
+            k.with_alt = false;
+        }
     return k;
+}
+
+// What the layout prints, in the form of wm_key_down. Of the ten-key the place counts; with Ctrl the letter
+// does.
+uint64_t desktop_window::sign_of(const QKeyEvent &e) {
+    if (e.nativeScanCode() == right_alt_scan && e.key() == Qt::Key_AltGr) return key_of_layout;
+    if ((e.modifiers() & Qt::KeypadModifier) != 0) return 0;
+    if ((e.modifiers() & (Qt::ControlModifier | Qt::MetaModifier)) != 0)
+        return e.key() >= Qt::Key_A && e.key() <= Qt::Key_Z
+                   ? static_cast<uint64_t>(e.key() - Qt::Key_A + 'a') << key_sign_shift
+                   : 0;
+    const QList<uint> text = e.text().toUcs4();
+    return text.size() == 1 && text[0] > ' ' && text[0] != 0x7F ? uint64_t{text[0]} << key_sign_shift : 0;
 }
 
 // True: dealt with.
@@ -79,7 +100,7 @@ void desktop_window::key_pressed(const key_stroke &k) {
     } else if (k.virtual_key == vk_f10) {
         if (!k.repeated) open_menu();
     } else if (!k.repeated) {
-        send(wm_key_down, k.virtual_key, keys.press(k.id, k.virtual_key) ? 0 : auto_repeat);
+        send(wm_key_down, k.virtual_key, (keys.press(k.id, k.virtual_key) ? 0 : auto_repeat) | k.sign);
     } else if (keys.is_id_held(k.id)) {
         send(wm_key_down, k.virtual_key, auto_repeat);
     }

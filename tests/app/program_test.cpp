@@ -411,6 +411,31 @@ TEST_F(whole_program, ACommandThatFailsInItsDialogLeavesTheMachineRunning) {
     EXPECT_TRUE(folder.heard_line("out of order"));
 }
 
+// A letter reaches one item of its menu, and every item of a menu has one; a key does one thing.
+TEST_F(whole_program, NoTwoItemsShareALetterOrAKey) {
+    std::map<std::string, std::string> keys;
+    const std::function<void(const std::vector<platform::menu_item> &, bool)> look = [&](auto &items,
+                                                                                         bool bar) {
+        std::map<char, std::string> letters;
+        for (const platform::menu_item &item : items) {
+            const size_t at = item.text.find('&');
+            if (at != std::string::npos) {
+                std::string &other = letters[static_cast<char>(std::toupper(item.text[at + 1]))];
+                EXPECT_EQ(other, "") << item.text;
+                other = item.text;
+                if (bar) keys[std::string("Alt+") + item.text[at + 1]] = item.text;
+            } else {
+                EXPECT_TRUE(item.text.empty() || item.id == 0 || item.id <= menu_about) << item.text;
+            }
+            std::string &other = keys[item.shortcut];
+            EXPECT_TRUE(item.shortcut.empty() || other.empty() || item.id == menu_open) << item.text << other;
+            other = item.text;
+            look(item.items, false);
+        }
+    };
+    run([&] { on_window_thread([&] { look(program.form->menus(), true); }); });
+}
+
 TEST_F(whole_program, EveryMenuItemDoesItsWorkOnce) {
     put_file(folder / "song.cmt", "tape");
     run([&] {
@@ -458,6 +483,8 @@ TEST_F(whole_program, EveryMenuItemDoesItsWorkOnce) {
                     {menu_back_deletes, "back_deletes", "1"},
                     {menu_halt_waits, "halt_waits", "1"},
                     {menu_steps_over, "steps_over", "1"},
+                    {menu_by_character, "keys_by_character", "1"},
+                    {menu_quieter, "volume", "9"},
                     {menu_language + 2, "language", "2"}};
         for (const auto &k : kept) {
             EXPECT_TRUE(choose_item(k.id));
@@ -467,6 +494,10 @@ TEST_F(whole_program, EveryMenuItemDoesItsWorkOnce) {
         EXPECT_TRUE(view.look == platform::crt_look::tube && view.four_thirds && view.whole_factors &&
                     !view.notices);
         EXPECT_EQ(host.chosen_language, platform::language::english);
+        EXPECT_EQ(host.sound.loud, 90);
+        EXPECT_FALSE(window().state().keyboard_shown);
+        EXPECT_TRUE(choose_item(menu_keyboard));
+        EXPECT_TRUE(window().state().keyboard_shown);
         EXPECT_TRUE(choose_item(menu_copy_text));
         EXPECT_EQ(host.copied().substr(0, host.copied().find('\n')), "READY");
         EXPECT_TRUE(choose_item(menu_copy_picture));
@@ -496,6 +527,136 @@ TEST_F(whole_program, EveryMenuItemDoesItsWorkOnce) {
     EXPECT_EQ(dialogs.settings.size(), 2u);
     EXPECT_EQ(dialogs.helps.size(), 1u);
     EXPECT_EQ(platform::profile_string(folder / "config/kiv/kiv.ini", "Kiv", "window"), "here");
+}
+
+// A person with a US keyboard: signs that the machine has elsewhere, with Shift and without.
+TEST_F(whole_program, KeysByCharacterGiveWhatThePersonsLayoutPrints) {
+    const auto sign = [](char c) { return static_cast<uint64_t>(c) << platform::key_sign_shift; };
+    const struct {
+        uint32_t key;
+        char character;
+        bool shift;
+        const char *row; // the ROM shows the mark of a key alone as if it were a small letter
+    } strokes[] = {{'2', '@', true, "`"},      {'A', 'A', true, "`A"},     {vk_yen, '`', false, "`A@"},
+                   {'B', 'b', false, "`A@b"},  {'C', 'X', false, "`A@bX"}, {'D', 0, false, "`A@bXd"},
+                   {vk_f12, 0, false, nullptr}};
+    run([&] {
+        on_window_thread([&] { window().choose_menu_item(menu_by_character); });
+        for (const auto &s : strokes) {
+            if (s.row == nullptr) break;
+            on_window_thread([&] {
+                if (s.shift) window().send(platform::wm_key_down, vk_shift, 0);
+                window().send(platform::wm_key_down, s.key, sign(s.character));
+            });
+            wait_for_row(1, s.row);
+            on_window_thread([&] {
+                window().send(platform::wm_key_up, s.key, 0);
+                if (s.shift) window().send(platform::wm_key_up, vk_shift, 0);
+            });
+        }
+        wait_until("all keys up", [] {
+            return std::all_of(std::begin(machine.key_matrix), std::end(machine.key_matrix),
+                               [](const auto &row) { return row == 0xFF; });
+        });
+        on_window_thread([&] { window().choose_menu_item(menu_by_character); });
+    });
+}
+
+TEST_F(whole_program, ThePageAndTheGamepadPressTheMachinesKeys) {
+    script.pads = [](platform::pad_dialog &dialog) {
+        const auto letter = std::find(dialog.keys.begin(), dialog.keys.end(), "Q");
+        dialog.use = true;
+        dialog.rows[platform::pad_b].key = static_cast<size_t>(letter - dialog.keys.begin());
+        dialog.rows[platform::pad_x].key = 0;
+        return letter != dialog.keys.end();
+    };
+    host.set_script(script);
+    run([&] {
+        for (const uint32_t item : {menu_pads, menu_keyboard})
+            on_window_thread([&] { window().choose_menu_item(item); });
+        settle();
+        EXPECT_TRUE(host.pads_used);
+        const auto send = [&](uint32_t id, uint64_t what) {
+            on_window_thread([&] { window().send(id, what, 0); });
+        };
+        for (const uint32_t input : {platform::pad_x, platform::pad_b}) send(platform::wm_pad_down, input);
+        wait_for_row(1, "q");
+        send(platform::wm_pad_up, platform::pad_b);
+        send(platform::wm_pad_up, platform::pad_up); // that was never down
+        // Every key of the page is held while it is clicked, and no two of them are one, but SHIFT and
+        // RETURN.
+        std::map<uint32_t, int> places;
+        for (const platform::shown_key &key : window().state().keyboard.keys) {
+            ++places[key.code];
+            on_window_thread([&] {
+                machine.reset_keyboard(machine);
+                window().send(platform::wm_key_down, key.code, 0);
+                EXPECT_TRUE(program.form->is_key_down(key.code)) << key.label;
+                EXPECT_EQ(key.width > 0 && key.height > 0, true) << key.label;
+                machine.reset_keyboard(machine);
+            });
+        }
+        EXPECT_EQ(places.size(), 88u) << "rows 0 to 10";
+        for (const auto &[code, count] : places)
+            EXPECT_EQ(count, code == vk_matrix + 15 || code == vk_matrix + 70 ? 2 : 1) << code;
+        window().close_box();
+    });
+    EXPECT_EQ(platform::profile_string(folder / "config/kiv/kiv.ini", "Kiv", "pad_b"), "33");
+}
+
+// What ffmpeg would get, what it says when it fails, and what is said when there is none.
+TEST_F(whole_program, RecordingsHoldEveryPictureAndSample) {
+    const std::string path_before = std::getenv("PATH"), tools = folder / "tools";
+    fs::create_directory(tools);
+    put_file(tools + "/ffmpeg", "#!/bin/sh\n"
+                                "cd '" +
+                                    folder.path +
+                                    "'; cat <&3 >frames & cat <&4 >sound; wait\n"
+                                    "[ ! -e broken ] || { echo 'No space left' >&2; exit 1; }\n");
+    fs::permissions(tools + "/ffmpeg", fs::perms::owner_all);
+    const auto last_notice = [&] {
+        return window().state().notices.empty() ? "" : window().state().notices.back();
+    };
+    const auto toggle = [&](uint32_t id) {
+        on_window_thread([&] { EXPECT_TRUE(window().choose_menu_item(id)); });
+        settle();
+    };
+    const auto wait_for_notice = [&](const std::string &part) {
+        wait_until(part, [&] { return last_notice().find(part) != std::string::npos; });
+    };
+    run([&] {
+        setenv("PATH", (tools + ":" + path_before).c_str(), 1);
+        toggle(menu_record_video);
+        std::this_thread::sleep_for(std::chrono::milliseconds(700));
+        toggle(menu_record_video);
+        wait_for_notice(".mp4 に保存しました");
+        const std::string frames = get_file(folder / "frames"), sound = get_file(folder / "sound");
+        const double seconds = static_cast<double>(sound.size()) / 2 / sample_rate;
+        const uint32_t frame = machine.line_clocks * machine.display_lines + machine.vblank_clocks;
+        EXPECT_EQ(frames.size() % (640 * 400 * 4), 0u);
+        EXPECT_GT(seconds, 0.3);
+        EXPECT_NEAR(static_cast<double>(frames.size()) / (640 * 400 * 4), seconds * machine.clock_hz / frame,
+                    2.5);
+        EXPECT_NE(frames.find("\xFF\xFF\xFF"), std::string::npos) << "READY is white";
+        put_file(folder / "broken", "");
+        toggle(menu_record_video);
+        toggle(menu_record_video);
+        wait_for_notice("ffmpeg: No space left");
+        setenv("PATH", "/nowhere", 1);
+        toggle(menu_record_video);
+        EXPECT_NE(last_notice().find("Debian"), std::string::npos) << last_notice();
+        setenv("PATH", path_before.c_str(), 1);
+        toggle(menu_record_sound);
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+        toggle(menu_record_sound);
+        wait_for_notice(".wav に保存しました");
+        for (const auto &file : fs::directory_iterator(folder / "music")) {
+            const std::string wave = get_file(file.path());
+            EXPECT_EQ(wave.substr(0, 4) + wave.substr(36, 4), "RIFFdata");
+            EXPECT_EQ((wave.size() - 44) % slice_bytes, 0u);
+            EXPECT_GT(wave.size(), 44u + 5 * slice_bytes);
+        }
+    });
 }
 
 TEST_F(whole_program, StatesGoBackAndForth) {

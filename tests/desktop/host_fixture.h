@@ -57,6 +57,7 @@ class noting_listener : public window_listener {
         return 0;
     }
     bool is_command_key(uint32_t key) const override { return key == vk_end || key == vk_f6; }
+    bool is_key_down(uint32_t) const override { return false; }
     void dropped(const std::string &path) override { heard.push_back("dropped " + path); }
     std::vector<menu_item> menu_bar;
     std::vector<menu_item> menus() const override { return menu_bar; }

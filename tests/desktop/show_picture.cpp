@@ -40,6 +40,7 @@ class shower : public window_listener {
     }
 
     bool is_command_key(uint32_t key) const override { return key == vk_end; }
+    bool is_key_down(uint32_t) const override { return false; }
     void dropped(const std::string &) override {}
 
     std::vector<menu_item> menus() const override {

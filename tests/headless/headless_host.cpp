@@ -254,6 +254,15 @@ bool headless_host::settings(host_window &, settings_dialog &values) {
     return true;
 }
 
+bool headless_host::pads(host_window &, pad_dialog &values) {
+    const dialog_scope scope(*this);
+    const auto answer = note(shown.pads, values, script.pads);
+    pad_dialog chosen = values;
+    if (!answer || !answer(chosen)) return false;
+    values = chosen;
+    return true;
+}
+
 void headless_host::help(host_window &, const help_dialog &text) {
     const dialog_scope scope(*this);
     const auto answer = note(shown.helps, text, script.help);

@@ -27,6 +27,7 @@ struct headless_script {
     std::function<bool(std::string &path)> choose_folder;
     std::function<bool(const file_dialog_options &options, std::string &path)> open_file, save_file;
     std::function<bool(settings_dialog &dialog)> settings;
+    std::function<bool(pad_dialog &dialog)> pads;
     std::function<void(const help_dialog &dialog)> help;
 };
 
@@ -42,6 +43,7 @@ struct dialog_record {
     std::vector<file_dialog_options> open_files, save_files;
     std::vector<settings_dialog> settings; // as they came up
     std::vector<help_dialog> helps;
+    std::vector<pad_dialog> pads;
     std::vector<int> folders;
 };
 
@@ -80,6 +82,11 @@ class headless_host : public host, public message_sink {
     void copy_text(const std::string &text) override;
     std::string copied() const; // last onto the clipboard
     std::string pictures_folder() const override { return "pictures"; }
+    std::string music_folder() const override { return "music"; }
+    std::string movies_folder() const override { return "movies"; }
+    void use_gamepads(bool on) override { pads_used = on; }
+    std::vector<std::string> gamepads() const override { return {}; }
+    std::atomic<bool> pads_used{false};
     void set_language(language which) override { chosen_language = which; }
     std::atomic<language> chosen_language{};
     void watch(int descriptor, std::function<void()> ready) override;
@@ -89,6 +96,7 @@ class headless_host : public host, public message_sink {
     bool open_file(host_window &owner, const file_dialog_options &options, std::string &path) override;
     bool save_file(host_window &owner, const file_dialog_options &options, std::string &path) override;
     bool settings(host_window &owner, settings_dialog &dialog) override;
+    bool pads(host_window &owner, pad_dialog &dialog) override;
     void help(host_window &owner, const help_dialog &dialog) override;
     display &get_display() override { return screen; }
     sound_device &get_sound() override { return sound; }

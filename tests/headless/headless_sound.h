@@ -4,6 +4,7 @@
 
 #include "platform/host.h"
 #include "tests/headless/fault_plan.h"
+#include <atomic>
 #include <memory>
 
 namespace platform {
@@ -32,6 +33,8 @@ class headless_sound : public sound_device {
 
     // ---- for the program ----
     void open() override;
+    void set_loudness(int percent) override { loud = percent; }
+    std::atomic<int> loud{100};
     void close() override;
     std::unique_ptr<primary_sound_buffer> create_primary() override;
     std::unique_ptr<sound_stream> create_stream(uint32_t bytes, const wave_format &format) override;

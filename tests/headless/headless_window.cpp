@@ -326,4 +326,15 @@ void headless_window::set_scale(int factor) {
 
 std::string headless_window::place() const { return "here"; }
 
+void headless_window::show_keyboard(const keyboard_page *page) {
+    const std::lock_guard lock(mutex);
+    now.keyboard_shown = page != nullptr;
+    if (page != nullptr) now.keyboard = *page;
+}
+
+bool headless_window::keyboard_shown() const {
+    const std::lock_guard lock(mutex);
+    return now.keyboard_shown;
+}
+
 } // namespace platform

@@ -26,6 +26,8 @@ struct window_state {
     int scale = 0;
     int brought_to_front = 0;
     int pictures_copied = 0;
+    bool keyboard_shown = false;
+    keyboard_page keyboard; // as it was shown last
     std::vector<std::string> pictures_saved;
 };
 
@@ -92,6 +94,8 @@ class headless_window : public host_window {
     void set_view(const view_settings &settings) override;
     void set_scale(int factor) override;
     std::string place() const override;
+    void show_keyboard(const keyboard_page *page) override;
+    bool keyboard_shown() const override;
 
   private:
     size2 client_size_locked() const;

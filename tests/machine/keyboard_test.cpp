@@ -32,11 +32,14 @@ TEST_F(Keyboard, EveryKeyHasItsPlaceAndNoOtherHasOne) {
         if (const uint32_t key = matrix[place / 8][place % 8]) places[key] = place;
     // Second keys of a position.
     places[0x2E] = places[0x2D], places[0xF0] = places[0x1C], places[0xA2] = places[0xA3] = places[0x11];
+    constexpr int caps = 87;
+    for (int place = 0; place < 88; ++place) places[0x100 + static_cast<uint32_t>(place)] = place;
     for (const bool tenkeyless : {true, false}) {
         map_cursor_keys(tenkeyless);
         auto expected = places; // left, up, right and down stand in for the ten-key 4, 8, 6 and 2
         for (uint32_t i = 0; tenkeyless && i < 4; ++i) expected[0x25 + i] = places["\x64\x68\x66\x62"[i]];
         for (uint32_t code = 0; code < 0x400; ++code) {
+            if (code == 0x100 + caps) continue;
             const auto place = expected.find(code);
             key_press(code);
             key_press(code);
@@ -49,6 +52,11 @@ TEST_F(Keyboard, EveryKeyHasItsPlaceAndNoOtherHasOne) {
             key_release(code);
             for (const auto &row : machine.key_matrix) EXPECT_EQ(row, 0xFF) << "key 0x" << std::hex << code;
         }
+    }
+    for (const int row : {0x7F, 0xFF}) { // a switch
+        key_press(0x100 + caps);
+        key_release(0x100 + caps);
+        EXPECT_EQ(in(10), row);
     }
     for (const uint32_t key : {0x41u, 0x43u, 0x2Du, 0x2Eu}) key_press(key);
     retraces(3);

@@ -21,6 +21,7 @@ class listener : public window_listener {
         return 0;
     }
     bool is_command_key(uint32_t) const override { return false; }
+    bool is_key_down(uint32_t) const override { return false; }
     void dropped(const std::string &) override {}
     std::vector<platform::menu_item> menus() const override { return {}; }
     std::vector<uint64_t> wparams(uint32_t id) const {
