@@ -691,7 +691,7 @@ exists already. Replace it?</translation>
     </message>
     <message>
         <source>無変換、右Alt</source>
-        <translation>Muhenkan, right Alt</translation>
+        <translation>right Alt</translation>
     </message>
     <message>
         <source>カナ</source>

@@ -22,6 +22,7 @@ bool run_pad_dialog(QWidget *owner, pad_dialog &dialog) {
     all->addWidget(use);
     auto *found = new QLabel(text_of(dialog.found));
     found->setTextFormat(Qt::PlainText);
+    found->setVisible(!dialog.found.empty());
     all->addWidget(found);
 
     QStringList keys;

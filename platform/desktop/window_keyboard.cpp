@@ -15,7 +15,7 @@ namespace platform {
 namespace {
 
 constexpr int look_ms = 33;
-constexpr int quarter = 11;     // points of the first size
+constexpr int quarter = 9;      // points of the first size
 constexpr double shrink = 0.06; // of a key, that separates it from its neighbours
 
 } // namespace
