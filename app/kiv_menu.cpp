@@ -5,7 +5,6 @@
 #include "app/program.h"
 #include "cpu/z80_thread.h"
 #include "display/kiv_directx.h"
-#include "display/text_screen.h"
 #include "machine/kiv_machine.h"
 #include "machine/tape_files.h"
 #include "platform/file.h"
@@ -303,8 +302,7 @@ void kiv_form::copy_text() {
     {
         const pause_scope pause(*this);
         if (!pause) return;
-        text.resize(text_screen_utf8(nullptr, 0));
-        text_screen_utf8(text.data(), text.size() + 1);
+        text = program.directx->screen_text();
     }
     if (text.empty()) {
         notify(platform::text("文字の画面は出ていません"));

@@ -4,6 +4,7 @@
 #include "display/frame_composer.h"
 #include "display/kiv_render.h"
 #include "display/overlay_font.h"
+#include "display/text_screen.h"
 #include "platform/clock.h"
 #include "support/log.h"
 #include "support/main_window.h"
@@ -223,6 +224,14 @@ void kiv_directx::on_move() {
 uint32_t kiv_directx::realizer() {
     const std::lock_guard lock(surfaces_mutex);
     return compose_locked();
+}
+
+// A parked machine's last frame may still be drawn, and reading the text takes the same working memory.
+std::string kiv_directx::screen_text() {
+    const std::lock_guard lock(surfaces_mutex);
+    std::string text(text_screen_utf8(nullptr, 0), '\0');
+    text_screen_utf8(text.data(), text.size() + 1);
+    return text;
 }
 
 uint32_t kiv_directx::frame() {

@@ -14,6 +14,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <string>
 
 // The streaming buffer: two halves of one slice each.
 constexpr uint32_t stream_half_bytes = slice_bytes;
@@ -102,6 +103,8 @@ class kiv_directx {
     sound_block &sound_state() { return slices.record(); }
     // Window thread; null: nobody. After the call the one before is not called any more.
     void set_tap(output_tap *listens);
+    // Window thread, the CPU thread being parked: the text screen as UTF-8, empty while it is off.
+    std::string screen_text();
     // Any thread: frames composed since the start.
     uint64_t frames_drawn() const { return drawn; }
 

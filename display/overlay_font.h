@@ -15,7 +15,7 @@ struct overlay_surface {
     bool indexed8;
 };
 
-// White on black from the top left corner; other characters are drawn as blanks.
+// Black on white from the top left corner; other characters are drawn as blanks.
 void overlay_text(const overlay_surface &surface, const char *text);
 
 // Blackens width x height pixels in the top left corner.

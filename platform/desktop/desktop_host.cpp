@@ -336,6 +336,5 @@ void desktop_host::help(host_window &owner, const help_dialog &dialog) {
 
 display &desktop_host::get_display() { return p->screen; }
 sound_device &desktop_host::get_sound() { return p->sound; }
-desktop_sound::figures desktop_host::sound_figures() const { return p->sound.get_figures(); }
 
 } // namespace platform

@@ -49,9 +49,6 @@ class desktop_host : public host {
     display &get_display() override;
     sound_device &get_sound() override;
 
-    // Under-runs, latency and the like, for measurements.
-    desktop_sound::figures sound_figures() const;
-
   private:
     struct parts;
     class dialog_scope;

@@ -224,6 +224,32 @@ TEST_F(kiv_directx_test, slices_go_into_the_half_without_the_write_cursor) {
     }
 }
 
+// A device that has fetched some milliseconds beyond what it plays: a slice for those would come too late.
+TEST_F(kiv_directx_test, a_write_lead_counts_as_played) {
+    const struct {
+        uint64_t at_us;
+        uint32_t lead_bytes;
+        std::ptrdiff_t heard_at; // samples
+    } cases[] = {{18000, 0, 1920}, {18000, 1000, 3840}, {10000, 1000, 1920}, {38000, 1000, 5760}};
+    for (const auto &c : cases) {
+        ASSERT_EQ(init(), 1);
+        host.sound.use_manual_clock();
+        host.sound.set_record_limit(100'000);
+        host.sound.set_write_lead(c.lead_bytes);
+        directx->play();
+        host.sound.advance(c.at_us);
+        std::vector<int16_t> slice(slice_samples, 1);
+        slice[0] = 12345;
+        directx->transferPCM(slice.data());
+        host.sound.advance(80000);
+        const std::vector<int16_t> got = host.sound.heard();
+        EXPECT_EQ(std::find(got.begin(), got.end(), 12345) - got.begin(), c.heard_at)
+            << c.at_us << " us, " << c.lead_bytes << " bytes";
+        host.sound.set_write_lead(0);
+        directx->release();
+    }
+}
+
 TEST_F(kiv_directx_test, the_machine_is_heard_unless_the_sound_is_off) {
     directx->play();
     directx->stop();

@@ -199,6 +199,30 @@ TEST(sound_slices, overrun_banks_drop_time_and_still_give_whole_slices) {
         }
 }
 
+// The bank keeps 9599 stretches, here 923 samples' worth, the last of them silent. What follows lengthens
+// that one if it is silence, too; else the slice is filled by stretching what was kept.
+TEST(sound_slices, after_an_overrun_the_samples_are_those_of_what_was_kept) {
+    const struct {
+        uint32_t writes; // one every four T-states: on, off, on ...
+        bool sounds_to_the_end;
+        std::string next;
+    } cases[] = {{12000, false, "1920*0"}, {12001, true, "48*300 48*-300 48*300"}};
+    for (const auto &c : cases) {
+        auto slices = silent_slices();
+        for (uint32_t n = 0; n < c.writes; ++n) {
+            apply(*slices, {0, 1, n % 2 ? 0 : 1000u});
+            slices->advanceClock(4);
+        }
+        const std::vector<int> samples = next_slice(*slices, slice);
+        const auto sounding = [&](int from, int to) {
+            return std::count_if(samples.begin() + from, samples.begin() + to, [](int v) { return v != 0; });
+        };
+        EXPECT_GT(sounding(0, 923), 0) << c.writes;
+        EXPECT_EQ(sounding(923, 1920) > 0, c.sounds_to_the_end) << c.writes;
+        EXPECT_EQ(runs(next_slice(*slices, slice)), c.next) << c.writes;
+    }
+}
+
 TEST(sound_slices, short_and_empty_slices_are_stretched_or_silent) {
     auto slices = silent_slices();
     slices->beepOn(); // its entry of no time is the whole slice
