@@ -37,6 +37,7 @@ struct quiet_listener : platform::window_listener {
         return 0;
     }
     bool is_command_key(uint32_t) const override { return false; }
+    bool is_key_down(uint32_t) const override { return false; }
     void dropped(const std::string &) override {}
     std::vector<platform::menu_item> menus() const override { return {}; }
 };

@@ -53,6 +53,7 @@ class presentation_test : public testing::Test, public main_window, public platf
     }
 
     bool is_command_key(uint32_t) const override { return false; }
+    bool is_key_down(uint32_t) const override { return false; }
     void dropped(const std::string &) override {}
     std::vector<platform::menu_item> menus() const override { return {}; }
     int init(bool full_screen = false) {
