@@ -7,6 +7,7 @@
 #include "platform/texts.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <ctime>
 #include <filesystem>
 
@@ -47,15 +48,17 @@ void kiv_form::toggle_recording(recording::kind what) {
     const bool video = what == recording::kind::video;
     const pause_scope pause(*this);
     if (!pause) return;
-    recorder = std::make_unique<recording>(
-        what, dated_path(video ? host.movies_folder() : host.music_folder(), video ? ".mp4" : ".wav"),
-        [this](const std::string &wrong) {
-            {
-                const std::lock_guard lock(recording_mutex);
-                recording_fault = wrong;
-            }
-            post(WM_RECORDED, 0, 0);
-        });
+    const std::string path =
+        dated_path(video ? host.movies_folder() : host.music_folder(), video ? ".mp4" : ".wav");
+    recorder = std::make_unique<recording>(what, path, [this, path](const std::string &wrong) {
+        if (!wrong.empty()) // the window may be gone by then
+            std::fprintf(stderr, "kiv: %s: %s\n", path.c_str(), wrong.c_str());
+        {
+            const std::lock_guard lock(recording_mutex);
+            recording_fault = wrong;
+        }
+        post(WM_RECORDED, 0, 0);
+    });
     const uint32_t frame = machine.line_clocks * machine.display_lines + machine.vblank_clocks;
     if (const std::string wrong = recorder->start(frame); !wrong.empty()) {
         notify(recorder->path() + ": " + wrong);
