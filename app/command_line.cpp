@@ -22,6 +22,7 @@ in as a tape, a .kst state or a .kiv memory dump is gone on with, a .bas or .txt
   --state FILE      go on with a saved state
   --fullscreen      start in full screen
   --scale N         a pixel of the machine takes N x N pixels of the screen, 1 to 8
+  --speed N         per cent of the machine's own speed, 25 to 400
   --lang ja|en      the language of menus and messages
   --settings FILE   the machine's settings, in place of KIV.INI
   --version         the version
@@ -84,6 +85,15 @@ const option all_options[] = {
      [](auto &v, auto &o) {
          if (v != "ja" && v != "en") return "--lang " + v + ": no such language (ja and en are)";
          return o.language = v, taken();
+     }},
+    {"--speed", "a number",
+     [](auto &v, auto &o) {
+         const bool number = v.size() <= 3 && std::all_of(v.begin(), v.end(), [](unsigned char c) {
+                                 return std::isdigit(c) != 0;
+                             });
+         if (!number || std::stoi(v) < 25 || std::stoi(v) > 400)
+             return "--speed " + v + ": not a number from 25 to 400";
+         return o.speed = std::stoi(v), taken();
      }},
     {"--scale", "a number",
      [](auto &v, auto &o) {

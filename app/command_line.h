@@ -12,6 +12,7 @@ struct program_options {
     std::string file;         // a state, a dump or a program to begin with
     bool full_screen = false;
     int scale = 0;        // screen pixels to a pixel of the machine; 0: as the person left the window
+    int speed = 0;        // per cent of the machine's; 0: its own
     std::string language; // "ja", "en"; empty: as set
     std::string settings; // the machine's settings file; empty: KIV.INI in the current directory
 };

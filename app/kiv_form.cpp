@@ -174,14 +174,14 @@ void kiv_form::key_pressed(uint32_t virtual_key, uint64_t lparam) {
         const uint64_t bit = uint64_t{1} << (command - key_commands);
         shifted_presses = window->shift_down() ? shifted_presses | bit : shifted_presses & ~bit;
     }
-    if (!stops_typing(virtual_key)) machine_key_pressed(virtual_key, lparam);
+    if (!time_key(virtual_key, true) && !stops_typing(virtual_key)) machine_key_pressed(virtual_key, lparam);
 }
 
 // Shift let go a moment before its command key still counts: the other command would be a surprise.
 void kiv_form::key_released(uint32_t virtual_key) {
     const key_command *command = command_of(virtual_key);
     if (command == nullptr) {
-        machine_key_released(virtual_key);
+        if (!time_key(virtual_key, false)) machine_key_released(virtual_key);
         return;
     }
     const uint64_t bit = uint64_t{1} << (command - key_commands);
@@ -261,6 +261,9 @@ void kiv_form::start_emulation() {
     }
     deactivated = 0;
     program.directx->restore_surfaces();
+    if (options.speed != 0) speed = static_cast<uint32_t>(options.speed);
+    program.cpu_thread->watch_frames(&history);
+    apply_speed();
     if (!program.cpu_thread->create_thread(1)) trace("start_emulation: the host has no thread to give");
     program.cpu_thread->resume_thread();
     hide_cursor_if_full_screen();
@@ -272,6 +275,7 @@ void kiv_form::start_emulation() {
 void kiv_form::exit() {
     end_recording();
     trace("exit: try stop z80 thread");
+    rewinding = false;
     if (pause_machine()) {
         trace("exit: terminating Kiv");
         program.directx->stop();

@@ -8,6 +8,7 @@
 #include "api/typing.h"
 #include "app/character_keys.h"
 #include "app/command_line.h"
+#include "app/frame_history.h"
 #include "app/recording.h"
 #include "app/settings_file.h"
 #include "app/user_settings.h"
@@ -69,6 +70,10 @@ enum form_menu_item : uint32_t {
     menu_quieter,
     menu_record_sound,
     menu_record_video,
+    menu_fast_forward,
+    menu_frame_forth,
+    menu_frame_back,
+    menu_rewind,
     // The first of a row each.
     menu_recent = 0x100,
     menu_scale = 0x110,
@@ -76,6 +81,7 @@ enum form_menu_item : uint32_t {
     menu_language = 0x130,
     menu_state_save = 0x140,
     menu_state_load = 0x150,
+    menu_speed = 0x160,
 };
 
 constexpr size_t path_limit = 512; // bytes of a path with its closing 0
@@ -182,6 +188,19 @@ class kiv_form final : public main_window, public platform::window_listener {
     void recorded();
     std::vector<platform::menu_item> sound_menu() const;
 
+    // Time.
+    static constexpr size_t speed_count = 8;
+    static const uint32_t speeds[speed_count];
+    void choose_speed(uint32_t percent);
+    void apply_speed();
+    void toggle_fast_forward();
+    void step_time(bool back);
+    void begin_rewind();
+    bool rewind_to(uint64_t stamp); // false: there is no more
+    void end_rewind();
+    void toggle_rewind();
+    bool time_key(uint32_t virtual_key, bool down);
+
     // Text and files.
     void paste();
     void type_text(const std::string &text);
@@ -253,6 +272,12 @@ class kiv_form final : public main_window, public platform::window_listener {
     std::unique_ptr<recording> recorder; // null: none is made
     std::string tape_name;               // of the tape that is in; empty: none
     uint64_t shifted_presses = 0;        // key_commands, by index: pressed with Shift
+    frame_history history;
+    uint32_t speed = 100;      // per cent
+    bool fast_forward = false; // switched on, and
+    bool fast_key = false;     // for as long as its key is down
+    bool rewinding = false, held_before_rewind = false;
+    uint64_t rewinds = 0;
     std::string ini_path;
     int deactivated = 0; // 1: paused because full screen lost activation
     platform::event sync_event, ack_event;

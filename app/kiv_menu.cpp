@@ -105,6 +105,11 @@ const kiv_form::menu_command kiv_form::menu_commands[] = {
     {menu_quieter, 1, [](kiv_form &f, uint32_t) { f.change_volume(-1); }},
     {menu_record_sound, 1, [](kiv_form &f, uint32_t) { f.toggle_recording(recording::kind::sound); }},
     {menu_record_video, 1, [](kiv_form &f, uint32_t) { f.toggle_recording(recording::kind::video); }},
+    {menu_fast_forward, 1, [](kiv_form &f, uint32_t) { f.toggle_fast_forward(); }},
+    {menu_speed, speed_count, [](kiv_form &f, uint32_t n) { f.choose_speed(speeds[n]); }},
+    {menu_frame_forth, 1, [](kiv_form &f, uint32_t) { f.step_time(false); }},
+    {menu_frame_back, 1, [](kiv_form &f, uint32_t) { f.step_time(true); }},
+    {menu_rewind, 1, [](kiv_form &f, uint32_t) { f.toggle_rewind(); }},
     {menu_language, 3, [](kiv_form &f, uint32_t n) { f.choose(user_language, static_cast<int>(n)); }},
 };
 
@@ -127,6 +132,9 @@ std::vector<menu_item> kiv_form::machine_menu() const {
                           menu_item::plain,
                           false,
                           {}});
+    std::vector<menu_item> speed_choices;
+    for (uint32_t n = 0; n < speed_count; ++n)
+        speed_choices.push_back(choice(menu_speed + n, std::to_string(speeds[n]) + " %", speed == speeds[n]));
     return {item(menu_open, "開く(&O)...", "F9"),
             submenu("最近使ったファイル(&R)", std::move(recent)),
             item(menu_rom_folder, "ROMフォルダ(&F)..."),
@@ -134,6 +142,10 @@ std::vector<menu_item> kiv_form::machine_menu() const {
             item(menu_save_dump, "メモリダンプの保存(&D)...", "F6"),
             separator(),
             check(menu_pause, "一時停止(&P)", held, "Alt+P"),
+            check(menu_fast_forward, "早送り(&Q)", fast_forward, "Alt+F"),
+            submenu("速さ(&V)", std::move(speed_choices)),
+            item(menu_frame_forth, "コマ送り(&N)", "Alt+N"),
+            item(menu_frame_back, "コマ戻し(&B)", "Alt+Shift+N"),
             item(menu_reset, "リセット(&E)", "F12"),
             separator(),
             item(menu_quit, "終了(&X)", "End")};
@@ -149,6 +161,7 @@ std::vector<menu_item> kiv_form::state_menu() const {
     return {item(menu_state_quick_save, "ステートの保存(&Q)", "Alt+Q"),
             item(menu_state_quick_load, "ステートの読み込み(&L)", "Alt+L", !state_time(state_slot).empty()),
             item(menu_state_undo, "読み込みの取り消し(&U)", "Alt+Z", !before_load.empty()),
+            check(menu_rewind, "時間を巻き戻す(&W)", rewinding, "Alt+Left"),
             separator(),
             submenu("番号を選んで保存(&S)", std::move(save)),
             submenu("番号を選んで読み込み(&O)", std::move(load)),
@@ -327,6 +340,7 @@ void kiv_form::screenshot() {
 // The machine stands still and its picture stays.
 void kiv_form::toggle_pause() {
     if (in_dialog || deactivated) return;
+    end_rewind();
     if (held) {
         held = false;
         program.cpu_thread->resume_run();

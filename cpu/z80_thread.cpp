@@ -22,6 +22,7 @@ constexpr double shortest_sleep = 0.001;        // seconds; less is spun away
 constexpr double early_wake = 0.0005;           // what a sleep may be late
 constexpr uint32_t longest_sleep_ms = 20;       // so that a pause does not wait for a long slice's end
 constexpr double timer_units = 10'000'000;      // of a second
+constexpr double fastest_frames = 60;           // a second, of a machine that runs as fast as it can
 constexpr uint64_t second_processor = 2, first_processor = 1;
 
 bool try_pin(uint64_t mask) {
@@ -38,12 +39,15 @@ struct z80_thread::slice_clock {
     double clock_hz = machine.clock_hz != 0 ? machine.clock_hz : default_clock_hz;
     int64_t slice_start = platform::performance_counter();
     int64_t now = slice_start; // as last read
+    int64_t shown = 0;         // when a frame was last asked for
+    uint32_t speed = full_speed;
 
     // Until `cycles` T-states from the slice's start have taken their time; 0 when they have.
     double seconds_left(uint64_t cycles) {
-        const auto target =
-            static_cast<int64_t>(std::ceil(static_cast<double>(cycles) * ticks_per_second / clock_hz));
+        const auto target = static_cast<int64_t>(
+            std::ceil(static_cast<double>(cycles) * ticks_per_second / (clock_hz * speed / full_speed)));
         now = platform::performance_counter();
+        if (speed == any_speed) return 0;
         const int64_t left = target - (now - slice_start);
         return left > 0 ? static_cast<double>(left) / ticks_per_second : 0;
     }
@@ -213,6 +217,7 @@ void z80_thread::run_machine() {
     kiv_directx *const directx = kiv_directx::instance();
     if (directx != nullptr) directx->play();
     clock.slice_start = platform::performance_counter();
+    clock.speed = speed;
     run_block &run = run_state;
     uint64_t charged_cycles = elapsed_cycles; // of this object's runs, whatever a snapshot brings
     for (;;) {
@@ -230,21 +235,68 @@ void z80_thread::run_machine() {
             run.calendar.now_cycles = run.cycles;
             // A slice runs in a fraction of a millisecond. Two frames that fall into one would be drawn as
             // one, and the picture would move at 50 instead of the machine's 55 Hz: each waits for its time.
-            sleep_towards(clock, run.slice_cycles);
+            do sleep_towards(clock, run.slice_cycles);
+            while (clock.speed < full_speed && control == control_run &&
+                   clock.seconds_left(run.slice_cycles) >= shortest_sleep);
             show_cycles(charged_cycles);
-            render->post_message(render_frame, 0, 0);
+            // A snapshot takes as long as a frame does without waiting.
+            if (clock.speed != any_speed || run.frames % 8 == 0) end_frame();
+            if (frame_is_wanted(clock)) render->post_message(render_frame, 0, 0);
         }
         if (run.slice_cycles < machine.cycles_per_slice) continue;
         wait_for_slice_end(clock, run.slice_cycles);
         show_cycles(charged_cycles);
-        if (directx != nullptr) directx->tickPCM();
+        if (directx != nullptr && clock.speed == full_speed)
+            directx->tickPCM();
+        else
+            end_slice();
         cassette_flush_output();
         run.slice_cycles = 0;
+        clock.speed = speed;
     }
     trace("Z80: HALT スレッド退出");
     cassette_flush_output();
     if (the_main_window != nullptr)
         the_main_window->post(WM_Z80ABORT, main_cpu.trace_pc, main_cpu.stop_reason);
+}
+
+void z80_thread::end_frame() {
+    if (watcher != nullptr) watcher->frame_ended();
+}
+
+// Nobody hears it, but phases and entries go on.
+void z80_thread::end_slice() {
+    if (kiv_directx *const directx = kiv_directx::instance()) directx->makePCM(directx->closeBanks());
+}
+
+// At any speed the screen gets what it can show; every frame of the machine would keep a processor busy.
+bool z80_thread::frame_is_wanted(slice_clock &clock) {
+    if (clock.speed != any_speed) return true;
+    const int64_t at = platform::performance_counter();
+    if (static_cast<double>(at - clock.shown) * fastest_frames < clock.ticks_per_second) return false;
+    clock.shown = at;
+    return true;
+}
+
+bool z80_thread::step_frame() {
+    run_block &run = run_state;
+    for (;;) {
+        const run_result ran =
+            run_passes(std::min(machine.cycles_per_slice - run.slice_cycles, cycles_between_looks),
+                       run.charge_waits != 0);
+        if (ran.outcome == pass_outcome::stopped) return false;
+        run.slice_cycles += ran.cycles;
+        if (run.slice_cycles >= machine.cycles_per_slice) {
+            end_slice();
+            cassette_flush_output();
+            run.slice_cycles = 0;
+        }
+        if (ran.outcome != pass_outcome::frame) continue;
+        ++run.frames;
+        run.calendar.now_cycles = run.cycles;
+        end_frame();
+        return true;
+    }
 }
 
 void z80_thread::show_cycles(uint64_t charged) {
@@ -297,3 +349,5 @@ uint32_t z80_thread::get_no_wait() const { return run_state.charge_waits == 0; }
 void z80_thread::set_no_wait(uint32_t value) { run_state.charge_waits = static_cast<uint8_t>(value == 0); }
 uint32_t z80_thread::get_dma_gain() const { return dma_gain; }
 void z80_thread::set_dma_gain(uint32_t value) { dma_gain = value; }
+void z80_thread::set_speed(uint32_t percent) { speed = percent; }
+void z80_thread::watch_frames(frame_watcher *who) { watcher = who; }

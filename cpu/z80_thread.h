@@ -16,6 +16,17 @@
 #include <memory>
 #include <mutex>
 
+// Who is told of every frame's end, between two passes: on the CPU thread, or on the thread that steps.
+class frame_watcher {
+  public:
+    virtual void frame_ended() = 0;
+
+  protected:
+    ~frame_watcher() = default;
+};
+
+constexpr uint32_t full_speed = 100, any_speed = 0; // any_speed: as fast as the host goes
+
 class z80_thread : public kel_thread, public emulated_clock {
   public:
     z80_thread();
@@ -42,6 +53,14 @@ class z80_thread : public kel_thread, public emulated_clock {
     virtual void set_no_wait(uint32_t value);
     virtual uint32_t get_dma_gain() const;
     virtual void set_dma_gain(uint32_t value); // stored only
+    // Per cent of the machine's own speed, or any_speed; from any thread. Silent unless it is full_speed:
+    // what the device plays comes at the machine's own rate.
+    virtual void set_speed(uint32_t percent);
+    // Before the thread is created.
+    void watch_frames(frame_watcher *watcher);
+    // Parked only: runs on the caller's thread, without a sound, to the next frame's end. False: the CPU has
+    // stopped.
+    virtual bool step_frame();
 
   protected:
     uint32_t start_delay_ms = 1000; // from the thread's start to the first instruction
@@ -55,6 +74,9 @@ class z80_thread : public kel_thread, public emulated_clock {
     bool start_delay();
     bool answer_request();
     bool park(std::unique_lock<std::mutex> &lock);
+    void end_frame();
+    void end_slice();
+    bool frame_is_wanted(slice_clock &clock);
     void show_cycles(uint64_t charged);
     void sleep_towards(slice_clock &clock, uint64_t cycles);
     void wait_for_slice_end(slice_clock &clock, uint64_t cycles);
@@ -81,5 +103,7 @@ class z80_thread : public kel_thread, public emulated_clock {
     uint32_t executed_taken = 0;
     shared<uint32_t> suspended{0};
     shared<uint32_t> dma_gain{20};
+    shared<uint32_t> speed{full_speed};
+    frame_watcher *watcher = nullptr;
     std::unique_ptr<kiv_render> render;
 };

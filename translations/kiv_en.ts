@@ -189,6 +189,11 @@
 [Alt]+[Q] ........... ステートの保存&#xd;
 [Alt]+[L] ........... ステートの読み込み&#xd;
 [Alt]+[Z] ........... 読み込みの取り消し&#xd;
+[Scroll Lock] ....... 押す間 時間を巻き戻す&#xd;
+[SHIFT]+[ScrollLock]. 押す間 早送り&#xd;
+[Alt]+[←] ........... 時間を巻き戻す&#xd;
+[Alt]+[F] ........... 早送り&#xd;
+[Alt]+[(SHIFT+)N] .... コマ送り (コマ戻し)&#xd;
 [Alt]+[Insert] ...... 貼り付けて打つ&#xd;
 [Alt]+[C] ........... 画面の文字をコピー&#xd;
 [Alt]+[I] ........... スクリーンショット&#xd;
@@ -224,6 +229,11 @@
 [Alt]+[Q] ........... save the state&#xd;
 [Alt]+[L] ........... load it&#xd;
 [Alt]+[Z] ........... take a load back&#xd;
+[Scroll Lock] ....... rewind while it is held&#xd;
+[SHIFT]+[ScrollLock]. fast forward while held&#xd;
+[Alt]+[Left] ........ rewind&#xd;
+[Alt]+[F] ........... fast forward&#xd;
+[Alt]+[(SHIFT+)N] .... a frame on (back)&#xd;
 [Alt]+[Insert] ...... paste as typing&#xd;
 [Alt]+[C] ........... copy the screen's text&#xd;
 [Alt]+[I] ........... screenshot&#xd;
@@ -268,6 +278,46 @@ ten-key [-] [/] [,] [=]  [Alt]+[-] [/] [,] [=]&#xd;
     <message>
         <source>メモリダンプの保存(&amp;D)...</source>
         <translation>Save a memory &amp;dump...</translation>
+    </message>
+    <message>
+        <source>早送り(&amp;Q)</source>
+        <translation>Fast forward (&amp;Q)</translation>
+    </message>
+    <message>
+        <source>速さ(&amp;V)</source>
+        <translation>Speed (&amp;V)</translation>
+    </message>
+    <message>
+        <source>コマ送り(&amp;N)</source>
+        <translation>&amp;Next frame</translation>
+    </message>
+    <message>
+        <source>コマ戻し(&amp;B)</source>
+        <translation>Frame &amp;back</translation>
+    </message>
+    <message>
+        <source>時間を巻き戻す(&amp;W)</source>
+        <translation>Re&amp;wind time</translation>
+    </message>
+    <message>
+        <source>速さ</source>
+        <translation>Speed</translation>
+    </message>
+    <message>
+        <source>早送り</source>
+        <translation>Fast forward</translation>
+    </message>
+    <message>
+        <source>もとの速さ</source>
+        <translation>Speed as before</translation>
+    </message>
+    <message>
+        <source>これより前には戻れません</source>
+        <translation>There is nothing earlier</translation>
+    </message>
+    <message>
+        <source>巻き戻し中</source>
+        <translation>Rewinding</translation>
     </message>
     <message>
         <source>一時停止(&amp;P)</source>

@@ -24,6 +24,8 @@ TEST(CommandLine, WhatIsTakenAndWhatIsRefused) {
         {{roms, tape}, "", "0 '" + roms + "' '" + tape + "' 0 '' ''"},
         {{"--settings", "x.ini", "--roms", "r"}, "", "0 'r' '' 0 '' 'x.ini'"},
         {{"--scale", "9"}, "--scale 9: not a number", ""},
+        {{"--speed", "24"}, "--speed 24: not a number", ""},
+        {{"--speed", "4x"}, "--speed 4x: not a number", ""},
         {{"--scale"}, "--scale: a number is missing", ""},
         {{"--lang", "fr"}, "no such language", ""},
         {{"--fullscreen=1"}, "takes no value", ""},

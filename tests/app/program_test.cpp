@@ -7,6 +7,7 @@
 #include "cpu/z80_thread.h"
 #include "display/kiv_directx.h"
 #include "machine/kiv_machine.h"
+#include "machine/run_block.h"
 #include "platform/instance_lock.h"
 #include "platform/profile.h"
 #include "platform/resources.h"
@@ -656,6 +657,73 @@ TEST_F(whole_program, RecordingsHoldEveryPictureAndSample) {
             EXPECT_EQ((wave.size() - 44) % slice_bytes, 0u);
             EXPECT_GT(wave.size(), 44u + 5 * slice_bytes);
         }
+    });
+}
+
+TEST_F(whole_program, TimeGoesBackwardsByFramesAndAtOtherSpeeds) {
+    run([&] {
+        const auto choose_item = [&](uint32_t id) {
+            bool offered = false;
+            on_window_thread([&] { offered = window().choose_menu_item(id); });
+            settle();
+            return offered;
+        };
+        const auto frames_in = [&](std::chrono::milliseconds time) {
+            const auto frames = [&] {
+                uint64_t n = 0;
+                on_window_thread([&] {
+                    program.cpu_thread->pause();
+                    n = run_state.frames;
+                    program.cpu_thread->resume_run();
+                });
+                return n;
+            };
+            const uint64_t from = frames();
+            std::this_thread::sleep_for(time);
+            return frames() - from;
+        };
+        type('A', "a");
+        type('B', "ab");
+        for (int i = 0; i < 5000 && screen_row(1) != "a"; ++i) EXPECT_TRUE(choose_item(menu_frame_back));
+        EXPECT_EQ(screen_row(1), "a");
+        expect_parked(true);
+        const uint64_t frames = run_state.frames, shown = host.screen.shown().number;
+        EXPECT_TRUE(choose_item(menu_frame_forth));
+        EXPECT_EQ(run_state.frames, frames + 1);
+        EXPECT_GT(host.screen.shown().number, shown);
+        expect_parked(true);
+        EXPECT_TRUE(choose_item(menu_frame_back));
+        EXPECT_EQ(run_state.frames, frames);
+        EXPECT_TRUE(choose_item(menu_pause));
+        wait_until_running();
+        type('C', "ac"); // what came later is gone
+
+        window().press_key(vk_scroll_lock);
+        wait_for_row(1, "a");
+        expect_parked(true);
+        window().release_key(vk_scroll_lock);
+        wait_until_running();
+        expect_parked(false);
+        type('D', "ad");
+        EXPECT_TRUE(choose_item(menu_rewind));
+        wait_until("the beginning", [&] {
+            const auto notices = window().state().notices;
+            return !notices.empty() && notices.back() == "これより前には戻れません";
+        });
+        strike_with_shift(vk_f6); // commands work meanwhile
+        EXPECT_TRUE(choose_item(menu_rewind));
+        wait_until_running();
+        wait_for_row(0, "READY");
+
+        EXPECT_TRUE(choose_item(menu_speed)); // 25 %
+        const uint64_t slow = frames_in(std::chrono::milliseconds(600));
+        EXPECT_TRUE(choose_item(menu_speed + 7)); // 400 %
+        EXPECT_GT(frames_in(std::chrono::milliseconds(600)), 3 * slow);
+        EXPECT_TRUE(choose_item(menu_fast_forward));
+        has_frames(3);
+        EXPECT_GT(frames_in(std::chrono::milliseconds(600)), 3 * slow);
+        EXPECT_TRUE(choose_item(menu_fast_forward));
+        EXPECT_TRUE(choose_item(menu_speed + 3)); // 100 %
     });
 }
 
