@@ -134,7 +134,9 @@ std::vector<menu_item> kiv_form::machine_menu() const {
                           {}});
     std::vector<menu_item> speed_choices;
     for (uint32_t n = 0; n < speed_count; ++n)
-        speed_choices.push_back(choice(menu_speed + n, std::to_string(speeds[n]) + " %", speed == speeds[n]));
+        speed_choices.push_back(choice(menu_speed + n,
+                                       "&" + std::to_string(n + 1) + "  " + std::to_string(speeds[n]) + " %",
+                                       speed == speeds[n]));
     return {item(menu_open, "開く(&O)...", "F9"),
             submenu("最近使ったファイル(&R)", std::move(recent)),
             item(menu_rom_folder, "ROMフォルダ(&F)..."),
