@@ -17,6 +17,7 @@
 
 #include <cstdio>
 #include <exception>
+#include <filesystem>
 
 namespace {
 
@@ -444,12 +445,20 @@ void kiv_form::open_file() {
     machine.cassette_set_stopped(host.open_file(*window, dialog, path) && load_file(path));
 }
 
+// Why a dump was not loaded: a file that could be read was too short.
+static std::string dump_fault(const std::string &path) {
+    std::error_code error;
+    const uintmax_t size = std::filesystem::file_size(path, error);
+    if (error || size >= dump_minimum) return platform::last_file_error();
+    return std::to_string(size) + " bytes, fewer than " + std::to_string(dump_minimum);
+}
+
 // A dump, where the path says so anywhere, folders included; else a tape.
 bool kiv_form::load_file(const std::string &path) {
     if (refuse_long_path("open_file", path)) return false;
     const bool dump = path.find(".KIV") != std::string::npos || path.find(".kiv") != std::string::npos;
     if (!(dump ? memory_dump_load(path, main_cpu) : cassette_load_tape(path))) {
-        notify(path + ": " + platform::last_file_error());
+        notify(path + ": " + (dump ? dump_fault(path) : platform::last_file_error()));
         return false;
     }
     if (!dump) tape_name = path;
