@@ -63,6 +63,11 @@ TEST(Library, WhatIsTypedArrivesAtTheMachinesPace) {
     kiv_key(0x10, 1);        // SHIFT
     run(3);
     EXPECT_EQ(text_screen().substr(0, 15), "READY\nAbC`DeFA\n");
+    const uint8_t secret_from_column_2[] = {2, 0x01};
+    kiv_write(KIV_AREA_RAM, 0xF3C8 + 80, secret_from_column_2, 2);
+    const bytes before = snapshot();
+    EXPECT_EQ(text_screen().substr(0, 3), "RE\n") << "what the picture hides, the text hides";
+    EXPECT_TRUE(snapshot() == before);
     kiv_release_keys();
     EXPECT_EQ(kiv_matrix_row(2), 0xFFu);
     EXPECT_EQ(kiv_matrix_key(12, 0, 1), KIV_ERROR_ARGUMENT);

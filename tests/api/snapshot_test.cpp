@@ -203,11 +203,12 @@ TEST(Snapshot, SpoiltFieldsDoNoHarm) {
     const size_t memory_end = 32 + 44 + 12 + 0x10000 + 3 * 0x4000 + 0x800;
     std::mt19937 random(1);
     int refused = 0, taken_over = 0;
-    for (size_t at = 12; at < taken.size(); at = at == 100 ? memory_end - 8 : at + 1) {
+    for (size_t n = 24; n / 2 < taken.size(); n = n / 2 == 100 ? 2 * (memory_end - 8) : n + 1) {
+        const size_t at = n / 2;
         bytes spoilt = taken;
-        spoilt[at] = random() % 2 != 0 ? 0xFF : static_cast<uint8_t>(random());
+        spoilt[at] = n % 2 != 0 ? 0x00 : random() % 2 != 0 ? 0xFF : static_cast<uint8_t>(random());
         ASSERT_TRUE(snapshot_seal(spoilt.data(), spoilt.size()));
-        const bytes before = at % 64 == 0 ? snapshot() : bytes();
+        const bytes before = n % 128 == 0 ? snapshot() : bytes();
         if (load(spoilt) != KIV_OK) {
             ++refused;
             EXPECT_TRUE(before.empty() || snapshot() == before) << "offset " << at;

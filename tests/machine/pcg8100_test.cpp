@@ -12,7 +12,9 @@ TEST_F(Pcg, GlyphBytesGoToTheirAddress) {
         const int address = i / 2, at = 0x400 + address;
         const bool from_rom = i % 2 != 0;
         const auto value = static_cast<uint8_t>(i * 5 + 1);
-        out({{0x00, value}, {0x01, address & 0xFF}, {0x02, 0x10 | (from_rom ? 0x20 : 0) | address >> 8}});
+        out({{0x00, value},
+             {0x01, address & 0xFF},
+             {0x02, 0x10 | (from_rom ? 0x20 : 0) | (i & 4) | address >> 8}});
         out(0x02, 0x20); // without the write bit
         expected[static_cast<size_t>(at)] = from_rom ? machine.font_rom[at] : value;
         ASSERT_EQ(std::memcmp(machine.font_work, expected.data(), font_work_size), 0)
