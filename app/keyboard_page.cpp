@@ -47,7 +47,7 @@ constexpr page_key row1[] = {
     {key(6, 0), 4, "\n0", "", true},   {key(5, 7), 4, "=\n-", "", true},
     {key(5, 6), 4, "~\n^", "=", true}, {key(5, 4), 4, "|\n\u00A5", "`", true},
     {key(8, 3), 6, "INS\nDEL", "Del"}, gap(4),
-    {key(8, 0), 4, "CLR\nHOME", ""},   {key(10, 3), 4, "HELP", "ScrLk"},
+    {key(8, 0), 4, "CLR\nHOME", ""},   {key(10, 3), 4, "HELP", "Alt+F11"},
     {key(10, 5), 4, "-", ""},          {key(10, 6), 4, "/", ""},
 };
 constexpr page_key row2[] = {

@@ -73,7 +73,7 @@ const char help_more[] =
     "[GRPH] .............. 右[Alt]\r\n"
     "[カナ] .............. [Menu] [Page Down] [Caps Lock]\r\n"
     "[STOP] .............. [Alt]+[BS]\r\n"
-    "[HELP] .............. [Scroll Lock] [Alt]+[F11]\r\n"
+    "[HELP] .............. [Alt]+[F11]\r\n"
     "[COPY] .............. [Print Screen] [Alt]+[F12]\r\n"
     "[CAPS] .............. [Num Lock] [Alt]+[Caps Lock]\r\n"
     "ﾃﾝｷｰの[-] [/] [,] [=]  [Alt]+[-] [/] [,] [^(US: =)]\r\n";

@@ -213,7 +213,7 @@
 [GRPH] .............. 右[Alt]&#xd;
 [カナ] .............. [Menu] [Page Down] [Caps Lock]&#xd;
 [STOP] .............. [Alt]+[BS]&#xd;
-[HELP] .............. [Scroll Lock] [Alt]+[F11]&#xd;
+[HELP] .............. [Alt]+[F11]&#xd;
 [COPY] .............. [Print Screen] [Alt]+[F12]&#xd;
 [CAPS] .............. [Num Lock] [Alt]+[Caps Lock]&#xd;
 ﾃﾝｷｰの[-] [/] [,] [=]  [Alt]+[-] [/] [,] [^(US: =)]&#xd;
@@ -253,7 +253,7 @@
 [GRPH] .............. right [Alt]&#xd;
 [KANA] .............. [Menu] [Page Down] [Caps Lock]&#xd;
 [STOP] .............. [Alt]+[BS]&#xd;
-[HELP] .............. [Scroll Lock] [Alt]+[F11]&#xd;
+[HELP] .............. [Alt]+[F11]&#xd;
 [COPY] .............. [Print Screen] [Alt]+[F12]&#xd;
 [CAPS] .............. [Num Lock] [Alt]+[Caps Lock]&#xd;
 ten-key [-] [/] [,] [=]  [Alt]+[-] [/] [,] [=]&#xd;

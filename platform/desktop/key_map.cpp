@@ -21,7 +21,7 @@ struct key_entry {
 //   muhenkan (GRPH)     right Alt
 //   henkan (kana)       the menu key; Page Down; Caps Lock, which sends 0xF0 on Japanese keyboards, too
 //   both                eisu and kana beside the space bar of other Japanese keyboards
-//   HELP, COPY, CAPS    Scroll Lock, Print Screen, Num Lock
+//   COPY, CAPS          Print Screen, Num Lock
 constexpr key_entry entries[] = {
     {1, vk_escape}, // Esc
     {2, '1'},
@@ -92,7 +92,7 @@ constexpr key_entry entries[] = {
     {67, vk_f9},
     {68, vk_f10}, // F1 to F10
     {69, vk_caps},
-    {70, vk_help}, // Num Lock, Scroll Lock
+    {70, vk_scroll_lock}, // Num Lock, Scroll Lock
     {71, vk_numpad0 + 7},
     {72, vk_numpad0 + 8},
     {73, vk_numpad0 + 9},

@@ -65,7 +65,7 @@ uint32_t virtual_key_of_qt(int key, bool keypad) {
     case Qt::Key_Hiragana:
     case Qt::Key_Hiragana_Katakana:
     case Qt::Key_CapsLock: return vk_kana;
-    case Qt::Key_ScrollLock:
+    case Qt::Key_ScrollLock: return vk_scroll_lock;
     case Qt::Key_Help: return vk_help;
     case Qt::Key_Print: return vk_copy;
     case Qt::Key_NumLock: return vk_caps;
