@@ -433,6 +433,10 @@ size_t kiv_text_screen(char *buffer, size_t size) {
     return length;
 }
 
+int32_t kiv_text_cursor(void) {
+    return machine.cursor_enabled != 0 ? machine.cursor_y * 256 + machine.cursor_x : -1;
+}
+
 uint32_t kiv_sample_count(void) { return sample_count; }
 const int16_t *kiv_samples(void) { return samples; }
 

@@ -184,6 +184,7 @@ KIV_API const uint32_t *kiv_palette(void); /* 256 entries 0x00RRGGBB, the same f
  * length of the whole text without it. 0 while the text layer is off. `buffer` may be null to ask for the
  * length. */
 KIV_API size_t kiv_text_screen(char *buffer, size_t size);
+KIV_API int32_t kiv_text_cursor(void); /* row * 256 + column of the cursor; -1 while the program shows none */
 
 /* ---- sound -------------------------------------------------------------------------------------------- */
 

@@ -107,6 +107,7 @@ class machine_run {
     void save_state() const;
     void at_keyboard();
     void type_own();
+    void check_listing() const;
     void look_for_the_end();
     void frame_shown();
     void draw() { check(kiv_draw_indexed(pixels, KIV_WIDTH)); }
@@ -124,7 +125,7 @@ class machine_run {
     const run_options &options;
     typed_text typing;
     bool typing_begun = false; // --type is under way or done
-    basic_session basic{false, false, 0, 0};
+    basic_session basic{false, false, 0};
     wav_file wav;
     output_file tape_out;
     bool dump_loaded = false;
@@ -166,7 +167,7 @@ void machine_run::load_listing() {
     const std::string tape =
         listing_tape({reinterpret_cast<const char *>(text.data()), text.size()}, options.bas);
     check(kiv_tape_insert(tape.data(), tape.size()));
-    basic = basic_session(true, options.run, tape.size(), options.type_at);
+    basic = basic_session(true, options.run, options.type_at);
     if (!options.frames) frame_limit = std::numeric_limits<uint64_t>::max(); // until it is loaded
 }
 
@@ -217,8 +218,14 @@ void machine_run::at_keyboard() {
     }
     if (typing_begun || frames < options.type_at || kiv_type_waiting() != 0) return;
     if (basic.done()) return type_own();
-    if (const std::string text = basic.type_now(frames, kiv_tape_position()); !text.empty())
-        check(kiv_type(text.c_str()));
+    const std::string text = basic.type_now(frames, {kiv_tape_position(), kiv_tape_motor() != 0});
+    if (text == "RUN\n" || basic.done()) check_listing();
+    if (!text.empty()) check(kiv_type(text.c_str()));
+}
+
+void machine_run::check_listing() const {
+    const std::string complaint = basic_session::complaint(screen_text());
+    if (!complaint.empty()) throw run_failure(options.bas + ": " + complaint);
 }
 
 void machine_run::type_own() {
@@ -232,7 +239,9 @@ void machine_run::type_own() {
 void machine_run::look_for_the_end() {
     if (!ends_itself() || !typing_begun || frames % frames_between_looks != 0 || kiv_type_waiting() != 0)
         return;
-    if (basic.over(frames, {screen_text(), planes_sum()})) frame_limit = frames;
+    const int cursor = kiv_text_cursor();
+    if (basic.over(frames, {screen_text(), planes_sum(), cursor < 0 ? -1 : cursor / 256}))
+        frame_limit = frames;
 }
 
 void machine_run::frame_shown() {

@@ -4,12 +4,15 @@
 #include "tools/kiv_run_options.h"
 
 #include <cstdio>
+#include <cstdlib>
+#include <filesystem>
 #include <numeric>
 
 namespace {
 
 constexpr char tape_leader = '\xFF', tape_start = '\x01', line_end = '\r', text_end = '\x1A';
-constexpr size_t leader_size = 24, longest_line = 255;
+constexpr size_t leader_size = 24, longest_line = 255, longest_name = 16;
+constexpr unsigned last_line_number = 65529;
 constexpr char32_t private_use = 0xE000; // codes without a character, one to one
 
 // Katakana from U+30A1 on, and what the machine has for them.
@@ -99,9 +102,18 @@ class line_reader {
   private:
     void end_line() {
         if (line.size() > longest_line) fail("longer than " + std::to_string(longest_line) + " characters");
+        if (line.find_first_not_of(' ') == std::string::npos) line.clear();
+        check_line_number();
         text += line + line_end;
         line.clear();
         ++number;
+    }
+    void check_line_number() const {
+        if (line.empty()) return;
+        const char *const digits = &line[line.find_first_not_of(' ')];
+        if (*digits < '0' || *digits > '9') fail("no line number");
+        if (std::strtoul(digits, nullptr, 10) > last_line_number)
+            fail("the line number is above " + std::to_string(last_line_number));
     }
     static std::string name_of(char32_t c) {
         char text[16];
@@ -118,6 +130,19 @@ class line_reader {
     bool after_return = false;
 };
 
+// What CLOAD asks for: the file's name without its ending, in capitals.
+std::string name_on_tape(const std::string &file) {
+    std::string name;
+    const std::string stem = std::filesystem::path(file).stem().string();
+    for (std::string_view rest = stem; !rest.empty();)
+        if (!append_code(name, take_character(rest))) name += '_';
+    for (char &c : name) {
+        if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+        if (static_cast<uint8_t>(c) < ' ' || c == '"') c = '_';
+    }
+    return name.substr(0, longest_name);
+}
+
 } // namespace
 
 std::string listing_tape(std::string_view utf8, const std::string &file) {
@@ -126,7 +151,8 @@ std::string listing_tape(std::string_view utf8, const std::string &file) {
     line_reader lines(file);
     while (!utf8.empty()) lines.take(take_character(utf8));
     const std::string text = lines.finish() + text_end;
-    return std::string(leader_size, tape_leader) + tape_start + line_end + text + check_of(text);
+    return std::string(leader_size, tape_leader) + tape_start + name_on_tape(file) + line_end + text +
+           check_of(text);
 }
 
 std::optional<std::string> listing_of_tape(std::string_view tape) {

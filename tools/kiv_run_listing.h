@@ -10,8 +10,9 @@
 #include <string_view>
 
 // The tape of a listing, whose lines end in LF, CRLF or CR. Full-width letters and kana become the machine's
-// half-width ones, hiragana katakana. `file` names it in the messages: throws run_failure for a character
-// that the machine does not have and for a line of more than 255.
+// half-width ones, hiragana katakana. `file` names it, in the messages, and on the tape by up to 16
+// characters of its last part, in capitals and without the ending. Throws run_failure for a character that
+// the machine does not have, for a line of more than 255 and for one without a line number.
 std::string listing_tape(std::string_view utf8, const std::string &file);
 
 // The last listing on a tape, lines ended by LF; nothing while there is none, or it is not whole or damaged.

@@ -25,7 +25,7 @@ What runs
                         times below count from there
   --tape FILE           put a tape image (.CMT) into the cassette deck
   --bas FILE            a BASIC program as text (UTF-8), loaded through the cassette deck of Kiv BASIC at the
-                        frame of --type-at
+                        frame of --type-at; what BASIC says against it ends the run
   --run                 RUN it; then, or when it is loaded, --type types
   --halt stop|wait      what HALT does: ends the run, or waits for an interrupt (default: stop)
   --undefined stop|run  what undefined instructions do: end the run, or nothing (default: stop)
@@ -34,7 +34,8 @@ How long
   --frames N            N pictures of the machine, about 55 a second
   --seconds S           S seconds of the machine's time
                         (default: 300 frames, or 60 frames past the end of the typed text; with --run until
-                        the program has ended or waits for input, 30 minutes of the machine's time at most)
+                        BASIC says Ok or has waited for keys for 10 seconds, 30 minutes of the machine's time
+                        at most: a program that looks for keys itself never waits)
 
 At the keyboard
   --type TEXT           types TEXT; \n return, \e ESC, \t TAB, \b STOP, \f1 to \f5 function keys,

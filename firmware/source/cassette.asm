@@ -5,7 +5,7 @@
 ;   tape_open_in    motor on, ready to read
 ;   tape_get        A = the next byte; C when STOP was pressed
 ;   tape_close_out, tape_close_in   motor off
-;   do_motor        MOTOR [1 or 0]
+;   do_motor        MOTOR [ON, OFF, 1 or 0]
 ; All keep BC, DE, HL. STOP is left in stop_flag.
 
 USART_RESET     EQU 040h        ; commands
@@ -77,6 +77,12 @@ tape_get:
 
 do_motor:
         JR Z,_other
+        INC HL
+        CP TOK_ON
+        JR Z,_on
+        CP TOK_OFF
+        JR Z,_off
+        DEC HL
         CALL eval_byte
         OR A
         JR Z,_off

@@ -999,8 +999,9 @@ do_while_condition:
 
 ; ---- END STOP CONT RUN NEW CLEAR
 
-do_end: LD A,0FFh
-        LD (cont_place),A
+do_end: CALL line_direct
+        LD DE,cont_place
+        CALL NZ,place_put       ; CONT goes on behind it
         JP ready
 program_over:
         LD A,(error_handling)

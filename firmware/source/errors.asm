@@ -11,17 +11,13 @@ error:  LD SP,STACK
         LD A,E
         LD (error_number),A
         CALL error_map
-        CALL line_direct
-        LD HL,0FFFFh
-        JR Z,_number
-        LD HL,(line_pointer)
+        LD HL,(line_pointer)    ; of the direct line FFFFh, or that of the line which is being entered
         INC HL
         INC HL
         LD A,(HL)
         INC HL
         LD H,(HL)
         LD L,A
-_number:
         LD (error_line),HL
         LD A,(error_handling)
         OR A
@@ -65,6 +61,13 @@ error_resumed:
 error_message:
         XOR A
         LD (error_handling),A
+        CALL line_direct
+        LD A,0FFh
+        JR Z,_entered
+        LD (cont_place),A       ; a program does not go on behind its error
+_entered:
+        LD HL,(error_line)      ; the tape that a line came from stops
+        CALL Z,tape_stop
         CALL console_fresh
         LD A,(error_number)
         LD B,A
@@ -84,6 +87,13 @@ _found: LD A,(HL)
         JR NZ,_text
         LD HL,message_unprintable
 _text:  CALL console_text
+        JR error_place
+tape_stop:
+        LD A,H
+        AND L
+        INC A
+        RET Z
+        JP tape_close_in
 error_place:
         LD DE,(error_line)
         LD A,D
@@ -98,6 +108,7 @@ error_place:
         LD A,(error_number)
         CP ERR_SYNTAX
         JR NZ,_direct
+        CALL line_direct        ; one that is not in the program cannot be listed
         LD (error_listed),A
 _direct:
         CALL console_newline
@@ -185,12 +196,12 @@ direct_line:
         JP run_line
 
 enter_line:
+        LD DE,0FFFFh
+        LD (TOKENS + 2),DE
         CALL line_number
         JR C,_direct
-        PUSH DE
+        LD (TOKENS + 2),DE      ; an error names it
         CALL crunch
-        POP DE
-        LD (TOKENS + 2),DE
         CALL line_store
         SCF
         RET
@@ -199,9 +210,16 @@ _direct:
         OR A
         RET
 
-; Frames that lead into a direct line would lead nowhere: then none is left, and CONT cannot go on.
+; Frames that lead into a direct line would lead nowhere: then none is left, and CONT cannot go on. Those of a program
+; that cannot go on stay, for a GOTO may lead back into its loops, until they leave no room for new ones.
 frames_direct:
         LD HL,(frame_top)
+        LD A,(cont_place)
+        INC A
+        JR NZ,_look
+        LD A,H
+        CP FRAMES_LIMIT / 256
+        JP Z,frames_clear
 _look:  LD A,(HL)
         PUSH AF
         CALL frame_before

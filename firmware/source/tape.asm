@@ -330,7 +330,11 @@ _whole: LD (HL),0
 _same:  INC HL
         LD A,(DE)
         INC DE
-        CP (HL)
+        CALL upper
+        LD C,A
+        LD A,(HL)
+        CALL upper
+        CP C
         JR NZ,_other
         DJNZ _same
 _found: LD HL,tape_found
@@ -362,7 +366,7 @@ tape_skip:
 
 do_cload:
         CP TOK_PRINT            ; CLOAD?
-        JR Z,tape_verify
+        JP Z,tape_verify
 do_load:
         LD A,TAPE_LOADS
         JR tape_load
@@ -375,6 +379,10 @@ tape_load:
         CALL tape_find
         POP AF
         LD (tape_mode),A
+        LD HL,TOKENS            ; a program that asked for this is gone, and errors name the line that is entered
+        LD (line_pointer),HL
+        LD HL,0FFFFh
+        LD (TOKENS + 2),HL
         LD A,(tape_kind)
         CP TAPE_BLOCK
         JR Z,_block
@@ -412,6 +420,8 @@ _block: XOR A
         JR NC,_done
 tape_damaged:
         CALL tape_close_out
+        LD HL,0FFFFh            ; which line it is nobody knows
+        LD (TOKENS + 2),HL
         LD E,ERR_TAPE
         JP error
 
@@ -532,10 +542,70 @@ _end:   INC B                   ; a last line may end without an end of line
         LD (tape_sum),A
         OR A
         RET
-_long:
+; No line end in sight: the last line of a bare text may end without one, and the first line follow, or the only line
+; itself, again and again. Then the line is given as if the tape's first one were as long as what fits behind it.
+_long:  LD A,(tape_kind)
+        CP TAPE_TEXT
+        JR NZ,tape_long
+        LD A,(tape_first)
+        OR A
+        JR NZ,_known
+        LD HL,LINE_TEXT
+        LD DE,tape_first + 1
+        LD BC,TAPE_FIRST
+        LDIR
+_known: LD HL,LINE_TEXT + 1
+        LD C,254                ; characters from there on
+_try:   PUSH HL
+        LD DE,tape_first + 1
+        LD A,C
+        CP TAPE_FIRST
+        JR C,_few
+        LD A,TAPE_FIRST
+_few:   LD B,A
+_same:  LD A,(DE)
+        CP (HL)
+        INC HL
+        INC DE
+        JR NZ,_other
+        DJNZ _same
+        POP HL
+        LD L,C
+        LD H,B
+        INC HL                  ; so much of the tape was read anew
+        LD A,(tape_first)
+        OR A
+        JR NZ,_turn
+        LD A,255                ; the tape is as long as this line
+        SUB C
+        LD E,A
+        LD D,B
+        LD HL,(tape_count)
+        SBC HL,DE
+_turn:  LD (tape_turn),HL
+        LD A,C
+        LD (tape_first),A
+        LD HL,LINE_TEXT + 255
+        LD (HL),B
+        DEC B
+        OR A
+        RET
+_other: POP HL
+        INC HL
+        DEC C
+        LD A,C
+        CP 8                    ; fewer might be alike by chance
+        JR NC,_try
 tape_long:
         CALL tape_close_out
-        LD E,ERR_BUFFER
+        LD HL,LINE_TEXT
+        CALL line_number
+        LD HL,TOKENS + 2
+        JR C,_none
+        LD (HL),E
+        INC HL
+        LD (HL),D
+_none:  LD E,ERR_BUFFER
         JP error
 
 ; In a text without a name: carry when the line is the tape's first one again, or ends with it for want of a line end;
@@ -610,8 +680,14 @@ tape_round:
         LD HL,(tape_count)
         LD DE,(tape_turn)
         OR A
+        SBC HL,DE               ; the length of the tape
+        LD B,H
+        LD C,L
+        OR A
         SBC HL,DE
-        SBC HL,DE               ; the length of the tape is the first difference
+        JR NC,_byte
+_turn:  ADD HL,BC               ; it came round more than once
+        JR NC,_turn
 _byte:  LD A,H
         OR L
         RET Z

@@ -147,6 +147,16 @@ const language_case cases[] = {
      "Break in 10\nOk\nPRINT I*10\n 10\nOk\nCONT\n 1\n"
      "Break in 10\nOk\n5\nCONT\nCan't continue\nOk",
      "RUN\nPRINT I*10\nCONT\n5\nCONT\n"},
+    {"END and CONT", "10 PRINT 1:END:PRINT 2\n20 PRINT 3",
+     " 1\nOk\nCONT\n 2\n 3\nOk\nCONT\nCan't continue\nOk", "RUN\nCONT\nCONT\n"},
+    {"no CONT behind an error", "10 STOP\n20 PRINT 1/0",
+     "Break in 10\nOk\nCONT\nDivision by zero in 20\nOk\nCONT\nCan't continue\nOk", "RUN\nCONT\nCONT\n"},
+    {"loops that an error left", "10 FOR I=1 TO 3\n20 IF I=2 AND J=0 THEN PRINT 1/0\n30 PRINT I;:NEXT",
+     " 1\nDivision by zero in 20\nOk\nJ=1:GOTO 20\n 2  3\nOk\nGOTO 30\n 4\nNEXT without FOR in 30\nOk",
+     "RUN\nJ=1:GOTO 20\nGOTO 30\n"},
+    {"frames full of what an error left", "10 GOSUB 10",
+     "Out of memory in 10\nOk\nFOR I=1 TO 2:PRINT I;:NEXT\n 1  2\nOk", "RUN\nFOR I=1 TO 2:PRINT I;:NEXT\n"},
+    {"a typed line with an error", "", "Syntax error in 10\nOk\nPRINT 1\n 1\nOk", "10 FN1=1\nPRINT 1\n"},
     {"STOP key", "10 GOTO 10", "Break in 10\nOk", "RUN\n\\p\\b"},
     {"machine", R"(
 10 POKE &HA000,201:POKE 40961,7:PRINT PEEK(40960);PEEK(&HA001);INP(&H71):DEF USR1=&HA000:PRINT USR1(5)

@@ -33,8 +33,10 @@ TEST(kiv_run_listing, what_the_machine_cannot_take_is_told_with_its_line) {
         std::string utf8, message;
     } cases[] = {
         {"10 CLS\n20 ?\"漢\"\n", "x.bas: line 2: the machine does not have the character U+6F22"},
+        {"10 CLS\n CLS", "x.bas: line 2: no line number"},
+        {"65529 CLS\n65530 CLS", "x.bas: line 2: the line number is above 65529"},
         {"10 \x81\n", "x.bas: line 1: the machine does not have the character U+FFFD"},
-        {"\n" + std::string(256, 'A'), "x.bas: line 2: longer than 255 characters"},
+        {"\n" + std::string(256, '1'), "x.bas: line 2: longer than 255 characters"},
     };
     for (const auto &c : cases) try {
             listing_tape(c.utf8, "x.bas");
@@ -42,6 +44,17 @@ TEST(kiv_run_listing, what_the_machine_cannot_take_is_told_with_its_line) {
         } catch (const run_failure &failure) {
             EXPECT_EQ(failure.what(), c.message);
         }
+}
+
+TEST(kiv_run_listing, the_tape_bears_the_files_name) {
+    const std::pair<const char *, const char *> cases[] = {
+        {"snake.bas", "SNAKE"},
+        {"some/where/Two.Parts.bas", "TWO.PARTS"},
+        {"as-long-as-a-name-may-be.bas", "AS-LONG-AS-A-NAM"},
+        {"かえる漢.txt", "\xB6\xB4\xD9_"},
+        {"a\"b", "A_B"}};
+    for (const auto &[file, name] : cases)
+        EXPECT_EQ(listing_tape("", file), listing_tape("", "x").replace(25, 1, name)) << file;
 }
 
 TEST(kiv_run_listing, damaged_and_foreign_tapes_hold_no_listing) {
