@@ -11,10 +11,12 @@
 ;
 ; Both ways go over 64 bits, multiplied or divided by ten as often as it takes: DE HL, the highest word in DE, and
 ; DE' HL' below; bit 63 set; float_exponent. So the nine digits are right, ties away from zero, and what was printed
-; reads back as the nearest float. Of a number of more than nine digits those from the tenth or eleventh on are rounded.
+; reads back as the nearest float. Three digits beyond those that fill 32 bits still count.
 
 number_power    EQU float_quotient      ; power of ten of the first digit
 number_flags    EQU number_digits       ; of number_parse:
+number_fraction EQU number_long         ; digits beyond 32 bits, in 1/65536 of the last one within
+number_weight   EQU number_long + 2     ; what the next of them is worth
 NUMBER_POINT    EQU 0
 NUMBER_DIGIT    EQU 1
 NUMBER_ROUNDED  EQU 2
@@ -485,20 +487,35 @@ _next:  LD A,(HL)
         JR _next
 _full:  LD A,C
         EXX
+        PUSH HL
         BIT NUMBER_ROUNDED,B
+        JR NZ,_fraction
         SET NUMBER_ROUNDED,B
-        JR NZ,_dropped
-        CP 5
-        JR C,_dropped
-        EXX
+        LD HL,0
+        LD (number_fraction),HL
+        LD HL,number_weights
+        LD (number_weight),HL
+_fraction:
+        PUSH BC
+        LD B,A
+        LD HL,(number_weight)
+        LD E,(HL)
         INC HL
-        LD A,H
-        OR L
-        JR NZ,_no_carry
-        INC DE
-_no_carry:
-        EXX
+        LD D,(HL)
+        INC HL
+        LD A,D
+        OR E
+        JR Z,_dropped           ; it would change nothing
+        LD (number_weight),HL
+        LD HL,(number_fraction)
+        INC B
+        JR _weigh
+_add:   ADD HL,DE
+_weigh: DJNZ _add
+        LD (number_fraction),HL
 _dropped:
+        POP BC
+        POP HL
         BIT NUMBER_POINT,B
         JR NZ,_next
         LD A,C
@@ -534,9 +551,12 @@ _read:  EX (SP),HL              ; the end instead of the start
         OR H
         OR L
         JP Z,number_is_zero
+        LD A,(number_flags)
+        BIT NUMBER_ROUNDED,A
         LD A,B
+        JR NZ,_wide
 _raise: OR A
-        JR Z,_integer
+        JP Z,_integer
         JP M,_lower
         LD A,D
         CP 19h
@@ -581,7 +601,11 @@ _wide:  PUSH BC
         LD HL,0
         LD D,H
         LD E,H
-        EXX
+        LD A,(number_flags)
+        BIT NUMBER_ROUNDED,A
+        JR Z,_whole
+        LD DE,(number_fraction)
+_whole: EXX
         CALL number_normalise
         POP AF                  ; the power
 _power: OR A
@@ -639,6 +663,8 @@ number_missing:
         SCF
         RET
 
+number_weights:                 ; of the digits that found no room in 32 bits, in 1/65536
+        DEFW 6554,655,66,0
 number_append:                  ; DE HL * 10 + C
         PUSH BC
         PUSH DE

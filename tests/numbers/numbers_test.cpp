@@ -186,6 +186,22 @@ TEST_F(Numbers, ReadAsFarAsTheyGo) {
     }
 }
 
+TEST_F(Numbers, LongOnesAreRightToTheNearest) {
+    for (int i = 0; i < points() && !HasFailure(); ++i) {
+        std::string text;
+        for (int digits = 10 + operand.below(15); digits > 0; --digits)
+            text += static_cast<char>('0' + operand.below(10));
+        text.insert(static_cast<size_t>(operand.below(static_cast<int>(text.size()))), ".");
+        if (i % 2 == 0) text += "E" + std::to_string(operand.below(40) - 30);
+        const real want = std::strtold(text.c_str(), nullptr);
+        if (want > 1e38L || want < 1e-38L) continue;
+        rom.put_text(rom.text, text);
+        ASSERT_EQ(rom.call("number_parse", rom.text), 0) << text;
+        EXPECT_LE(std::fabs(rom.result() - want), 0.51L * last_bit(want)) << text;
+        EXPECT_EQ(rom.cpu.HL, rom.text + text.size()) << text;
+    }
+}
+
 TEST_F(Numbers, FunctionsAreWithin2ToTheMinus29) {
     const struct {
         const char *name;
