@@ -280,7 +280,7 @@ do_on:  LD A,(HL)
         CP TOK_STOP
         JP Z,on_stop
         CP TOK_KEY
-        JP Z,do_unavailable
+        JP Z,on_key
         CALL eval_integer
         BIT 7,D
         JP NZ,illegal_call
@@ -378,6 +378,78 @@ on_stop:
         INC DE
         LD (stop_target),DE
         RET
+
+; ON KEY GOSUB line[,line...]: a line may be left out.
+on_key: INC HL
+        CALL expect
+        DEFB TOK_GOSUB
+        LD BC,key_targets
+_key:   LD A,(HL)
+        CP TOK_LINENO
+        JR Z,_line
+        CP TOK_LINENO_AT
+        JR NZ,_none
+_line:  PUSH BC
+        CALL line_target
+        POP BC
+        INC DE
+        LD A,E
+        LD (BC),A
+        INC BC
+        LD A,D
+        LD (BC),A
+        DEC BC
+_none:  INC BC
+        INC BC
+        LD A,(HL)
+        CP ","
+        RET NZ
+        INC HL
+        LD A,C
+        CP key_traps AND 255
+        JR NZ,_key
+        JP syntax_error
+
+; A key was caught: its GOSUB before the line at HL. Else HL is kept.
+key_event:
+        PUSH HL
+        LD HL,trace_flag
+        RES 7,(HL)
+        CALL line_direct
+        JR Z,_none
+        LD HL,key_traps
+        LD DE,key_targets
+        LD B,KEY_TEXTS
+_key:   LD A,(HL)
+        CP 81h
+        JR Z,_caught
+_next:  INC HL
+        INC DE
+        INC DE
+        DJNZ _key
+_none:  POP HL
+        RET
+_caught:
+        RES KEY_TRAP_CAUGHT,(HL)
+        EX DE,HL
+        LD C,(HL)
+        INC HL
+        LD A,(HL)
+        DEC HL
+        EX DE,HL
+        OR C
+        JR Z,_next              ; no line
+        LD HL,trace_flag        ; there may be more
+        SET 7,(HL)
+        EX DE,HL
+        INC HL
+        LD D,(HL)
+        LD E,C
+        DEC DE
+        POP HL
+        LD SP,STACK
+        PUSH HL                 ; in place of a return address
+        JP gosub_line
 
 ; ---- RESUME [0 | NEXT | line]
 
@@ -1108,6 +1180,11 @@ run_reset:
 variables_reset:
         CALL variables_clear
         CALL frames_clear
+        LD HL,key_targets
+        LD DE,key_targets + 1
+        LD BC,key_traps_end - key_targets - 1
+        LD (HL),0
+        LDIR
         LD HL,0
         LD (error_target),HL
         LD (stop_target),HL

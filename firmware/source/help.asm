@@ -312,7 +312,7 @@ help_texts:
         DEFB "PAINT ",H_XY,H_COLOUR,"[,border","]"+80h
         DEFB "DRAW a$: U D L R E F G H M B N C S ","A"+80h
         DEFB "GET@ ",H_XY,"-",H_XY,",","a"+80h
-        DEFB "PUT@ ",H_XY,",a[,PSET|XOR|OR|AND","]"+80h
+        DEFB "PUT@ ",H_XY,",a[,PSET|PRESET|AND|OR|XOR","]"+80h
         DEFB "POINT",H_XY+80h
         DEFB "PCG code,a$ (16 hex digits",")"+80h
         DEFB 1,"Soun","d"+80h

@@ -115,6 +115,9 @@ _down:  LD A,C
         RET Z
         CP KEY_STOP
         JR Z,_stop
+        SUB KEY_F1
+        CP KEY_F5 - KEY_F1 + 1
+        CALL C,_caught
 _queue: PUSH BC
         PUSH DE
         CALL key_queue_add
@@ -134,6 +137,29 @@ _stop:  LD A,1
         LD HL,0
         LD (key_string),HL
         JR _queue
+
+; Function key A: when the running program has asked for it, it is not queued, and the routine above ends.
+_caught:
+        LD HL,key_modifiers
+        BIT 6,(HL)              ; SHIFT
+        JR Z,_trap
+        ADD A,5
+_trap:  LD HL,key_traps
+        ADD A,L
+        LD L,A
+        JR NC,_flags
+        INC H
+_flags: LD A,(HL)
+        AND 3
+        RET Z
+        LD A,(line_pointer + 1)
+        CP TOKENS / 256
+        RET Z                   ; none runs
+        SET KEY_TRAP_CAUGHT,(HL)
+        LD HL,trace_flag
+        SET 7,(HL)
+        POP HL
+        RET
 
 ; Queues key C; when the queue is full, the key is lost.
 key_queue_add:

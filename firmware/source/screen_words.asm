@@ -244,12 +244,52 @@ _given: PUSH HL
         POP HL
         JP this_char
 
+; KEY(n) ON, OFF, STOP: whether ON KEY hears of it.
+key_trap:
+        INC HL
+        CALL eval_byte
+        DEC A
+        CP KEY_TEXTS
+        JP NC,illegal_call
+        PUSH AF
+        CALL expect
+        DEFB ")"
+        LD B,1 << KEY_TRAP_STOP
+        CP TOK_STOP
+        JR Z,_known
+        DEC B
+        CP TOK_ON
+        JR Z,_known
+        DEC B
+        CP TOK_OFF
+        JP NZ,syntax_error
+_known: INC HL
+        POP AF
+        PUSH HL
+        LD HL,key_traps
+        ADD A,L
+        LD L,A
+        JR NC,_page
+        INC H
+_page:  LD A,B
+        OR A
+        JR Z,_set               ; what was pressed meanwhile is forgotten
+        LD A,(HL)
+        AND 1 << KEY_TRAP_CAUGHT
+        OR B
+_set:   LD (HL),A
+        LD HL,trace_flag
+        SET 7,(HL)
+        POP HL
+        JP this_char
 do_key: CP TOK_LIST
         JR Z,_list
         CP TOK_ON
         JR Z,_on
         CP TOK_OFF
         JR Z,_off
+        CP "("
+        JR Z,key_trap
         CALL eval_byte
         DEC A
         CP KEY_TEXTS

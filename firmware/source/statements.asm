@@ -295,6 +295,11 @@ do_troff:
         RET
 ; [100] before line 100 runs. HL is kept.
 trace_line:
+        RLA
+        CALL C,key_event
+        LD A,(trace_flag)
+        RRA
+        RET NC
         PUSH HL
         CALL line_direct
         JR Z,_end

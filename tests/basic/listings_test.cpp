@@ -29,6 +29,7 @@ const listing listings[] = {
     {"hurkle", "5,5\n2,7\n8,1\n0,9\n3,3\n"},
     {"life", ""},
     {"nim", "2\n3\n1\n5\n3\n3\n2\n"},
+    {"pictures", ""},
     {"reverse", "4\n9\n12\n3\n0\n"},
     {"rocks", "3\n1\n2\n3\n"},
     {"sieve", ""},

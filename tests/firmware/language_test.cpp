@@ -157,6 +157,17 @@ const language_case cases[] = {
     {"frames full of what an error left", "10 GOSUB 10",
      "Out of memory in 10\nOk\nFOR I=1 TO 2:PRINT I;:NEXT\n 1  2\nOk", "RUN\nFOR I=1 TO 2:PRINT I;:NEXT\n"},
     {"a typed line with an error", "", "Syntax error in 10\nOk\nPRINT 1\n 1\nOk", "10 FN1=1\nPRINT 1\n"},
+    {"ON KEY", R"(
+10 ON KEY GOSUB 100,,300:KEY(1) ON:KEY(2) ON:KEY(3) ON
+20 A$=INPUT$(1)
+30 PRINT "MAIN ";A$:KEY(1) STOP:KEY(3) OFF
+40 A$=INPUT$(1)
+50 PRINT "STOPPED ";A$:KEY(1) ON
+60 PRINT "END":END
+100 PRINT "ONE":RETURN
+300 PRINT "THREE":RETURN)",
+     "THREE\nONE\nMAIN x\nSTOPPED y\nONE\nEND\nOk\nLIST  60\n60 PRINT \"END\":END\nOk",
+     "RUN\n\\p\\f3\\f1\\f2\\px\\p\\f1\\py\\p\\f1 60\n"},
     {"STOP key", "10 GOTO 10", "Break in 10\nOk", "RUN\n\\p\\b"},
     {"machine", R"(
 10 POKE &HA000,201:POKE 40961,7:PRINT PEEK(40960);PEEK(&HA001);INP(&H71):DEF USR1=&HA000:PRINT USR1(5)
