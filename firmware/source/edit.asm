@@ -170,6 +170,9 @@ _count: LD A,(HL)
         DEC A
 _row:   SUB B
         JR C,_first
+        INC C
+        DEC C
+        JR Z,_first             ; control codes in a remark may have led up
         DEC C
         JR _row
 _first: LD D,C

@@ -60,6 +60,21 @@ TEST_F(BasicTape, IsReadAsItIs) {
     }
 }
 
+// What BSAVE writes BLOAD reads, to memory that CLEAR has set aside, and R starts it.
+TEST_F(BasicTape, HoldsMachineCodeToo) {
+    type("10 CLEAR ,&HE000\n20 FOR I=0 TO 5:READ A:POKE &HE000+I,A:NEXT\n"
+         "30 DATA 62,77,50,0,225,201\nRUN\n"); // ld a,77; ld (0e100h),a; ret
+    kiv_tape_record(1);
+    kiv_tape_output_clear();
+    type("BSAVE \"CODE\",&HE000,6,&HE000\n");
+    const std::string tape(reinterpret_cast<const char *>(kiv_tape_output()), kiv_tape_output_size());
+    type("POKE &HE000,0\n");
+    EXPECT_EQ(
+        answer(tape, "BLOAD \"CODE\",R\nPRINT PEEK(&HE100);PEEK(&HE005)\nCLEAR ,&HF000\nBLOAD\n"),
+        "BLOAD \"CODE\",R\nFound:CODE\nOk\nPRINT PEEK(&HE100);PEEK(&HE005)\n 77  201\nOk\nCLEAR ,&HF000\n"
+        "Ok\nBLOAD\nFound:CODE\nIllegal function call\nOk\n");
+}
+
 // The tape that the build makes of programs/.
 TEST_F(BasicTape, HoldsEveryProgramUnderItsName) {
     std::ifstream in(KIV_PROGRAMS_TAPE, std::ios::binary);

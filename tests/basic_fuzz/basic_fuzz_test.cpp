@@ -9,3 +9,13 @@ TEST(BasicFuzz, RandomLinesAlwaysComeBackToOk) {
     EXPECT_GT(result.tapes, 50u);
     for (const basic_fault &fault : result.faults) ADD_FAILURE() << fault.what << '\n' << fault.lines;
 }
+
+// What long runs found.
+TEST(BasicFuzz, FoundLinesStayMended) {
+    const std::vector<std::string> found[] = {
+        {"20 '" + std::string(150, 'X') + "\x0B", "EDIT 20", ""}, // the cursor went home meanwhile
+    };
+    for (const auto &lines : found)
+        for (const basic_fault &fault : replay_basic(lines).faults)
+            ADD_FAILURE() << fault.what << '\n' << fault.lines;
+}

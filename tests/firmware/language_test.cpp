@@ -104,6 +104,11 @@ const language_case cases[] = {
 20 LONGNAME=1:LONGNAMES=2:L.1=3:PRINT LONGNAME;LONGNAMES;L.1:A$="S":A%=1:A=2:A(1)=3:PRINT A$;A%;A;A(1)
 30 I=40000)",
      " 3  2.5  0\nTX|\n 1  2  3\nS 1  2  3\nOverflow in 30\nOk"},
+    {"names of one kind of number", R"(
+10 DEFSNG A:DEFDBL B:LET A=1/3:LET B=A:PRINT A=B;A!=A;B#=B;CSNG(B);CDBL(2);CSNG("X"))",
+     "-1  0  0  .333333333  2\nType mismatch in 10\nOk"},
+    {"MOTOR", "10 MOTOR ON:PRINT INP(&H30) AND 0;:MOTOR OFF:MOTOR:MOTOR 0:MOTOR 1:MOTOR 2:MOTOR A$",
+     " 0\nType mismatch in 10\nOk"},
     {"DEF FN", R"(
 10 DEF FNA(X,Y)=X*10+Y:DEF FNB$(A$)=A$+"!"+A$:DEF FN C=Z+1:X=7:A$="KEPT"
 20 PRINT FNA(2,3);FNA(FNA(1,1),5);FNB$("AB");FN C;X;A$:Y=1:PRINT FNA(Y,X)

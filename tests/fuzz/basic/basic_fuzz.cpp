@@ -306,6 +306,9 @@ const std::vector<std::string> right = {"10 FOR I=1 TO 10:PRINT I;:NEXT I",
                                         "CLEAR 100",
                                         "SWAP A,B:ERASE A:DIM A(3)",
                                         "RANDOMIZE 5:PRINT RND(1);SQR(2);SIN(1);2^.5;VAL(\"1E5\")",
+                                        "GET@(3,3)-(20,9),A:PUT@(100,50),A,XOR:PUT@(0,0),I%(1),PSET",
+                                        "GET@(0,0)-(9,9),A(2):PUT@(A,B),A(1),AND",
+                                        "ON KEY GOSUB 10,,30:KEY(1) ON:KEY(2) STOP:KEY(1) OFF",
                                         "PRINT FRE(0);FRE(A$);TIME$;DATE$"};
 
 class line_maker {
