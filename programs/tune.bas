@@ -8,14 +8,15 @@
 80 D$="O4C4O3G4O4C2C4O3G4O4C2" ' Din, din, don
 90 R$="R1R1"
 100 T$="T160"
-110 LOCATE 0,4:PRINT "first voice"
-120 PLAY T$+A$,T$+R$,T$+R$
-130 LOCATE 0,5:PRINT "second voice"
-140 PLAY B$,A$,R$
-150 LOCATE 0,6:PRINT "third voice"
-160 PLAY C$,B$,A$
-170 PLAY D$,C$,B$
-180 LOCATE 0,7:PRINT "the first voice ends"
-190 PLAY R$,D$,C$
-200 PLAY R$,R$,D$
-210 PRINT:PRINT "Done."
+110 REM --- what the voices sing, a column each two bars
+120 PRINT:FOR I=0 TO 2
+130 PRINT "Voice";I+1;TAB(12+I*11);"Frere";TAB(23+I*11);"Dormez";TAB(34+I*11);"Sonnez";TAB(45+I*11);"Din"
+140 NEXT I
+150 REM --- notes wait in a queue, so the program ends before the music
+160 PLAY T$+A$,T$+R$,T$+R$
+170 PLAY B$,A$,R$
+180 PLAY C$,B$,A$
+190 PLAY D$,C$,B$
+200 PLAY R$,D$,C$
+210 PLAY R$,R$,D$
+220 PRINT:PRINT "All is told; the machine plays on by itself. PLAY alone makes it silent."

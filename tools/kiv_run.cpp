@@ -19,9 +19,11 @@
 #include <cstdio>
 #include <cstring>
 #include <ctime>
+#include <functional>
 #include <limits>
 #include <memory>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -129,6 +131,7 @@ class machine_run {
     wav_file wav;
     output_file tape_out;
     bool dump_loaded = false;
+    bool heard = false; // since the end of a program was last looked for
     uint64_t frame_limit = 0, cycle_limit = 0;
     uint64_t frames = 0, cycles = 0; // of this run
     uint64_t first_cycle = 0;        // of the machine
@@ -240,7 +243,8 @@ void machine_run::look_for_the_end() {
     if (!ends_itself() || !typing_begun || frames % frames_between_looks != 0 || kiv_type_waiting() != 0)
         return;
     const int cursor = kiv_text_cursor();
-    if (basic.over(frames, {screen_text(), planes_sum(), cursor < 0 ? -1 : cursor / 256}))
+    if (basic.over(frames, {screen_text(), planes_sum(), std::exchange(heard, false),
+                            cursor < 0 ? -1 : cursor / 256}))
         frame_limit = frames;
 }
 
@@ -257,6 +261,8 @@ void machine_run::frame_shown() {
 
 void machine_run::run_ended() {
     cycles = kiv_t_states() - first_cycle;
+    const int16_t *const samples = kiv_samples(), *const end = samples + kiv_sample_count();
+    heard |= std::adjacent_find(samples, end, std::not_equal_to<>()) != end;
     if (wav.is_open()) wav.add(kiv_samples(), kiv_sample_count());
     if (!tape_out.is_open()) return;
     if (!tape_out.take(kiv_tape_output(), kiv_tape_output_size()))

@@ -8,7 +8,7 @@ namespace {
 constexpr uint64_t second = 55; // frames
 constexpr uint64_t ok_pause = 5, deck_patience = 10 * second;
 constexpr uint64_t ok_patience = second, input_patience = 10 * second;
-constexpr uint64_t longest_run = 30 * 60 * second;
+constexpr uint64_t longest_run = 30 * 60 * second, longest_music = 5 * 60 * second;
 
 std::vector<std::string> rows_of(const std::string &screen) {
     std::vector<std::string> rows;
@@ -53,6 +53,9 @@ std::string basic_session::type_now(uint64_t frame, const deck_view &deck) {
 bool basic_session::over(uint64_t frame, const basic_view &view) {
     if (view.text != last.text || view.graphics != last.graphics || view.cursor_row != last.cursor_row) {
         last = view;
+        shown = frame;
+        moved = frame;
+    } else if (view.sounds && frame - shown < longest_music) {
         moved = frame;
     }
     if (frame - started >= longest_run) return true;

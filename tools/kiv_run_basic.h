@@ -9,6 +9,7 @@
 struct basic_view {
     std::string text;  // the screen, a line a row
     uint64_t graphics; // a checksum of the planes
+    bool sounds;       // something was heard since the last look: PLAY goes on behind a program's end
     int cursor_row;    // BASIC shows a cursor while it waits for keys; -1: it shows none
 };
 
@@ -40,6 +41,7 @@ class basic_session {
     size_t position = 0;
     bool motor = false;
     uint64_t moved;       // frame at which the tape, later the screen, was last seen to change
+    uint64_t shown = 0;   // frame at which the screen was
     uint64_t started = 0; // frame of RUN
     basic_view last{};
 };

@@ -34,8 +34,8 @@ How long
   --frames N            N pictures of the machine, about 55 a second
   --seconds S           S seconds of the machine's time
                         (default: 300 frames, or 60 frames past the end of the typed text; with --run until
-                        BASIC says Ok or has waited for keys for 10 seconds, 30 minutes of the machine's time
-                        at most: a program that looks for keys itself never waits)
+                        BASIC says Ok and is silent, or has waited for keys for 10 seconds, 30 minutes of the
+                        machine's time at most: a program that looks for keys itself never waits)
 
 At the keyboard
   --type TEXT           types TEXT; \n return, \e ESC, \t TAB, \b STOP, \f1 to \f5 function keys,

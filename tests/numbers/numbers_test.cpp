@@ -285,6 +285,23 @@ TEST_F(Numbers, PowersAndTheirErrors) {
     EXPECT_EQ(rom.call("float_exp"), err_overflow);
 }
 
+// The product of exponent and logarithm loses as many bits as it has before the point, a whole power's
+// squares one each.
+TEST_F(Numbers, PowersLoseWhatTheyMust) {
+    std::uniform_real_distribution<double> part(0, 1);
+    for (int i = 0; i < points() / 2 && !HasFailure(); ++i) {
+        rom.put(left, std::exp((part(operand.next) - 0.5L) * (i % 3 == 0 ? 1 : 20)));
+        const bool whole = i % 2 == 0;
+        rom.put(rom.fac(), whole ? operand.below(100) + 2 : (part(operand.next) - 0.5L) * 60);
+        const real base = rom.value(left), exponent = rom.result(), want = std::pow(base, exponent);
+        const real bits = std::fabs(std::log2(want));
+        if (bits > 126) continue;
+        ASSERT_EQ(rom.call("float_power"), 0) << base << '^' << exponent;
+        const real error = std::fabs(rom.result() / want - 1);
+        EXPECT_LE(error, whole ? exponent * 0x1p-32L : (bits + 8) * 0x1p-31L) << base << '^' << exponent;
+    }
+}
+
 TEST_F(Numbers, RandomOnesGoOnRepeatAndStartAgain) {
     const auto random = [&](int argument) {
         rom.put(rom.fac(), argument);
