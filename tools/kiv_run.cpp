@@ -150,6 +150,7 @@ void machine_run::use_calendar() const {
 
 void machine_run::use_settings() const {
     setting_values settings = default_settings();
+    settings[setting_tenkeyless] = 0; // a cursor key in --type means itself
     if (!options.settings.empty()) {
         check_readable(options.settings);
         settings = read_settings_file(options.settings);

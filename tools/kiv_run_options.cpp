@@ -19,7 +19,7 @@ what the program with the window does; only nobody waits for the clock.
 
 What runs
   --roms DIR            folder of the ROM images (default: the current directory)
-  --settings FILE       a settings file such as KIV.INI (default: the default settings)
+  --settings FILE       a settings file such as KIV.INI (default: the default settings, but for TEN-Keyless)
   --load-dump FILE      load a memory dump (.KIV) at the frame of --type-at
   --load-state FILE     go on from a state that --save-state left, with the same ROM images; frames and
                         times below count from there

@@ -639,7 +639,8 @@ _sign:  POP AF
         CCF
         RET
 
-; The loop of variable DE, if it is open in this subroutine, is left. DE is kept.
+; The loop of variable DE, if it is open in this subroutine, is left; those begun within it stay, for it may have been
+; jumped out of long ago. DE is kept.
 for_forget:
         LD HL,(frame_top)
 _look:  LD A,(HL)
@@ -663,9 +664,29 @@ _on:    CALL frame_before
         JR _look
 _found: DEC HL
         DEC HL
+        PUSH DE
+        LD D,H
+        LD E,L
         LD A,C
         CALL frame_before
-        LD (frame_top),HL
+        PUSH HL
+        LD HL,(frame_top)
+        EX DE,HL
+        OR A
+        SBC HL,DE
+        LD B,H                  ; bytes of newer ones, which move up
+        LD C,L
+        ADD HL,DE
+        POP DE
+        LD A,B
+        OR C
+        JR Z,_moved
+        DEC HL
+        DEC DE
+        LDDR
+        INC DE
+_moved: LD (frame_top),DE
+        POP DE
         RET
 _end:   RET
 

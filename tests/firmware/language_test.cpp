@@ -34,6 +34,12 @@ const language_case cases[] = {
 90 FOR K=1 TO 3:FOR L=1 TO 9:NEXT K:PRINT K)",
      " 1  2  3  4\n 3  2  1\n 0  .25  .5  .75  1\n 1  1  1  2  2  1  2  2\nSKIPPED\n 32766  32767  32768\n"
      " 1  2  7.5  8.5\n 4\nOk"},
+    {"a loop begun anew that was jumped out of", R"(
+10 FOR K=1 TO 3:IF K=2 THEN 20
+15 NEXT
+20 WHILE A<1:A=A+1:FOR J=.5 TO 1.5:FOR K=1 TO 2:PRINT J;K;:NEXT K:NEXT J:WEND:PRINT A
+30 FOR K=1 TO 2:FOR K=5 TO 6:PRINT K;:NEXT:NEXT)",
+     " .5  1  .5  2  1.5  1  1.5  2  1\n 5  6\nNEXT without FOR in 30\nOk"},
     {"NEXT without FOR", "10 FOR I=1 TO 2:GOSUB 20\n20 NEXT I", "NEXT without FOR in 20\nOk"},
     {"FOR without NEXT", "10 FOR I=2 TO 1", "FOR without NEXT in 10\nOk"},
     {"WHILE", R"(
