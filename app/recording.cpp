@@ -3,6 +3,7 @@
 #include "display/frame_composer.h"
 #include "machine/kiv_machine.h"
 #include "platform/texts.h"
+#include "sound/wave_header.h"
 
 #include <algorithm>
 #include <chrono>
@@ -10,17 +11,11 @@
 
 namespace {
 
-constexpr size_t most_slices = 2048;        // 41 seconds that a disk may take to answer
-constexpr size_t most_frames = 96;          // other than the one before them, 98 MB
-constexpr uint32_t most_missed = 1000;      // frames; more is another machine's time, loaded or reset
-constexpr uint64_t wave_limit = 0xFFFFF000; // bytes, that the file's header can count
-constexpr size_t wave_header_size = 44;
+constexpr size_t most_slices = 2048;   // 41 seconds that a disk may take to answer
+constexpr size_t most_frames = 96;     // other than the one before them, 98 MB
+constexpr uint32_t most_missed = 1000; // frames; more is another machine's time, loaded or reset
 constexpr auto patience = std::chrono::seconds(5);
 constexpr int video_input = 0, sound_input = 1;
-
-void put32(uint8_t *at, uint64_t n) {
-    for (int i = 0; i < 4; ++i) at[i] = static_cast<uint8_t>(n >> 8 * i);
-}
 
 std::vector<std::string> encoder_command(const std::string &path, uint32_t frame_t_states) {
     const std::string size = std::to_string(frame_width) + "x" + std::to_string(frame_height);
@@ -208,16 +203,10 @@ std::string recording::finish() {
     return wave.finish() ? std::string() : platform::last_file_error();
 }
 
-// RIFF, WAVE, a format chunk of 16 bytes: PCM (1), one channel, block of 2 bytes, 16 bits.
 void recording::put_wave_header(bool again) {
-    uint8_t header[wave_header_size] = {'R', 'I', 'F', 'F', 0, 0, 0,  0, 'W', 'A', 'V', 'E', 'f', 'm',
-                                        't', ' ', 16,  0,   0, 0, 1,  0, 1,   0,   0,   0,   0,   0,
-                                        0,   0,   0,   0,   2, 0, 16, 0, 'd', 'a', 't', 'a'};
-    put32(header + 4, wave_header_size - 8 + wave_bytes);
-    put32(header + 24, sample_rate);
-    put32(header + 28, sample_rate * 2);
-    put32(header + 40, wave_bytes);
-    const bool put = again ? wave.rewrite_start(header, sizeof header) : wave.write(header, sizeof header);
+    const wave_header_bytes header = wave_header(wave_bytes);
+    const bool put =
+        again ? wave.rewrite_start(header.data(), header.size()) : wave.write(header.data(), header.size());
     const std::lock_guard lock(mutex);
     if (!put && wrong.empty()) wrong = platform::last_file_error();
 }

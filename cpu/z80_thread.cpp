@@ -264,9 +264,9 @@ void z80_thread::end_frame() {
     if (watcher != nullptr) watcher->frame_ended();
 }
 
-// Nobody hears it, but phases and entries go on.
+// Nobody hears it, but phases and entries go on, and recordings.
 void z80_thread::end_slice() {
-    if (kiv_directx *const directx = kiv_directx::instance()) directx->makePCM(directx->closeBanks());
+    if (kiv_directx *const directx = kiv_directx::instance()) directx->next_slice();
 }
 
 // At any speed the screen gets what it can show; every frame of the machine would keep a processor busy.

@@ -24,7 +24,8 @@ constexpr uint32_t stream_bytes = 2 * stream_half_bytes;
 class output_tap {
   public:
     virtual ~output_tap() = default;
-    // CPU thread: a slice, whatever the sound's switch and volumes say. Must not wait.
+    // CPU thread, or the window thread while that is parked: a slice, whatever the sound's switch, volumes
+    // and speed say. Must not wait.
     virtual void samples(const int16_t *samples, size_t count) = 0;
     // Render thread: 640 x 400 pixels of 0x00RRGGBB, rows top first and `pitch` pixels apart, without the
     // speed line.
@@ -70,6 +71,9 @@ class kiv_directx {
 
     // CPU thread: closes the slice, renders it and hands it to the streaming buffer.
     virtual void tickPCM();
+    // The same for a slice that nobody is to hear, at another speed than the machine's own; recordings get
+    // it.
+    const int16_t *next_slice();
     // Decibels. What is read is one above what was set, as devices report it.
     virtual int32_t getHardVolume() const;
     virtual void setHardVolume(int32_t decibels);

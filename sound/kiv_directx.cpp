@@ -65,12 +65,15 @@ void kiv_directx::stop() {
 }
 
 void kiv_directx::tickPCM() {
-    const int16_t *const samples = makePCM(closeBanks());
-    {
-        const std::lock_guard lock(sound_tap_mutex);
-        if (sound_tap != nullptr) sound_tap->samples(samples, slice_samples);
-    }
+    const int16_t *const samples = next_slice();
     transferPCM(sound_off != 0 ? silence : samples); // slices and phases go on while the sound is off
+}
+
+const int16_t *kiv_directx::next_slice() {
+    const int16_t *const samples = makePCM(closeBanks());
+    const std::lock_guard lock(sound_tap_mutex);
+    if (sound_tap != nullptr) sound_tap->samples(samples, slice_samples);
+    return samples;
 }
 
 const int16_t *kiv_directx::makePCM(slice_source source) {

@@ -2,7 +2,7 @@
 
 #include "display/text_screen.h"
 #include "machine/kiv_machine.h"
-#include "sound/sound_slices.h"
+#include "sound/wave_header.h"
 #include "tools/kiv_run_options.h"
 
 #include <array>
@@ -80,30 +80,12 @@ void output_file::open(const std::string &path) {
 
 // ---- sound -------------------------------------------------------------------------------------------
 
-namespace {
-
-constexpr uint32_t wav_header_size = 44;
-constexpr uint64_t wav_bytes_limit = 0xFFFFFFFF - wav_header_size;
-
-void put32(uint8_t *at, uint64_t value) {
-    for (int i = 0; i < 4; ++i) at[i] = static_cast<uint8_t>(value >> 8 * i);
-}
-
-} // namespace
-
 void wav_file::write_header() {
-    // RIFF, WAVE, a format chunk of 16 bytes: PCM (1), one channel, block of 2 bytes, 16 bits.
-    uint8_t header[wav_header_size] = {'R', 'I', 'F', 'F', 0, 0, 0,  0, 'W', 'A', 'V', 'E', 'f', 'm',
-                                       't', ' ', 16,  0,   0, 0, 1,  0, 1,   0,   0,   0,   0,   0,
-                                       0,   0,   0,   0,   2, 0, 16, 0, 'd', 'a', 't', 'a'};
-    put32(header + 4, wav_header_size - 8 + bytes);
-    put32(header + 24, sample_rate);
-    put32(header + 28, sample_rate * 2);
-    put32(header + 40, bytes);
+    const wave_header_bytes header = wave_header(bytes);
     if (bytes == 0)
-        file.write(header, sizeof header);
+        file.write(header.data(), header.size());
     else
-        file.rewrite_start(header, sizeof header);
+        file.rewrite_start(header.data(), header.size());
 }
 
 void wav_file::open(const std::string &path) {
@@ -114,7 +96,7 @@ void wav_file::open(const std::string &path) {
 
 void wav_file::add(const int16_t *samples, uint32_t count) {
     const uint64_t size = uint64_t{count} * 2;
-    if (bytes + size > wav_bytes_limit) throw run_failure(name + ": longer than a WAV file can be (6 hours)");
+    if (bytes + size > wave_limit) throw run_failure(name + ": longer than a WAV file can be (6 hours)");
     file.write(samples, size); // the host stores the low byte first, as the file does
     bytes += size;
 }
