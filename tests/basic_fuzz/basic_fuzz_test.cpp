@@ -13,7 +13,8 @@ TEST(BasicFuzz, RandomLinesAlwaysComeBackToOk) {
 // What long runs found.
 TEST(BasicFuzz, FoundLinesStayMended) {
     const std::vector<std::string> found[] = {
-        {"20 '" + std::string(240, 'X') + "\x0B", "EDIT 20", "PRINT 1:PRINT 2"}, // the cursor went home meanwhile
+        {"20 '" + std::string(240, 'X') + "\x0B", "EDIT 20",
+         "PRINT 1:PRINT 2"}, // the cursor went home meanwhile
     };
     for (const auto &lines : found)
         for (const basic_fault &fault : replay_basic(lines).faults)
