@@ -12,7 +12,10 @@ std::string hex(unsigned value, int digits) {
 
 std::string bytes_as_db(const disassembled &d) {
     std::string text = "DB ";
-    for (int i = 0; i < d.length; ++i) text += (i == 0 ? "" : ",") + hex(d.bytes[i], 2);
+    for (int i = 0; i < d.length; ++i) {
+        if (i != 0) text += ',';
+        text += hex(d.bytes[i], 2);
+    }
     return text;
 }
 
@@ -71,7 +74,8 @@ struct decoder {
         }
         if (form.compare(at, 2, "+d") == 0) {
             at += 2;
-            return (displacement < 0 ? "" : "+") + std::to_string(displacement);
+            std::string text = std::to_string(displacement);
+            return displacement < 0 ? text : text.insert(0, 1, '+');
         }
         if (form[at] == 'n') {
             ++at;
