@@ -44,10 +44,10 @@ struct z80_thread::slice_clock {
 
     // Until `cycles` T-states from the slice's start have taken their time; 0 when they have.
     double seconds_left(uint64_t cycles) {
-        const auto target = static_cast<int64_t>(
-            std::ceil(static_cast<double>(cycles) * ticks_per_second / (clock_hz * speed / full_speed)));
         now = platform::performance_counter();
         if (speed == any_speed) return 0;
+        const auto target = static_cast<int64_t>(
+            std::ceil(static_cast<double>(cycles) * ticks_per_second / (clock_hz * speed / full_speed)));
         const int64_t left = target - (now - slice_start);
         return left > 0 ? static_cast<double>(left) / ticks_per_second : 0;
     }
