@@ -169,11 +169,13 @@ template <class Archive> void pcg_fields(fields<Archive> f) {
     for (pcg_counter &c : machine.pcg_counters) f(c.frequency, c.high, c.low, c.access, c.toggle, c.gate);
 }
 
-// Of the changes that wait their number is told, so that it can be checked.
+// Of the changes that wait their number is told, so that it can be checked. It is read first: a key that is
+// struck while the machine's thread takes a snapshot belongs to the time after it.
 template <class Archive> void keyboard_fields(fields<Archive> f) {
+    uint32_t waiting =
+        __atomic_load_n(&machine.key_changes_asked.value, __ATOMIC_ACQUIRE) - machine.key_changes_made;
     f(machine.key_matrix, machine.key_retraces, machine.key_pressed_at);
     for (key_change &c : machine.key_changes) f(c.due, c.key, c.down);
-    uint32_t waiting = machine.key_changes_asked - machine.key_changes_made;
     f(machine.key_changes_made);
     f.ranged(waiting, 0, key_changes_size);
     if constexpr (std::is_same_v<Archive, loading>)

@@ -22,11 +22,11 @@ struct key_change {
 };
 
 struct key_matrix_block {
-    shared<uint8_t> key_matrix[key_rows];     // ports 0x00-0x0B
-    shared<uint32_t> key_retraces;            // since the last reset
-    uint32_t key_pressed_at[key_rows * 8];    // in key_retraces
-    key_change key_changes[key_changes_size]; // those that wait, in their order; a ring
-    shared<uint32_t> key_changes_made;        // of all that ever waited
+    shared<uint8_t> key_matrix[key_rows];          // ports 0x00-0x0B
+    shared<uint32_t> key_retraces;                 // since the last reset
+    shared<uint32_t> key_pressed_at[key_rows * 8]; // in key_retraces
+    key_change key_changes[key_changes_size];      // those that wait, in their order; a ring
+    shared<uint32_t> key_changes_made;             // of all that ever waited
     shared<uint32_t> key_changes_asked;
 };
 
