@@ -262,7 +262,7 @@ void kiv_form::start_emulation() {
     }
     deactivated = 0;
     program.directx->restore_surfaces();
-    if (options.speed != 0) speed = static_cast<uint32_t>(options.speed);
+    speed = static_cast<uint32_t>(options.speed != 0 ? options.speed : own.values[user_speed]);
     program.cpu_thread->watch_frames(&history);
     apply_speed();
     if (!program.cpu_thread->create_thread(1)) trace("start_emulation: the host has no thread to give");

@@ -24,6 +24,8 @@ const uint32_t kiv_form::speeds[kiv_form::speed_count] = {25, 50, 75, 100, 150, 
 
 void kiv_form::choose_speed(uint32_t percent) {
     speed = percent;
+    own.values[user_speed] = static_cast<int>(percent);
+    save_user_settings();
     apply_speed();
     notify(text("速さ") + " " + std::to_string(percent) + " %");
 }

@@ -13,7 +13,7 @@ constexpr char section[] = "Kiv", recent_section[] = "Recent";
 
 struct value_rule {
     const char *key;
-    int fallback, highest;
+    int fallback, highest, lowest = 0;
 };
 
 constexpr value_rule rules[user_setting_count] = {
@@ -28,6 +28,7 @@ constexpr value_rule rules[user_setting_count] = {
     {"keys_by_character", 0, 1},
     {"volume", user_volume_highest, user_volume_highest},
     {"gamepads", 0, 1},
+    {"speed", 100, 400, 25},
     // The ten-key's 8, 2, 4 and 6; space, Z, X, RETURN; SHIFT, CTRL; ESC, RETURN.
     {"pad_up", 8, user_pad_none},
     {"pad_down", 2, user_pad_none},
@@ -63,7 +64,7 @@ user_settings read_user_settings(const std::string &path) {
     if (path.empty()) return s;
     for (size_t i = 0; i < user_setting_count; ++i) {
         const int value = platform::profile_int(path, section, rules[i].key, rules[i].fallback);
-        s.values[i] = value >= 0 && value <= rules[i].highest ? value : rules[i].fallback;
+        s.values[i] = value >= rules[i].lowest && value <= rules[i].highest ? value : rules[i].fallback;
     }
     s.window_place = platform::profile_string(path, section, "window");
     s.rom_folder = platform::profile_string(path, section, "roms");

@@ -19,6 +19,7 @@ enum user_setting : size_t {
     user_by_character,  // 1: keys by what the layout prints, 0: by their place
     user_volume,        // 0 to user_volume_highest, beside the machine's own
     user_gamepads,      // 1: gamepads are used
+    user_speed,         // per cent of the machine's own
     user_pad_up,        // and what follows, a pad_input each: row * 8 + bit of the key, or user_pad_none
     user_pad_last = user_pad_up + 11,
     user_setting_count

@@ -217,7 +217,7 @@ void z80_thread::run_machine() {
     kiv_directx *const directx = kiv_directx::instance();
     if (directx != nullptr) directx->play();
     clock.slice_start = platform::performance_counter();
-    clock.speed = speed;
+    follow_speed(clock);
     run_block &run = run_state;
     uint64_t charged_cycles = elapsed_cycles; // of this object's runs, whatever a snapshot brings
     for (;;) {
@@ -246,13 +246,13 @@ void z80_thread::run_machine() {
         if (run.slice_cycles < machine.cycles_per_slice) continue;
         wait_for_slice_end(clock, run.slice_cycles);
         show_cycles(charged_cycles);
-        if (directx != nullptr && clock.speed == full_speed)
+        if (directx != nullptr && clock.speed != any_speed)
             directx->tickPCM();
         else
             end_slice();
         cassette_flush_output();
         run.slice_cycles = 0;
-        clock.speed = speed;
+        follow_speed(clock);
     }
     trace("Z80: HALT スレッド退出");
     cassette_flush_output();
@@ -267,6 +267,18 @@ void z80_thread::end_frame() {
 // Nobody hears it, but phases and entries go on, and recordings.
 void z80_thread::end_slice() {
     if (kiv_directx *const directx = kiv_directx::instance()) directx->next_slice();
+}
+
+// At any speed nobody could listen.
+void z80_thread::follow_speed(slice_clock &clock) {
+    const uint32_t wanted = speed;
+    if (wanted == clock.speed) return;
+    clock.speed = wanted;
+    kiv_directx *const directx = kiv_directx::instance();
+    if (directx == nullptr) return;
+    if (wanted == any_speed) return directx->stop();
+    directx->set_sound_speed(wanted);
+    directx->play();
 }
 
 // At any speed the screen gets what it can show; every frame of the machine would keep a processor busy.

@@ -53,8 +53,8 @@ class z80_thread : public kel_thread, public emulated_clock {
     virtual void set_no_wait(uint32_t value);
     virtual uint32_t get_dma_gain() const;
     virtual void set_dma_gain(uint32_t value); // stored only
-    // Per cent of the machine's own speed, or any_speed; from any thread. Silent unless it is full_speed:
-    // what the device plays comes at the machine's own rate.
+    // Per cent of the machine's own speed, or any_speed; from any thread. The sound comes as fast or as slow
+    // as the machine runs; at any speed it is silent.
     virtual void set_speed(uint32_t percent);
     // Before the thread is created.
     void watch_frames(frame_watcher *watcher);
@@ -76,6 +76,7 @@ class z80_thread : public kel_thread, public emulated_clock {
     bool park(std::unique_lock<std::mutex> &lock);
     void end_frame();
     void end_slice();
+    void follow_speed(slice_clock &clock);
     bool frame_is_wanted(slice_clock &clock);
     void show_cycles(uint64_t charged);
     void sleep_towards(slice_clock &clock, uint64_t cycles);

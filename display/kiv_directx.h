@@ -65,14 +65,15 @@ class kiv_directx {
     virtual void play();
     virtual void stop();
     virtual void reset_cpu_clk();
+    // CPU thread: the speed, in per cent, at which slices come from now on.
+    void set_sound_speed(uint32_t percent);
 
     // The client area has moved: where window mode copies to. From within set_window_style, too.
     virtual void on_move();
 
     // CPU thread: closes the slice, renders it and hands it to the streaming buffer.
     virtual void tickPCM();
-    // The same for a slice that nobody is to hear, at another speed than the machine's own; recordings get
-    // it.
+    // The same for a slice that nobody is to hear; recordings get it.
     const int16_t *next_slice();
     // Decibels. What is read is one above what was set, as devices report it.
     virtual int32_t getHardVolume() const;

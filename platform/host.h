@@ -284,6 +284,8 @@ class sound_stream {
     virtual void play() = 0; // looping, from where it stands
     virtual void stop() = 0;
     virtual bool get_position(uint32_t &play, uint32_t &write) = 0;
+    // What is written is played at this part of its rate, in per cent, 25 to 400; 100 at first.
+    virtual void set_speed(uint32_t percent) = 0;
 };
 
 class primary_sound_buffer {

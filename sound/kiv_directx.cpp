@@ -64,6 +64,10 @@ void kiv_directx::stop() {
         trace("DirectX:  ds->stop() null reference");
 }
 
+void kiv_directx::set_sound_speed(uint32_t percent) {
+    if (stream != nullptr) stream->set_speed(percent);
+}
+
 void kiv_directx::tickPCM() {
     const int16_t *const samples = next_slice();
     transferPCM(sound_off != 0 ? silence : samples); // slices and phases go on while the sound is off

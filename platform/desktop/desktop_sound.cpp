@@ -240,6 +240,14 @@ class desktop_stream : public sound_stream {
         output->feeder.stop();
     }
 
+    void set_speed(uint32_t percent) override {
+        const std::lock_guard lock(mutex);
+        stands_at = cursor();
+        started = steady::now();
+        speed = percent;
+        output->feeder.set_speed(percent);
+    }
+
     bool get_position(uint32_t &play_cursor, uint32_t &write_cursor) override {
         const std::lock_guard lock(mutex);
         play_cursor = write_cursor = static_cast<uint32_t>(cursor());
@@ -252,7 +260,7 @@ class desktop_stream : public sound_stream {
         if (!playing) return stands_at;
         const auto elapsed = static_cast<uint64_t>(
             std::chrono::duration_cast<std::chrono::microseconds>(steady::now() - started).count());
-        return (stands_at + elapsed * stream_rate / 1000000 * 2) % memory.size();
+        return (stands_at + elapsed * stream_rate / 1000000 * speed / 100 * 2) % memory.size();
     }
 
     void append(const void *part, uint32_t bytes) {
@@ -272,6 +280,7 @@ class desktop_stream : public sound_stream {
     std::atomic<bool> playing{false};
     steady::time_point started{};
     uint64_t stands_at = 0;
+    uint32_t speed = 100; // per cent
 };
 
 } // namespace

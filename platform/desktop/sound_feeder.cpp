@@ -7,7 +7,7 @@ namespace platform {
 
 namespace {
 
-constexpr double slice_ms = 20;
+constexpr double machine_slice_ms = 20;
 constexpr double least_margin_ms = 8; // a slice's lateness that is always covered
 constexpr double greatest_margin_ms = 24;
 constexpr double margin_step_ms = 4;      // more after every underrun,
@@ -27,16 +27,14 @@ double blackman(double x) { return 0.42 + 0.5 * std::cos(pi * x) + 0.08 * std::c
 
 sound_feeder::sound_feeder(uint32_t rate) : source_rate(rate), ring(ring_size + taps) {}
 
-void sound_feeder::open_device(uint32_t rate, uint32_t block_samples) {
-    device_rate = rate;
-    block_ms = block_samples * 1000.0 / device_rate;
-    // The low-pass: everything that the device can carry and nothing of what would fold back. The transition
-    // of 48 taps is about a tenth of the source rate wide.
-    const double cutoff =
-        std::min(0.5, std::max(0.02, 0.5 * device_rate / source_rate - 0.02)); // of the source rate
-    kernel.assign(static_cast<size_t>(phases + 1) * taps, 0.0f);
+// The low-pass: everything that the device can carry and nothing of what would fold back. The transition of
+// 48 taps is about a tenth of the source rate wide.
+std::vector<float> sound_feeder::make_kernel(double at_speed) const {
+    const double cutoff = std::min(
+        0.5, std::max(0.02, 0.5 * device_rate / (source_rate * at_speed) - 0.02)); // of the source rate
+    std::vector<float> kernel_of_speed(static_cast<size_t>(phases + 1) * taps, 0.0f);
     for (int phase = 0; phase <= phases; ++phase) {
-        float *row = &kernel[static_cast<size_t>(phase) * taps];
+        float *row = &kernel_of_speed[static_cast<size_t>(phase) * taps];
         double sum = 0;
         for (int tap = 0; tap < taps; ++tap) {
             const double x = tap - before - static_cast<double>(phase) / phases;
@@ -47,6 +45,15 @@ void sound_feeder::open_device(uint32_t rate, uint32_t block_samples) {
         }
         for (int tap = 0; tap < taps; ++tap) row[tap] = static_cast<float>(row[tap] / sum);
     }
+    return kernel_of_speed;
+}
+
+void sound_feeder::open_device(uint32_t rate, uint32_t block_samples) {
+    device_rate = rate;
+    block_ms = block_samples * 1000.0 / device_rate;
+    for (size_t i = 0; i < std::size(kernels); ++i) kernels[i] = make_kernel(steps_of_speed[i]);
+    kernel = nullptr;
+    follow_speed();
     margin_ms = least_margin_ms;
     average_ms = 0;
     ratio = 1;
@@ -63,6 +70,8 @@ void sound_feeder::start() {
 }
 
 void sound_feeder::stop() { playing.store(false); }
+
+void sound_feeder::set_speed(uint32_t percent) { wanted_speed.store(std::clamp(percent, 25u, 400u)); }
 
 void sound_feeder::set_gain(float factor) { gain.store(factor, std::memory_order_relaxed); }
 
@@ -108,7 +117,18 @@ void sound_feeder::steer(double fill_ms, double elapsed_ms) {
     ratio = 1 + std::clamp(error * correction_per_ms, -greatest_correction, greatest_correction);
 }
 
-double sound_feeder::target_ms() const { return slice_ms / 2 + block_ms + margin_ms; }
+double sound_feeder::slice_ms() const { return machine_slice_ms / speed; }
+double sound_feeder::target_ms() const { return slice_ms() / 2 + block_ms + margin_ms; }
+
+void sound_feeder::follow_speed() {
+    const double wanted = wanted_speed.load() / 100.0;
+    if (kernel != nullptr && wanted == speed) return;
+    speed = wanted;
+    size_t step = 0;
+    while (step + 1 < std::size(kernels) && steps_of_speed[step] < speed) ++step;
+    kernel = kernels[step].data();
+    average_ms = target_ms();
+}
 
 // From here on the signal comes over from where it was to what goes on.
 void sound_feeder::cut() {
@@ -132,13 +152,19 @@ void sound_feeder::follow_start_and_stop(bool wanted) {
     }
 }
 
+void sound_feeder::skip(double ms) {
+    if (ms > 0) position += static_cast<uint64_t>(ms * source_rate * speed / 1000);
+}
+
 // With enough waiting the sound begins; with far too much some of it is left out.
 void sound_feeder::look_at_fill(uint64_t end, double block, bool wanted) {
-    const double fill_ms = static_cast<double>(static_cast<int64_t>(end - position)) * 1000 / source_rate;
-    if (wanted && !sounding && fill_ms >= target_ms() + slice_ms / 2 - block) {
+    const double fill_ms =
+        static_cast<double>(static_cast<int64_t>(end - position)) * 1000 / (source_rate * speed);
+    if (wanted && !sounding && fill_ms >= target_ms() + slice_ms() / 2 - block) {
         sounding = true;
         cut();
         average_ms = target_ms();
+        skip(fill_ms - average_ms - slice_ms() / 2); // slow slices are long ones
     }
     if (!sounding) {
         if (!wanted) position = end;
@@ -146,8 +172,13 @@ void sound_feeder::look_at_fill(uint64_t end, double block, bool wanted) {
     }
     const double target = target_ms();
     steer(fill_ms, block);
-    if (average_ms <= target + skip_above_ms && fill_ms <= target + skip_at_once_ms) return;
-    position += static_cast<uint64_t>((fill_ms - target) * source_rate / 1000);
+    const double of_long_slices = std::max(0.0, (slice_ms() - machine_slice_ms) / 2);
+    if (average_ms > target + skip_above_ms)
+        skip(std::min(average_ms - target, fill_ms / 2));
+    else if (fill_ms > target + skip_at_once_ms + of_long_slices)
+        skip(fill_ms - target - of_long_slices);
+    else
+        return;
     average_ms = target;
     cut();
     count_skips.fetch_add(1, std::memory_order_relaxed);
@@ -183,10 +214,11 @@ float sound_feeder::bridged(float sample) {
 void sound_feeder::pull(int16_t *out, size_t count) {
     const uint64_t end = written.load(std::memory_order_acquire);
     const bool wanted = playing.load();
+    follow_speed();
     const double shown_target_ms = target_ms();
     follow_start_and_stop(wanted);
     look_at_fill(end, static_cast<double>(count) * 1000 / device_rate, wanted);
-    const double step = source_rate / device_rate * ratio;
+    const double step = source_rate * speed / device_rate * ratio;
     const float wanted_gain = gain.load(std::memory_order_relaxed);
     const float gain_step = count == 0 ? 0 : (wanted_gain - current_gain) / static_cast<float>(count);
     for (size_t i = 0; i < count; ++i) {

@@ -6,12 +6,16 @@
 // which holds the latency where it is while the two clocks drift apart. Whatever must be cut (nothing to
 // play, too much waiting, start and stop) is bridged over 3 ms, so that it does not click.
 //
+// A machine at another speed hands its slices over faster or slower; they are played as fast as they come,
+// higher or lower, as a tape would be.
+//
 // `push`: one thread. `pull`: one thread, never waits, allocates nothing. The rest from any thread.
 #pragma once
 
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <vector>
 
 namespace platform {
@@ -25,7 +29,8 @@ class sound_feeder {
     void open_device(uint32_t device_rate, uint32_t block_samples);
     void start(); // what was pushed before is not played
     void stop();
-    void set_gain(float factor); // 0 to 1
+    void set_gain(float factor);      // 0 to 1
+    void set_speed(uint32_t percent); // of the machine's own, at which slices come; 25 to 400
     // Appends samples; what finds no room (a device that has stopped asking) is dropped.
     void push(const int16_t *samples, size_t count);
     void pull(int16_t *out, size_t count); // always fills `out`
@@ -44,11 +49,16 @@ class sound_feeder {
     static constexpr size_t ring_size = 1 << 15; // samples; 341 ms at 96 kHz
     static constexpr int taps = 48, phases = 256;
     static constexpr int before = taps / 2 - 1; // taps left of the sample that the position stands on
+    static constexpr double steps_of_speed[] = {1, 1.5, 2, 3, 4}; // a low-pass each
 
     float interpolate(uint64_t index, double fraction) const;
     void steer(double fill_ms, double block_ms);
     double target_ms() const;
+    double slice_ms() const;
+    void follow_speed();
+    std::vector<float> make_kernel(double speed) const;
     void cut();
+    void skip(double ms);
     void follow_start_and_stop(bool wanted);
     void look_at_fill(uint64_t end, double block, bool wanted);
     float next_sample(uint64_t end, double step);
@@ -56,17 +66,20 @@ class sound_feeder {
 
     const double source_rate;
     std::vector<int16_t> ring; // its first `taps` samples stand again behind its end: a window never wraps
-    std::vector<float> kernel; // (phases + 1) x taps
+    std::vector<float> kernels[std::size(steps_of_speed)]; // (phases + 1) x taps
+    const float *kernel = nullptr;                         // the one in use
 
     std::atomic<uint64_t> written{0};  // samples pushed; the queue's end
     std::atomic<uint64_t> consumed{0}; // samples that the writer may overwrite
     std::atomic<uint64_t> start_at{0}; // the queue's beginning after a start
     std::atomic<bool> playing{false};
     std::atomic<float> gain{1.0f};
+    std::atomic<uint32_t> wanted_speed{100}; // per cent
 
     // The device's side.
     double device_rate = 0;
     double block_ms = 0;
+    double speed = 1;
     uint64_t begun_at = 0; // `start_at` as last seen
     uint64_t position = 0; // next source sample, and
     double fraction = 0;   // how far behind it

@@ -35,6 +35,7 @@ struct headless_sound::device {
     // The stream. What is locked is a copy of its memory: whoever writes there meets nobody who reads.
     bool playing = false;
     uint64_t started_us = 0;
+    uint32_t speed = 100;   // per cent
     uint64_t stands_at = 0; // bytes played up to the last start, over all rounds of the buffer
     uint64_t heard_to = 0;  // bytes, the same count
     uint32_t bytes_per_second = 0, sample_bytes = 2;
@@ -54,7 +55,7 @@ struct headless_sound::device {
         const uint64_t us = now_us() - started_us;
         const uint64_t bytes =
             us / us_per_second * bytes_per_second + us % us_per_second * bytes_per_second / us_per_second;
-        return stands_at + bytes / sample_bytes * sample_bytes;
+        return stands_at + bytes * speed / 100 / sample_bytes * sample_bytes;
     }
 
     // Notes what the cursor has passed over since the last time.
@@ -134,6 +135,14 @@ class memory_stream : public sound_stream {
         state->listen();
         state->stands_at = state->played();
         state->playing = false;
+    }
+
+    void set_speed(uint32_t percent) override {
+        const std::lock_guard lock(state->mutex);
+        state->listen();
+        state->stands_at = state->played();
+        state->started_us = state->now_us();
+        state->speed = percent;
     }
 
     bool get_position(uint32_t &play_cursor, uint32_t &write_cursor) override {
@@ -226,6 +235,11 @@ uint64_t headless_sound::unlocks() const {
 bool headless_sound::is_open() const {
     const std::lock_guard lock(state->mutex);
     return state->opened;
+}
+
+uint32_t headless_sound::speed() const {
+    const std::lock_guard lock(state->mutex);
+    return state->speed;
 }
 
 bool headless_sound::is_playing() const {

@@ -29,6 +29,7 @@ class headless_sound : public sound_device {
     uint64_t unlocks() const;
     bool is_open() const;
     bool is_playing() const;
+    uint32_t speed() const; // of the stream, per cent
     int32_t volume() const; // hundredths of a decibel, as it was set last; 0 at first
 
     // ---- for the program ----

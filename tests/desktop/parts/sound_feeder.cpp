@@ -22,6 +22,7 @@ struct simulation {
     std::vector<int16_t> block;
     double block_seconds;
     double lateness = 0; // seconds, of every 50th slice
+    double speed = 1;
     double now = 0, next_slice = 0.02, next_block = 0.0037;
     uint64_t pushed = 0, slices = 0;
     sound_feeder feeder{source_rate};
@@ -63,7 +64,7 @@ struct simulation {
             const double due = next_slice + (slices % 50 == 49 ? lateness : 0);
             now = std::min(due, next_block);
             if (due <= next_block) {
-                next_slice += 0.02;
+                next_slice += 0.02 / speed;
                 slices++;
                 push_slice();
             } else {
@@ -107,6 +108,29 @@ TEST(SoundFeeder, ASineComesOutAsTheSineWithoutASeam) {
     high.listen_anew();
     high.run(2);
     EXPECT_LT(high.peak, high.amplitude / 300); // 50 dB
+}
+
+// As a tape would be: higher or lower, and nothing else.
+TEST(SoundFeeder, AnotherSpeedIsAnotherPitch) {
+    simulation s(440);
+    s.run(1);
+    for (const uint32_t percent : {150u, 400u, 25u, 300u, 75u, 50u, 200u, 100u}) {
+        SCOPED_TRACE(percent);
+        s.speed = percent / 100.0;
+        s.feeder.set_speed(percent);
+        s.run(s.now + 3); // what was waiting has been played, or left out
+        const auto before = s.feeder.get_figures();
+        s.listen_anew();
+        s.run(s.now + 5);
+        const double omega = 2 * pi * s.frequency * s.speed / s.device_rate;
+        EXPECT_LE(s.worst_bend, s.amplitude * omega * omega * 1.05 + 4);
+        EXPECT_NEAR(s.worst_step, s.amplitude * omega, s.amplitude * omega * 0.02 + 2) << "its pitch";
+        EXPECT_NEAR(s.peak, s.amplitude, s.amplitude * 0.01);
+        const auto after = s.feeder.get_figures();
+        EXPECT_EQ(after.underruns + after.skips, before.underruns + before.skips);
+        EXPECT_LT(after.fill_ms, 80);
+    }
+    EXPECT_LT(s.feeder.get_figures().underruns + s.feeder.get_figures().skips, 12u) << "one a change";
 }
 
 TEST(SoundFeeder, LatencyStaysWhereItIsWhileTheClocksDriftApart) {
