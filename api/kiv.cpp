@@ -517,6 +517,10 @@ kiv_result kiv_type_pause(uint32_t frames) {
 uint32_t kiv_type_waiting(void) { return keys.waiting(); }
 void kiv_type_cancel(void) { keys.cancel(); }
 
+size_t kiv_typing_size() { return keys.saved_size(); }
+void kiv_typing_save(uint8_t *bytes) { keys.save(bytes); }
+bool kiv_typing_load(const uint8_t *bytes, size_t size) { return keys.load(bytes, size); }
+
 uint32_t kiv_area_size(int32_t index) { return index == KIV_AREA_CPU ? 0x10000 : area_of(index).size; }
 
 int32_t kiv_peek(int32_t index, uint32_t address) {

@@ -1,6 +1,7 @@
 #include "api/typing.h"
 
 #include "machine/keyboard.h"
+#include <cstring>
 
 namespace {
 
@@ -132,4 +133,24 @@ void typist::cancel() {
     queue.clear();
     done = 0;
     now = stage::idle;
+}
+
+size_t typist::saved_size() const { return saved_head + queue.size() - done; }
+
+void typist::save(uint8_t *bytes) const {
+    bytes[0] = static_cast<uint8_t>(now);
+    std::memcpy(bytes + 1, &this_frame, sizeof this_frame);
+    std::memcpy(bytes + 1 + sizeof this_frame, &due, sizeof due);
+    if (queue.size() != done) std::memcpy(bytes + saved_head, queue.data() + done, queue.size() - done);
+}
+
+bool typist::load(const uint8_t *bytes, size_t size) {
+    if (size < saved_head || (size - saved_head) % entry_size != 0 ||
+        bytes[0] > static_cast<uint8_t>(stage::over) || !queue.assign(bytes + saved_head, size - saved_head))
+        return false;
+    done = 0;
+    now = static_cast<stage>(bytes[0]);
+    std::memcpy(&this_frame, bytes + 1, sizeof this_frame);
+    std::memcpy(&due, bytes + 1 + sizeof this_frame, sizeof due);
+    return true;
 }

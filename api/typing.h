@@ -35,8 +35,15 @@ class typist {
     // Forgets them, and releases the key in work.
     void cancel();
 
+    // What waits and how far it is, for who puts the machine back in time: `size` bytes, for the host that
+    // wrote them. False: they are none, or there is no memory for them.
+    size_t saved_size() const;
+    void save(uint8_t *bytes) const;
+    bool load(const uint8_t *bytes, size_t size);
+
   private:
     static constexpr size_t entry_size = 4;
+    static constexpr size_t saved_head = 1 + 2 * sizeof(uint64_t);
     enum class stage : uint8_t { idle, shift_down, key_down, key_up, shift_up, over };
 
     bool put(uint8_t kind, uint8_t virtual_key, uint32_t frames);
@@ -49,3 +56,9 @@ class typist {
     uint64_t this_frame = 0;
     uint64_t due = 0; // frame of the next act
 };
+
+// The library's own typist, behind kiv_type: kiv_snapshot_load forgets what it has; whoever goes back in time
+// saves it beside the snapshot. As typist's.
+size_t kiv_typing_size();
+void kiv_typing_save(uint8_t *bytes);
+bool kiv_typing_load(const uint8_t *bytes, size_t size);

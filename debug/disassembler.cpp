@@ -1,5 +1,6 @@
 #include "debug/disassembler.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace {
@@ -104,7 +105,36 @@ struct decoder {
     }
 };
 
+using page_lengths = std::array<std::array<uint8_t, 256>, opcode_pages>;
+
+page_lengths all_lengths() {
+    page_lengths lengths{};
+    for (size_t page = 0; page < lengths.size(); ++page)
+        for (unsigned opcode = 0; opcode < 256; ++opcode) {
+            std::string prefix = page_prefix(static_cast<opcode_page>(page));
+            uint8_t bytes[4] = {};
+            std::copy(prefix.begin(), prefix.end(), bytes);
+            bytes[prefix.size() == 2 ? 3 : prefix.size()] = static_cast<uint8_t>(opcode);
+            lengths[page][opcode] = disassemble(0, [&](uint16_t at) { return bytes[at & 3]; }).length;
+        }
+    return lengths;
+}
+
 } // namespace
+
+uint8_t instruction_length(const uint8_t bytes[4]) {
+    static const page_lengths lengths = all_lengths();
+    const auto of = [&](opcode_page page, uint8_t opcode) {
+        return lengths[static_cast<size_t>(page)][opcode];
+    };
+    switch (bytes[0]) {
+    case 0xCB: return 2;
+    case 0xED: return of(opcode_page::ed, bytes[1]);
+    case 0xDD:
+    case 0xFD: return bytes[1] == 0xCB ? uint8_t{4} : of(opcode_page::dd, bytes[1]);
+    default: return of(opcode_page::plain, bytes[0]);
+    }
+}
 
 disassembled disassemble(uint16_t address, const std::function<uint8_t(uint16_t)> &byte_at,
                          const address_names &name_of) {

@@ -24,3 +24,5 @@ disassembled disassemble(uint16_t address, const std::function<uint8_t(uint16_t)
 // What an instruction does to the flow, by its bytes.
 enum class flow : uint8_t { on, jump, call, restart, returns, repeats, halt };
 flow flow_of(const uint8_t bytes[4]);
+// Its bytes, 1-4.
+uint8_t instruction_length(const uint8_t bytes[4]);

@@ -28,6 +28,23 @@ memory_bank bank_at(uint16_t address) {
     return address >= 0xC000 ? bank_of_planes() : memory_bank::ram;
 }
 
+memory_bank bank_written(uint16_t address) { return address >= 0xC000 ? bank_of_planes() : memory_bank::ram; }
+
+uint16_t ram_behind(uint16_t address) {
+    const bool rom_mode = (machine.port31 & (port31_ram_mode | port31_nbasic)) == 0;
+    if ((address & 0xFC00) != 0x8000 || !rom_mode) return address;
+    return static_cast<uint16_t>(machine.port70 * 0x100 + (address & 0x3FF));
+}
+
+const uint8_t &byte_written(uint16_t address) {
+    switch (bank_written(address)) {
+    case memory_bank::blue: return machine.gvram[0][address & 0x3FFF];
+    case memory_bank::red: return machine.gvram[1][address & 0x3FFF];
+    case memory_bank::green: return machine.gvram[2][address & 0x3FFF];
+    default: return machine.ram[ram_behind(address)];
+    }
+}
+
 std::optional<memory_bank> bank_named(const std::string &name) {
     for (size_t i = 0; i < std::size(names); ++i)
         if (name == names[i]) return static_cast<memory_bank>(i);
