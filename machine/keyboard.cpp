@@ -116,7 +116,7 @@ void key_press(uint32_t virtual_key) {
     // Behind a release that waits, say of SHIFT: the letter after it would else come out shifted.
     if (machine.key_changes_asked != changes_made())
         return wait_with_change(index, true, machine.key_retraces);
-    machine.key_pressed_at[index] = machine.key_retraces;
+    machine.key_pressed_at[index] = machine.key_retraces.load();
     change_matrix(index, true);
 }
 

@@ -588,16 +588,20 @@ TEST_F(whole_program, ThePageAndTheGamepadPressTheMachinesKeys) {
         // Every key of the page is held while it is clicked, and no two of them are one, but SHIFT and
         // RETURN.
         std::map<uint32_t, int> places;
+        on_window_thread([] {
+            program.cpu_thread->pause();
+            machine.reset_keyboard(machine);
+        });
         for (const platform::shown_key &key : window().state().keyboard.keys) {
             ++places[key.code];
             on_window_thread([&] {
-                machine.reset_keyboard(machine);
                 window().send(platform::wm_key_down, key.code, 0);
                 EXPECT_TRUE(program.form->is_key_down(key.code)) << key.label;
                 EXPECT_EQ(key.width > 0 && key.height > 0, true) << key.label;
                 machine.reset_keyboard(machine);
             });
         }
+        on_window_thread([] { program.cpu_thread->resume_run(); });
         EXPECT_EQ(places.size(), 88u) << "rows 0 to 10";
         for (const auto &[code, count] : places)
             EXPECT_EQ(count, code == vk_matrix + 15 || code == vk_matrix + 70 ? 2 : 1) << code;
