@@ -71,12 +71,14 @@ z80_leniency z80_lenient;
 
 namespace {
 
-// The program goes on behind the HALT that it waited at. PC stands on it: a HALT is the last instruction that
-// was executed.
+// The program will go on behind the HALT that it waits at. Asked at the request, between two steps: PC stands
+// on the instruction that was executed last, if that is a HALT. One that is only the next is still to come.
 void leave_halt(z80_cpu &cpu) {
     constexpr uint8_t halt = 0x76;
     uint32_t not_charged = 0;
-    if (cpu.PC == cpu.trace_pc && cpu.mem_read(cpu.PC, &not_charged) == halt) ++cpu.PC;
+    if (z80_lenient.halt_waits.load(std::memory_order_relaxed) && cpu.PC == cpu.trace_pc &&
+        cpu.mem_read(cpu.PC, &not_charged) == halt)
+        cpu.stop_flags |= leaving_halt;
 }
 
 } // namespace
@@ -84,9 +86,7 @@ void leave_halt(z80_cpu &cpu) {
 // Enters an NMI, or an interrupt in mode 1 or 2; in mode 0 the instruction comes out of the inject buffer.
 // Inlined into z80_step, as link-time optimisation likes to do, it would cost every step a stack frame.
 [[gnu::cold, gnu::noinline]] bool z80_step_entering(z80_cpu &cpu) {
-    if (z80_lenient.halt_waits.load(std::memory_order_relaxed) &&
-        (cpu.stop_flags & (pending_interrupt | pending_nmi)))
-        leave_halt(cpu);
+    if (cpu.stop_flags & leaving_halt) ++cpu.PC;
     const bool vectored = (cpu.stop_flags & pending_interrupt) && cpu.IM != 0;
     if (vectored || (cpu.stop_flags & pending_nmi)) {
         push16(cpu, cpu.PC);
@@ -121,6 +121,7 @@ bool z80_hold_interrupts(z80_cpu &cpu, uint8_t steps) {
 uint32_t z80_interrupt(z80_cpu &cpu, uint8_t level) {
     if (cpu.IFF1 != 1) return 1;
     cpu.stop_flags |= pending_interrupt;
+    leave_halt(cpu);
     cpu.IFF1 = 0;
     cpu.IFF2 = 0;
     switch (cpu.IM) {
@@ -149,6 +150,7 @@ void z80_nmi(z80_cpu &cpu) {
     cpu.vector_pc = nmi_entry;
     cpu.accept_cycles = nmi_accept_cycles;
     cpu.stop_flags |= pending_nmi;
+    leave_halt(cpu);
 }
 
 [[gnu::noinline]] uint8_t z80_ask8(z80_cpu &cpu, uint16_t address) {

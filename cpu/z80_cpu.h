@@ -31,13 +31,14 @@ enum z80_stop_reason : uint8_t {
     stop_unimplemented = 3,
 };
 
-// `stop_flags`, bits 0-2: a stop code, kept until reset. Bit 5: `restore_steps` are counted. Bits 6 and 7: an
-// entry that the next step makes.
+// `stop_flags`, bits 0-2: a stop code, kept until reset. Bit 5: `restore_steps` are counted. Bits 4, 6 and 7:
+// an entry that the next step makes.
 enum z80_stop_flag : uint8_t {
     stop_code_mask = 0x07,
     stop_code_instruction = 1,    // HALT, undefined or unimplemented: see stop_reason
     stop_code_inject_empty = 4,   // an operand was asked of an exhausted inject buffer
     stop_code_interrupt_mode = 5, // an interrupt arrived in a mode other than 0, 1, 2
+    leaving_halt = 0x10,          // the entry ends a HALT that waits
     restoring = 0x20,             // see z80_hold_interrupts
     pending_interrupt = 0x40,     // maskable interrupt accepted
     pending_nmi = 0x80,           // NMI accepted

@@ -36,6 +36,13 @@ TEST_F(Z80Interrupt, HaltMayWaitAndUndefinedInstructionsMayBeSteppedOver) {
     z80_bench::memory[0x0038] = 0xC9; // RET
     z80_bench::step();
     EXPECT_EQ(cpu.PC, 0x1001) << "behind it";
+    z80_bench::memory[0x1002] = 0x76;
+    z80_bench::step();
+    cpu.IFF1 = 1;
+    EXPECT_EQ(cpu.z80_interrupt(cpu, 0), 0u);
+    z80_bench::step();
+    EXPECT_EQ(cpu.PC, 0x1002) << "a HALT that was not reached yet still waits";
+    cpu.PC = 0x1001;
     z80_bench::memory[0x1001] = 0xED;
     z80_bench::memory[0x1002] = 0x00;
     EXPECT_FALSE(z80_bench::step());
