@@ -4,14 +4,9 @@
 #include "bench/demonstration.h"
 #include "machine/machine_run.h"
 #include "platform/pixel_memory.h"
-#include "resources/resources.h"
 #include "sound/sound_slices.h"
 
 #include <benchmark/benchmark.h>
-#include <cstring>
-#include <fstream>
-#include <string>
-#include <vector>
 
 namespace {
 
@@ -26,27 +21,12 @@ const sound_listener listener = {
     [] { sound.clearPCM(); },
 };
 
-bool load(const char *name, uint8_t *area, size_t size) {
-    std::ifstream in(std::string(KIV_FIRMWARE_DIR "/") + name, std::ios::binary);
-    in.read(reinterpret_cast<char *>(area), static_cast<std::streamsize>(size));
-    return in.gcount() > 0;
-}
-
 bool boot(platform::pixel_memory &frame) {
     z80_fix_seed(1);
-    z80_install(main_cpu, mem_read, mem_write, io_in, io_out);
-    host_callbacks_listen(listener);
-    machine_init(
-        machine, [] {}, [] {});
-    sound.reset_cpu_clk(machine.clock_hz);
-    if (!load("8801-zun.rom", machine.main_rom, rom_size) ||
-        !load("8801-4th.rom", machine.ext_rom, ext_rom_size))
+    if (!boot_rom_set(
+            KIV_FIRMWARE_DIR, listener, [] {}, [] {}))
         return false;
-    register_program_resources();
-    const platform::resource font = platform::find_resource(platform::resource_type::font, 104);
-    std::memcpy(machine.font_rom, font.data, font_size);
-    for (uint32_t i = 0; i < font_work_size; ++i) machine.font_work[i] = font.data[i];
-    machine.timing_reset();
+    sound.reset_cpu_clk(machine.clock_hz);
     machine.select_scanline_colours(0);
     set_frame_geometry(frame_width, frame_height, frame_width);
     geometry.frame_pixels = frame.data();

@@ -5,9 +5,7 @@
 #include "bench/demonstration.h"
 #include "cpu/z80_thread.h"
 #include "display/kiv_directx.h"
-#include "machine/kiv_machine.h"
 #include "machine/machine_pass.h"
-#include "machine/rom_loader.h"
 #include "platform/thread.h"
 #include "support/main_window.h"
 #include "tests/headless/headless_host.h"
@@ -96,11 +94,60 @@ double unpaced_cost() {
     return spent * default_clock_hz / static_cast<double>(done);
 }
 
+double milliseconds_since(steady_clock::time_point start) {
+    return seconds_d(steady_clock::now() - start).count() * 1e3;
+}
+
+struct run_figures {
+    double elapsed, drift, furthest_ahead, furthest_behind; // seconds
+    uint64_t frames;
+};
+
+// The machine left alone for some seconds, looked at five times in each.
+run_figures watch(const platform::headless_host &host, int seconds) {
+    const moment start = next_slice_end(host);
+    const uint64_t frames_before = host.screen.shown().number;
+    run_figures f{};
+    while (f.elapsed < seconds) {
+        std::this_thread::sleep_for(milliseconds(200));
+        const moment now = next_slice_end(host);
+        f.elapsed = seconds_d(now.time - start.time).count();
+        f.drift = static_cast<double>(now.emulated - start.emulated) / default_clock_hz - f.elapsed;
+        f.furthest_ahead = std::max(f.furthest_ahead, f.drift);
+        f.furthest_behind = std::min(f.furthest_behind, f.drift);
+    }
+    f.frames = host.screen.shown().number - frames_before;
+    return f;
+}
+
+void print(const run_figures &f) {
+    std::printf("%.1f s, %.2f frames a second; the speed line: %.3f / %.3f MHz\n", f.elapsed,
+                static_cast<double>(f.frames) / f.elapsed, stat_sys_mhz.load(), stat_cpu_mhz.load());
+    std::printf("emulated against real time: %+.2f ms at the end (%+.0f ppm), between %+.2f and %+.2f ms\n",
+                f.drift * 1e3, f.drift / f.elapsed * 1e6, f.furthest_behind * 1e3, f.furthest_ahead * 1e3);
+}
+
+// false: one was not answered.
+bool print_pauses(z80_thread &cpu) {
+    std::mt19937 random(1);
+    std::vector<double> pauses;
+    for (int n = 0; n < 300; ++n) {
+        std::this_thread::sleep_for(microseconds(random() % 30000));
+        const auto asked = steady_clock::now();
+        if (!cpu.pause()) return false;
+        pauses.push_back(milliseconds_since(asked));
+        cpu.resume_run();
+    }
+    std::sort(pauses.begin(), pauses.end());
+    std::printf("pause answered after: median %.2f ms, 99 %% %.2f ms, longest %.2f ms of %zu\n",
+                pauses[pauses.size() / 2], pauses[pauses.size() * 99 / 100], pauses.back(), pauses.size());
+    return true;
+}
+
 } // namespace
 
 int main(int argc, char **argv) {
     const int seconds = argc > 1 ? std::max(1, std::atoi(argv[1])) : 20;
-    const std::string roms = argc > 2 ? argv[2] : KIV_FIRMWARE_DIR;
     platform::set_current_thread_affinity(1);
     platform::headless_host host;
     quiet_listener listener;
@@ -115,16 +162,10 @@ int main(int argc, char **argv) {
         cycles += n;
         kiv_directx::instance()->advanceClock(n);
     };
-    host_callbacks_listen(sound);
-    z80_install(main_cpu, mem_read, mem_write, io_in, io_out);
-    machine_init(
-        machine, [] { video_section.enter(); }, [] { video_section.leave(); });
-    if (const std::string error = load_rom_images(roms); !error.empty()) {
-        std::fprintf(stderr, "no ROM set: %s\n", error.c_str());
+    if (!boot_rom_set(
+            argc > 2 ? argv[2] : KIV_FIRMWARE_DIR, sound, [] { video_section.enter(); },
+            [] { video_section.leave(); }))
         return 1;
-    }
-    machine.boot_rom = 1;
-    machine.init_ram(machine);
     const auto sync = platform::event::create("SYNC"), ack = platform::event::create("ACK");
     if (!cpu.init() || !directx.init(window, 1)) return 1;
     directx.toggle_status();
@@ -138,39 +179,10 @@ int main(int argc, char **argv) {
     start_demonstration(run_slices);
     run_slices(50); // past its first second
     const std::vector<double> times_before = thread_times();
-    const moment start = next_slice_end(host);
-    double furthest_ahead = 0, furthest_behind = 0;
-    moment now = start;
-    double drift = 0;
-    const uint64_t frames_before = host.screen.shown().number;
-    while (now.time - start.time < std::chrono::seconds(seconds)) {
-        std::this_thread::sleep_for(milliseconds(200));
-        now = next_slice_end(host);
-        drift = static_cast<double>(now.emulated - start.emulated) / default_clock_hz -
-                seconds_d(now.time - start.time).count();
-        furthest_ahead = std::max(furthest_ahead, drift);
-        furthest_behind = std::min(furthest_behind, drift);
-    }
-    const double elapsed = seconds_d(now.time - start.time).count();
+    const run_figures figures = watch(host, seconds);
     const std::vector<double> times_after = thread_times();
-    const uint64_t frames = host.screen.shown().number - frames_before;
-    std::printf("%.1f s, %.2f frames a second; the speed line: %.3f / %.3f MHz\n", elapsed,
-                static_cast<double>(frames) / elapsed, stat_sys_mhz.load(), stat_cpu_mhz.load());
-    std::printf("emulated against real time: %+.2f ms at the end (%+.0f ppm), between %+.2f and %+.2f ms\n",
-                drift * 1e3, drift / elapsed * 1e6, furthest_behind * 1e3, furthest_ahead * 1e3);
-
-    std::mt19937 random(1);
-    std::vector<double> pauses;
-    for (int n = 0; n < 300; ++n) {
-        std::this_thread::sleep_for(microseconds(random() % 30000));
-        const auto asked = steady_clock::now();
-        if (!cpu.pause()) return 1;
-        pauses.push_back(seconds_d(steady_clock::now() - asked).count() * 1e3);
-        cpu.resume_run();
-    }
-    std::sort(pauses.begin(), pauses.end());
-    std::printf("pause answered after: median %.2f ms, 99 %% %.2f ms, longest %.2f ms of %zu\n",
-                pauses[pauses.size() / 2], pauses[pauses.size() * 99 / 100], pauses.back(), pauses.size());
+    print(figures);
+    if (!print_pauses(cpu)) return 1;
 
     cpu.pause();
     cpu.request_stop();
@@ -181,7 +193,7 @@ int main(int argc, char **argv) {
         std::printf(
             "processor time of a second: CPU thread %.1f ms (%.1f ms of it instructions and devices, the "
             "rest spinning and sound), render thread %.1f ms\n",
-            (times_after[1] - times_before[1]) / elapsed * 1e3, cost * 1e3,
-            (times_after[2] - times_before[2]) / elapsed * 1e3);
+            (times_after[1] - times_before[1]) / figures.elapsed * 1e3, cost * 1e3,
+            (times_after[2] - times_before[2]) / figures.elapsed * 1e3);
     return 0;
 }
