@@ -13,11 +13,12 @@
 namespace {
 
 // What differs from a plain frame.
-enum variant { plain, interlaced, random_attributes, without_avx2 };
+enum variant { plain, interlaced, random_attributes, without_avx2, without_avx2_mixed_palette };
 
 enum layers { nothing = 0, text = 1, graphics = 2, both = 3 };
 
-constexpr const char *variant_names[] = {"", "/interlace", "/20 random attributes", "/without AVX2"};
+constexpr const char *variant_names[] = {"", "/interlace", "/20 random attributes", "/without AVX2",
+                                         "/without AVX2, mixed palette"};
 
 const char *layer_name(int layers) {
     constexpr const char *names[] = {"nothing", "text", "graphics", "text+graphics"};
@@ -44,7 +45,8 @@ void fill_machine(int layers, uint32_t mode, variant how) {
         for (uint8_t &byte : plane) byte = static_cast<uint8_t>(random());
     for (uint8_t &line : machine.font_rom)
         line = static_cast<uint8_t>(random() & random()); // as sparse as letters
-    for (uint8_t i = 0; i < 8; ++i) machine.palette[i] = i;
+    for (uint8_t i = 0; i < 8; ++i)
+        machine.palette[i] = how == without_avx2_mixed_palette ? i * i / 7 & 7 : i;
     for (uint32_t row = 0; row < text_rows; ++row) store_row(row, how != random_attributes, random);
     machine.crtc_control(mode & 2 ? 1 : 0); // columns; colour attributes
     machine.select_renderer(mode);
@@ -80,7 +82,7 @@ void memset_frame(benchmark::State &state, uint32_t format) {
 
 void compose(benchmark::State &state, int layers, uint32_t mode, uint32_t format, variant how) {
     fill_machine(layers, mode, how);
-    use_wide_vectors = how != without_avx2;
+    use_wide_vectors = how < without_avx2;
     platform::pixel_memory frame(frame_width * frame_height);
     set_frame_geometry(frame_width, frame_height, frame_width);
     geometry.frame_pixels = frame.data();
@@ -110,6 +112,7 @@ const bool registered = [] {
                 if ((layers & text) || mode == 3) add(layers, mode, format, plain);
         for (const variant how : {interlaced, random_attributes}) add(both, 3, format, how);
         for (const int layers : {both, graphics}) add(layers, 3, format, without_avx2);
+        add(both, 3, format, without_avx2_mixed_palette);
     }
     return true;
 }();

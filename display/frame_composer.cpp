@@ -220,15 +220,16 @@ uint32_t compose_frame(uint32_t format) {
         machine.draw_graphics(format);
     else
         machine.clear_graphics(format);
-    if (machine.crtc_status != 0) return 0;
-    for (uint32_t row = 0; row < text_rows; ++row) {
+    const uint32_t rows = machine.crtc_status != 0 ? 0 : text_rows;
+    for (uint32_t row = 0; row < rows; ++row) {
         machine.video_lock();
         machine.text_row_fetch(row);
         machine.video_unlock();
         machine.text_row_decode(row);
         machine.draw_text_row(row, format);
     }
-    return text_rows;
+    finish_picture(format);
+    return rows;
 }
 
 // Rows are looked at from the last one up, until one has said the colour and one the attribute.

@@ -1,126 +1,204 @@
 // The graphics layer: three planes of 640 x 200 become colours through the palette, every line twice.
 //
-// Portable: each bit of a colour is some function of three plane bits, which exclusive ors of their products
-// make, for sixteen bytes of pixels at once. (A table of pixel pairs by six plane bits took four times as
-// long at 8 bits.) With AVX2 the eight colours fit one register: 32 pixels of codes are made by comparing
-// bits, and one permutation looks up eight 32-bit or thirty-two 8-bit pixels.
-#include "display/pixel_vectors.h"
+// Portable: bits of colours stand in planes until text has been drawn into them; then a table of four pixels
+// by four bits of each plane makes pixels of them, and holds for all frames, for the palette is behind it.
+// (Colours as exclusive ors of products of the planes, for sixteen bytes of pixels at once, took twice as
+// long, a table of pixel pairs four times.) With AVX2 the eight colours fit one register: 32 pixels of codes
+// are made by comparing bits, and one permutation looks up eight 32-bit or thirty-two 8-bit pixels.
+#include "display/picture_planes.h"
 #include "display/renderers.h"
 #include "machine/kiv_machine.h"
 
 #include <array>
+#include <bit>
 #include <cstring>
+#include <utility>
 
 bool use_wide_vectors = true;
 
+// The picture of one frame: the CPU may go on drawing while this copy is turned into pixels.
+alignas(64) uint8_t picture_planes[3][plane_lines * line_bytes];
+
 namespace {
 
-constexpr uint32_t plane_lines = 200;
-constexpr uint32_t line_bytes = 80;
 constexpr uint32_t seen_bytes = plane_lines * line_bytes; // of each plane
 
-// The picture of one frame: the CPU may go on drawing while this copy is turned into pixels.
-alignas(64) uint8_t planes[3][plane_size];
-
-void copy_planes() {
+// `from[k]` is the machine's plane that goes to plane k.
+void copy_planes(const std::array<uint32_t, 3> &from) {
     machine.video_lock();
-    for (int plane = 0; plane < 3; ++plane) std::memcpy(planes[plane], machine.gvram[plane], seen_bytes);
+    for (int plane = 0; plane < 3; ++plane)
+        std::memcpy(picture_planes[plane], machine.gvram[from[plane]], seen_bytes);
     machine.video_unlock();
 }
 
-// Colours by the code of a pixel: plane 0 + 2 x plane 1 + 4 x plane 2.
-template <class Pixel> using code_colours = std::array<Pixel, 8>;
+// Host colours by the code of a pixel: plane 0 + 2 x plane 1 + 4 x plane 2.
+std::array<uint8_t, 8> colours_by_code() {
+    std::array<uint8_t, 8> colours;
+    for (uint32_t code = 0; code < 8; ++code) colours[code] = machine.colour_perm[machine.palette[code] & 7];
+    return colours;
+}
 
-// What one frame draws with; the palette is read once, so that both lines of a pair agree.
-template <class Pixel> struct frame_colours {
-    alignas(32) code_colours<Pixel> even, odd;
+// A bit of the colour as a function of the code: bit `code` is its value there.
+uint8_t function_of_code(const std::array<uint8_t, 8> &colours, uint32_t bit) {
+    uint32_t values = 0;
+    for (uint32_t code = 0; code < 8; ++code) values |= (colours[code] >> bit & 1u) << code;
+    return static_cast<uint8_t>(values);
+}
 
-    frame_colours(const Pixel *even_host, const Pixel *odd_host) {
-        for (uint32_t code = 0; code < 8; ++code) {
-            const uint8_t index = machine.colour_perm[machine.palette[code] & 7];
-            even[code] = even_host[index];
-            odd[code] = odd_host[index];
+// Bits of the code as such functions.
+constexpr std::array<uint8_t, 3> plane_functions = {0xAA, 0xCC, 0xF0};
+
+// Three functions of three bits as exclusive ors of products: all ones where the product takes part.
+struct plane_products {
+    plane_bytes part[3][8];
+
+    explicit plane_products(const std::array<uint8_t, 8> &colours) {
+        for (uint32_t bit = 0; bit < 3; ++bit) {
+            uint32_t values = function_of_code(colours, bit);
+            values ^= (values & 0x55) << 1;
+            values ^= (values & 0x33) << 2;
+            values ^= (values & 0x0F) << 4;
+            for (uint32_t product = 0; product < 8; ++product)
+                part[bit][product] = plane_bytes{} - static_cast<uint8_t>(values >> product & 1);
         }
     }
 };
 
-constexpr uint32_t quads = 2 * line_bytes; // four pixels each, in a line
+void apply_palette(const std::array<uint8_t, 8> &colours) {
+    const plane_products made(colours);
+    for (uint32_t at = 0; at < seen_bytes; at += sizeof(plane_bytes)) {
+        const plane_bytes p0 = load_bytes(&picture_planes[0][at]), p1 = load_bytes(&picture_planes[1][at]),
+                          p2 = load_bytes(&picture_planes[2][at]);
+        const plane_bytes products[8] = {~plane_bytes{}, p0, p1, p0 & p1, p2, p0 & p2, p1 & p2, p0 & p1 & p2};
+        for (uint32_t bit = 0; bit < 3; ++bit) {
+            plane_bytes sum{};
+            for (uint32_t i = 0; i < 8; ++i) sum ^= products[i] & made.part[bit][i];
+            store_bytes(&picture_planes[bit][at], sum);
+        }
+    }
+}
+
+// The planes as bits of colours. As long as the palette only exchanges the planes, or nothing, they are
+// only copied.
+void draw_planes_portable() {
+    const std::array<uint8_t, 8> colours = colours_by_code();
+    std::array<uint32_t, 3> from{};
+    uint32_t found = 0;
+    for (uint32_t bit = 0; bit < 3; ++bit)
+        for (uint32_t plane = 0; plane < 3; ++plane)
+            if (function_of_code(colours, bit) == plane_functions[plane]) {
+                from[bit] = plane;
+                ++found;
+            }
+    if (found == 3) return copy_planes(from);
+    copy_planes({0, 1, 2});
+    apply_palette(colours);
+}
 
 // Four pixels by the four bits of each plane: plane 0 in bits 0-3 of the index, plane 1 in 4-7, plane 2 in
 // 8-11.
 template <class Pixel> struct quad_table {
-    code_colours<Pixel> made_of; // all 0 at first, as the table
+    const Pixel *made_of = nullptr;
     alignas(64) std::array<Pixel, 4> quad[4096];
 
-    void make(const code_colours<Pixel> &colours) {
+    void make(const Pixel *colours) {
         if (made_of == colours) return;
         made_of = colours;
-        std::array<Pixel, 2> pairs[64]; // likewise by two bits of each plane
-        for (uint32_t bits = 0; bits < 64; ++bits) {
-            const auto code = [bits](uint32_t bit) {
-                return (bits >> bit & 1) | (bits >> (bit + 2) & 1) << 1 | (bits >> (bit + 4) & 1) << 2;
-            };
-            pairs[bits] = {colours[code(1)], colours[code(0)]};
-        }
-        for (uint32_t index = 0; index < 4096; ++index) {
-            const auto bits = [index](uint32_t low) {
-                return (index >> low & 3) | (index >> (low + 4) & 3) << 2 | (index >> (low + 8) & 3) << 4;
-            };
-            std::memcpy(&quad[index][0], &pairs[bits(2)], sizeof pairs[0]);
-            std::memcpy(&quad[index][2], &pairs[bits(0)], sizeof pairs[0]);
+        for (uint32_t index = 0; index < 4096; ++index)
+            for (uint32_t x = 0; x < 4; ++x) {
+                const uint32_t bits = index >> (3 - x);
+                quad[index][x] = colours[(bits & 1) | (bits >> 4 & 1) << 1 | (bits >> 8 & 1) << 2];
+            }
+    }
+};
+
+// Of the thread that composes.
+template <class Pixel> quad_table<Pixel> even_quads;
+template <class Pixel> quad_table<Pixel> odd_quads;
+
+// The quads of a line by their indices: of the first four pixels of each byte, and of its last four.
+struct line_quads {
+    alignas(16) uint16_t first[line_bytes], last[line_bytes];
+};
+
+// Sixteen indices, put together from their low and high bytes.
+void store_indices(uint16_t *to, plane_bytes low, plane_bytes high) {
+    if constexpr (std::endian::native == std::endian::big) std::swap(low, high);
+    const plane_bytes halves[2] = {
+        __builtin_shufflevector(low, high, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23),
+        __builtin_shufflevector(low, high, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31)};
+    std::memcpy(to, halves, sizeof halves);
+}
+
+void find_quads(uint32_t offset, line_quads &quads) {
+    for (uint32_t x = 0; x < line_bytes; x += sizeof(plane_bytes)) {
+        plane_bytes p[3];
+        for (uint32_t plane = 0; plane < 3; ++plane)
+            p[plane] = load_bytes(&picture_planes[plane][offset + x]);
+        store_indices(quads.first + x, p[0] >> 4 | (p[1] & 0xF0), p[2] >> 4);
+        store_indices(quads.last + x, (p[0] & 0x0F) | p[1] << 4, p[2] & 0x0F);
+    }
+}
+
+template <class Pixel> struct pixel_vector { typedef Pixel type __attribute__((vector_size(16))); };
+
+template <class Vector> inline void store_both(void *even, void *odd, Vector pixels) {
+    std::memcpy(even, &pixels, sizeof pixels);
+    std::memcpy(odd, &pixels, sizeof pixels);
+}
+
+// The sixteen pixels of two bytes, into both lines.
+inline void look_up(const uint16_t *first, const uint16_t *last, const quad_table<uint8_t> &table,
+                    uint8_t *even, uint8_t *odd) {
+    typedef uint32_t words __attribute__((vector_size(16)));
+    const auto quad = [&](uint16_t index) { return std::bit_cast<uint32_t>(table.quad[index]); };
+    store_both(even, odd, words{quad(first[0]), quad(last[0]), quad(first[1]), quad(last[1])});
+}
+
+inline void look_up(const uint16_t *first, const uint16_t *last, const quad_table<uint32_t> &table,
+                    uint32_t *even, uint32_t *odd) {
+    using four = pixel_vector<uint32_t>::type;
+    for (int i = 0; i < 2; ++i, even += 8, odd += 8) {
+        store_both(even, odd, std::bit_cast<four>(table.quad[first[i]]));
+        store_both(even + 4, odd + 4, std::bit_cast<four>(table.quad[last[i]]));
+    }
+}
+
+// Both lines may be one.
+template <class Pixel>
+void draw_line(const line_quads &quads, const quad_table<Pixel> &table, Pixel *even, Pixel *odd) {
+    for (uint32_t x = 0; x < line_bytes; x += 8, even += 64, odd += 64)
+        for (uint32_t i = 0; i < 8; i += 2)
+            look_up(quads.first + x + i, quads.last + x + i, table, even + 8 * i, odd + 8 * i);
+}
+
+template <class Pixel> void make_pixels(const Pixel *even_host, const Pixel *odd_host, Pixel *even) {
+    const bool same = even_host == odd_host;
+    even_quads<Pixel>.make(even_host);
+    if (!same) odd_quads<Pixel>.make(odd_host);
+    for (uint32_t line = 0; line < plane_lines; ++line, even += 2 * geometry.frame_pitch) {
+        line_quads quads;
+        find_quads(line * line_bytes, quads);
+        Pixel *const odd = even + geometry.frame_pitch;
+        draw_line(quads, even_quads<Pixel>, even, same ? odd : even);
+        if (!same) draw_line(quads, odd_quads<Pixel>, odd, odd);
+    }
+}
+
+#if defined(__x86_64__)
+// What one frame draws with; the palette is read once, so that both lines of a pair agree.
+template <class Pixel> struct frame_colours {
+    alignas(32) std::array<Pixel, 8> even, odd; // by the code of a pixel
+
+    frame_colours(const Pixel *even_host, const Pixel *odd_host) {
+        const std::array<uint8_t, 8> colours = colours_by_code();
+        for (uint32_t code = 0; code < 8; ++code) {
+            even[code] = even_host[colours[code]];
+            odd[code] = odd_host[colours[code]];
         }
     }
 };
 
-// What was made for the frame before, as a rule for this one, too. Of the thread that composes.
-template <class Pixel> quad_table<Pixel> even_quads;
-template <class Pixel> quad_table<Pixel> odd_quads;
-
-// A line's quads by their indices; a loop that compilers turn into vectors.
-void find_quads(uint32_t offset, uint16_t *index) {
-    const uint8_t *const p0 = planes[0] + offset, *const p1 = planes[1] + offset,
-                         *const p2 = planes[2] + offset;
-    for (uint32_t x = 0; x < line_bytes; ++x) {
-        index[2 * x] = static_cast<uint16_t>(p0[x] >> 4 | (p1[x] & 0xF0) | (p2[x] & 0xF0) << 4);
-        index[2 * x + 1] = static_cast<uint16_t>((p0[x] & 0x0F) | (p1[x] & 0x0F) << 4 | (p2[x] & 0x0F) << 8);
-    }
-}
-
-// The quads that fill one vector.
-template <class Pixel>
-typename pixel_vector<Pixel>::type look_up(const uint16_t *index, const quad_table<Pixel> &table) {
-    if constexpr (sizeof(Pixel) == 1) {
-        typedef uint32_t four_quads __attribute__((vector_size(16)));
-        const auto quad = [&](int i) { return std::bit_cast<uint32_t>(table.quad[index[i]]); };
-        return reinterpret_cast<typename pixel_vector<Pixel>::type>(
-            four_quads{quad(0), quad(1), quad(2), quad(3)});
-    } else {
-        return load_pixels(table.quad[*index].data());
-    }
-}
-
-template <bool same, class Pixel> void draw_lines(Pixel *even) {
-    constexpr uint32_t lanes = pixel_vector<Pixel>::lanes;
-    for (uint32_t line = 0; line < plane_lines; ++line, even += 2 * geometry.frame_pitch) {
-        alignas(16) uint16_t index[quads];
-        find_quads(line * line_bytes, index);
-        Pixel *const odd = even + geometry.frame_pitch;
-        for (uint32_t x = 0; x < frame_width; x += lanes) {
-            const auto pixels = look_up(index + x / 4, even_quads<Pixel>);
-            store_pixels(even + x, pixels);
-            store_pixels(odd + x, same ? pixels : look_up(index + x / 4, odd_quads<Pixel>));
-        }
-    }
-}
-
-template <class Pixel> void draw_portable(const frame_colours<Pixel> &colours, Pixel *even) {
-    even_quads<Pixel>.make(colours.even);
-    if (colours.even == colours.odd) return draw_lines<true>(even);
-    odd_quads<Pixel>.make(colours.odd);
-    draw_lines<false>(even);
-}
-
-#if defined(__x86_64__)
 WIDE_VECTORS inline void store(void *pixels, __m256i value) {
     _mm256_storeu_si256(static_cast<__m256i *>(pixels), value);
 }
@@ -136,7 +214,7 @@ WIDE_VECTORS void draw_line_wide(uint32_t offset, uint32_t *even, uint32_t *odd,
         __m256i bits[3];
         for (uint32_t plane = 0; plane < 3; ++plane)
             bits[plane] = _mm256_and_si256(
-                _mm256_srlv_epi32(four_bytes(&planes[plane][offset + x]), pixel_shift), low_bits);
+                _mm256_srlv_epi32(four_bytes(&picture_planes[plane][offset + x]), pixel_shift), low_bits);
         __m256i codes = _mm256_or_si256(_mm256_slli_epi32(bits[2], 2),
                                         _mm256_or_si256(_mm256_slli_epi32(bits[1], 1), bits[0]));
         for (int group = 0; group < 4; ++group, even += 8, odd += 8) {
@@ -161,7 +239,8 @@ WIDE_VECTORS void draw_line_wide(uint32_t offset, uint8_t *even, uint8_t *odd,
     for (uint32_t x = 0; x < line_bytes; x += 4, even += 32, odd += 32) {
         __m256i codes = _mm256_setzero_si256();
         for (uint32_t plane = 0; plane < 3; ++plane) {
-            const __m256i bytes = _mm256_shuffle_epi8(four_bytes(&planes[plane][offset + x]), byte_of_pixel);
+            const __m256i bytes =
+                _mm256_shuffle_epi8(four_bytes(&picture_planes[plane][offset + x]), byte_of_pixel);
             const __m256i set = _mm256_cmpeq_epi8(_mm256_and_si256(bytes, pixel_bit), pixel_bit);
             codes = _mm256_or_si256(codes,
                                     _mm256_and_si256(set, _mm256_set1_epi8(static_cast<char>(1 << plane))));
@@ -182,18 +261,25 @@ template <class Pixel> Pixel *first_pixel() {
 }
 
 template <class Pixel> void draw_planes(const Pixel *even_host, const Pixel *odd_host) {
-    copy_planes();
-    const frame_colours<Pixel> colours(even_host, odd_host);
 #if defined(__x86_64__)
-    if (have_wide_vectors()) return draw_wide(colours, first_pixel<Pixel>());
+    if (have_wide_vectors()) {
+        copy_planes({0, 1, 2});
+        return draw_wide(frame_colours<Pixel>(even_host, odd_host), first_pixel<Pixel>());
+    }
+#else
+    (void)even_host, (void)odd_host;
 #endif
-    draw_portable(colours, first_pixel<Pixel>());
+    draw_planes_portable();
 }
 
 void draw_graphics8(uint32_t) { draw_planes<uint8_t>(machine.even_index, machine.odd_index); }
 void draw_graphics32(uint32_t) { draw_planes<uint32_t>(machine.even_rgb, machine.odd_rgb); }
 
 template <class Pixel> void clear(uint32_t) {
+    if (!have_wide_vectors()) {
+        std::memset(picture_planes, 0, sizeof picture_planes);
+        return;
+    }
     Pixel *line = first_pixel<Pixel>();
     for (int y = 0; y < frame_height; ++y, line += geometry.frame_pitch)
         std::memset(line, 0, frame_width * sizeof(Pixel));
@@ -206,4 +292,12 @@ void install_graphics_renderers() {
     machine.renderer_table[renderer_clear32] = clear<uint32_t>;
     machine.renderer_table[renderer_graphics8] = draw_graphics8;
     machine.renderer_table[renderer_graphics32] = draw_graphics32;
+}
+
+void finish_picture(uint32_t format) {
+    if (have_wide_vectors()) return;
+    if (format & 1)
+        make_pixels<uint32_t>(machine.even_rgb, machine.odd_rgb, first_pixel<uint32_t>());
+    else
+        make_pixels<uint8_t>(machine.even_index, machine.odd_index, first_pixel<uint8_t>());
 }

@@ -20,6 +20,9 @@ alignas(32) inline constexpr uint32_t rgb_half[8] = {0x000000, 0x00007F, 0x007F0
 void install_text_renderers();
 void install_graphics_renderers();
 
+// Makes pixels of what graphics and text have left in planes; nothing is left to do where AVX2 is used.
+void finish_picture(uint32_t format);
+
 // Whether the renderers may use AVX2 where the processor has it; tests switch it off to compare.
 extern bool use_wide_vectors;
 
@@ -33,4 +36,6 @@ WIDE_VECTORS inline __m256i four_bytes(const uint8_t *at) {
     std::memcpy(&bytes, at, sizeof bytes);
     return _mm256_set1_epi32(bytes);
 }
+#else
+inline bool have_wide_vectors() { return false; }
 #endif

@@ -2,8 +2,9 @@
 //
 // A row is first brought into one shape: for every text line 80 bytes of bits, one for each group of eight
 // pixels, and a colour for each group; 40-column cells fill two groups. Painting then goes line by line over
-// whole groups: their bits become a mask that puts the colour over what the graphics layer left.
-#include "display/pixel_vectors.h"
+// whole groups: their bits are a mask that puts the colour over what the graphics layer left, in its planes
+// or, with AVX2, in its pixels.
+#include "display/picture_planes.h"
 #include "display/renderers.h"
 #include "machine/kiv_machine.h"
 
@@ -119,6 +120,26 @@ template <uint32_t columns, uint32_t lines> void make_row(row_picture &row) {
         store_lines(cells + group, row, (lines - 8) / 2, group);
 }
 
+// Into the planes, whose lines from first_line on are the row's.
+void paint_planes(const row_picture &row, uint32_t lines, uint32_t first_line) {
+    plane_bytes colour[line_vectors][3]; // all ones where it has the bit
+    for (uint32_t x = 0; x < line_vectors; ++x)
+        for (uint32_t bit = 0; bit < 3; ++bit)
+            colour[x][bit] = reinterpret_cast<plane_bytes>(
+                (load_bytes(row.colour + x * sizeof(plane_bytes)) & static_cast<uint8_t>(1u << bit)) != 0);
+    for (uint32_t line = 0; line < lines; ++line)
+        for (uint32_t x = 0; x < line_vectors; ++x) {
+            const plane_bytes mask = load_bytes(row.bits[line] + x * sizeof(plane_bytes));
+            for (uint32_t bit = 0; bit < 3; ++bit) {
+                uint8_t *const at =
+                    &picture_planes[bit][(first_line + line) * line_bytes + x * sizeof(plane_bytes)];
+                const plane_bytes under = load_bytes(at);
+                store_bytes(at, under ^ ((under ^ colour[x][bit]) & mask));
+            }
+        }
+}
+
+#if defined(__x86_64__)
 bool blank(const uint8_t *block_bits) {
     uint64_t all;
     std::memcpy(&all, block_bits, block_groups);
@@ -132,60 +153,6 @@ template <class Pixel> struct canvas {
     const Pixel *even_colours, *odd_colours;
 };
 
-template <class Vector> inline Vector blend(Vector under, Vector colour, Vector mask) {
-    return under ^ ((under ^ colour) & mask);
-}
-
-// The colours of a row, as wide as they are painted.
-template <class Pixel> struct colour_row {
-    using vector = typename pixel_vector<Pixel>::type;
-    static constexpr uint32_t bytes = pixel_vector<Pixel>::bytes_a_step;
-    vector step[groups / bytes];
-
-    colour_row(const uint8_t *colour, const Pixel *host) {
-        for (uint32_t i = 0; i < groups / bytes; ++i) {
-            const vector first = vector{} + host[colour[bytes * i]];
-            const vector last = vector{} + host[colour[bytes * i + bytes - 1]];
-            step[i] = bytes == 1 ? first : halves(first, last);
-        }
-    }
-
-    static vector halves(vector first, vector last) {
-        typedef uint64_t pair __attribute__((vector_size(16)));
-        const pair both = {reinterpret_cast<pair>(first)[0], reinterpret_cast<pair>(last)[0]};
-        return reinterpret_cast<vector>(both);
-    }
-};
-
-// Both lines of a pair have the same pixels below the text, too, where they have the same colours.
-template <bool same, class Pixel>
-void paint_lines(const row_picture &row, uint32_t lines, const canvas<Pixel> &to) {
-    using step = pixel_vector<Pixel>;
-    const colour_row<Pixel> evens(row.colour, to.even_colours), odds(row.colour, to.odd_colours);
-    Pixel *even = to.even, *odd = even + to.pitch;
-    for (uint32_t line = 0; line < lines; ++line, even += 2 * to.pitch, odd += 2 * to.pitch) {
-        const uint8_t *const bits = row.bits[line];
-        for (uint32_t block = 0; block < groups; block += block_groups) {
-            if (blank(bits + block)) continue;
-            for (uint32_t group = block; group < block + block_groups; group += step::bytes_a_step)
-                for (uint32_t i = 0; i < step::vectors_a_step; ++i) {
-                    const auto mask = masks_of<Pixel>(bits + group, i);
-                    const uint32_t x = 8 * group + i * step::lanes, at = group / step::bytes_a_step;
-                    const auto pixels = blend(load_pixels(even + x), evens.step[at], mask);
-                    store_pixels(even + x, pixels);
-                    store_pixels(odd + x, same ? pixels : blend(load_pixels(odd + x), odds.step[at], mask));
-                }
-        }
-    }
-}
-
-template <class Pixel> void paint_portable(const row_picture &row, uint32_t lines, const canvas<Pixel> &to) {
-    const auto paint =
-        to.even_colours == to.odd_colours ? paint_lines<true, Pixel> : paint_lines<false, Pixel>;
-    paint(row, lines, to);
-}
-
-#if defined(__x86_64__)
 WIDE_VECTORS inline void blend_wide(void *pixels, __m256i colour, __m256i mask) {
     auto *const at = static_cast<__m256i *>(pixels);
     _mm256_storeu_si256(at, _mm256_blendv_epi8(_mm256_loadu_si256(at), colour, mask));
@@ -257,14 +224,6 @@ WIDE_VECTORS void paint_wide(const row_picture &row, uint32_t lines, const canva
         }
     }
 }
-#endif
-
-template <class Pixel> void paint(const row_picture &row, uint32_t lines, const canvas<Pixel> &to) {
-#if defined(__x86_64__)
-    if (have_wide_vectors()) return paint_wide(row, lines, to);
-#endif
-    paint_portable(row, lines, to);
-}
 
 canvas<uint8_t> canvas_at(uint32_t offset, const uint8_t *) {
     return {static_cast<uint8_t *>(geometry.frame_pixels) + offset, geometry.frame_pitch, machine.even_index,
@@ -275,14 +234,19 @@ canvas<uint32_t> canvas_at(uint32_t offset, const uint32_t *) {
     return {static_cast<uint32_t *>(geometry.frame_pixels) + offset, geometry.frame_pitch, machine.even_rgb,
             machine.odd_rgb};
 }
+#endif
 
 template <class Pixel, uint32_t columns, uint32_t rows> void draw_row(uint32_t row) {
     if (row >= rows) return;
     constexpr uint32_t lines = frame_height / rows / 2;
     row_picture picture;
     make_row<columns, lines>(picture);
+#if defined(__x86_64__)
     const uint32_t offset = rows == 20 ? geometry.row_offset20[row % 20] : geometry.row_offset25[row];
-    paint(picture, lines, canvas_at(offset, static_cast<const Pixel *>(nullptr)));
+    if (have_wide_vectors())
+        return paint_wide(picture, lines, canvas_at(offset, static_cast<const Pixel *>(nullptr)));
+#endif
+    paint_planes(picture, lines, row * lines);
 }
 
 template <class Pixel> void install(uint32_t first) {
