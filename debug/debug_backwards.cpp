@@ -219,7 +219,7 @@ void debug_driver::machinery::moved() {
             compiled[i].held = compiled[i].condition() != 0;
     // What the stretch has written again has been taken when it ran first.
     if (driver.on_run) kiv_tape_output_clear();
-    for (debug_observer *o : driver.observers) o->moved();
+    for (debug_observer *o : driver.observers) o->moved(false);
     edited = false;
 }
 
@@ -286,4 +286,37 @@ stop_report debug_driver::machinery::back_to(uint64_t t_states) {
     previous_looker previous(*this);
     const auto found = search(t_states < before ? t_states + 1 : before, false, previous);
     return found ? go_to(*found) : nothing_found(before);
+}
+
+uint64_t debug_driver::machinery::steps_between(size_t index, uint64_t before) {
+    uint64_t count = 0;
+    driver.own_history->restore(index);
+    run_again([&](const debug_place &here) {
+        count += here.t_states < before;
+        return here.t_states >= before;
+    });
+    return count;
+}
+
+void debug_driver::machinery::look_back(size_t count, const std::function<void(uint16_t, uint64_t)> &look) {
+    const uint64_t before = run_state.cycles + (has_stopped() ? 1 : 0);
+    if (count == 0 || no_past(before)) return;
+    const slots hooked(*this);
+    history &past = *driver.own_history;
+    const std::vector<uint8_t> present = history::state_now();
+    size_t index = past.find(before - 1), step = 1;
+    uint64_t found = steps_between(index, before);
+    while (found < count && index != 0) {
+        index -= std::min(step, index);
+        step = std::min(step * 2, most_at_once);
+        found = steps_between(index, before);
+    }
+    past.restore(index);
+    run_again([&](const debug_place &here) {
+        if (here.t_states >= before) return true;
+        if (found-- <= count) look(here.pc, here.t_states);
+        return false;
+    });
+    history::put_state(present);
+    if (driver.on_run) kiv_tape_output_clear();
 }

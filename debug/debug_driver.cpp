@@ -152,6 +152,10 @@ void debug_driver::keep_no_history() { own_history.reset(); }
 stop_report debug_driver::back(aim_kind kind) { return inner->back(kind); }
 stop_report debug_driver::back_to(uint64_t t_states) { return inner->back_to(t_states); }
 
+void debug_driver::look_back(size_t count, const std::function<void(uint16_t, uint64_t)> &look) {
+    inner->look_back(count, look);
+}
+
 // ---- changing ----------------------------------------------------------------------------------------
 
 kiv_result debug_driver::write(int32_t area, uint32_t address, const void *data, size_t size) {
@@ -162,23 +166,25 @@ kiv_result debug_driver::write(int32_t area, uint32_t address, const void *data,
     if (rom)
         forget_history();
     else
-        changed();
+        inner->changed();
+    if (area == KIV_AREA_CPU || area == KIV_AREA_RAM)
+        for (debug_observer *o : observers) o->poked(static_cast<uint16_t>(address), size);
     return result;
 }
 
 kiv_result debug_driver::set_register(int32_t index, uint32_t value) {
-    changed();
+    inner->changed();
     return kiv_set_register(index, value);
 }
 
 void debug_driver::port_out(uint16_t port, uint8_t value) {
-    changed();
+    inner->changed();
     kiv_port_out(port, value);
 }
 
 void debug_driver::changed() {
     inner->changed();
-    for (debug_observer *o : observers) o->moved();
+    for (debug_observer *o : observers) o->moved(true);
 }
 
 void debug_driver::forget_history() {

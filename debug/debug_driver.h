@@ -83,6 +83,9 @@ class debug_driver {
     // none: to where a stop point would last have stopped; memory and ports: before the access, so that it is
     // undone. stop_kind::beginning: there was none, and the machine stands at the oldest place known.
     stop_report back(aim_kind kind);
+    // Shows the last `count` instructions before this instant, the oldest first: while `look` is called the
+    // machine is as it was before each, and afterwards as it is now. Fewer where history ends.
+    void look_back(size_t count, const std::function<void(uint16_t pc, uint64_t t_states)> &look);
     // To the last instruction that began not later than so many T-states since the boot.
     stop_report back_to(uint64_t t_states);
 

@@ -23,6 +23,7 @@ class debug_driver::machinery {
     stop_report run_slice(uint64_t t_states);
     stop_report back(aim_kind kind);
     stop_report back_to(uint64_t t_states);
+    void look_back(size_t count, const std::function<void(uint16_t, uint64_t)> &look);
     void changed() { edited = true; }
     void another_machine(); // is in the process's place
 
@@ -90,6 +91,7 @@ class debug_driver::machinery {
     std::optional<found_place> find_over(uint64_t before);
     stop_report go_to(const found_place &found);
     stop_report nothing_found(uint64_t before);
+    uint64_t steps_between(size_t index, uint64_t before);
     void moved();
 
     debug_driver &driver;

@@ -2,6 +2,7 @@
 // coverage, the search for faults.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -23,8 +24,10 @@ class debug_observer {
     virtual void in(uint16_t /*port*/, uint8_t /*value*/) {}
     virtual void out(uint16_t /*port*/, uint8_t /*value*/) {}
     virtual void interrupt(uint8_t /*level*/) {} // accepted
-    // The machine was put elsewhere in time, or changed by hand.
-    virtual void moved() {}
+    // The machine was put elsewhere in time; `another`: or changed by hand, nobody knows how.
+    virtual void moved(bool /*another*/) {}
+    // Somebody wrote bytes by hand: as the processor sees memory.
+    virtual void poked(uint16_t /*address*/, size_t /*size*/) {}
 
     // A line that stops the machine before the next instruction; empty: nothing. Asked when
     // `wants_to_stop` is set, which then is reset.

@@ -35,7 +35,9 @@ void take_snapshot(std::vector<uint8_t> &state) {
     append_typing(state);
 }
 
-bool put_snapshot(const std::vector<uint8_t> &state) {
+} // namespace
+
+bool history::put_state(const std::vector<uint8_t> &state) {
     uint32_t typing = 0;
     std::memcpy(&typing, state.data() + state.size() - sizeof typing, sizeof typing);
     // A load forgets what waits to be typed and releases its key, which must not meet the restored keyboard.
@@ -45,7 +47,11 @@ bool put_snapshot(const std::vector<uint8_t> &state) {
     return true;
 }
 
-} // namespace
+std::vector<uint8_t> history::state_now() {
+    std::vector<uint8_t> state;
+    take_snapshot(state);
+    return state;
+}
 
 history::history(const history_limits &wanted) : ring({wanted.bytes, wanted.t_states}) {}
 
@@ -92,7 +98,7 @@ void history::after_run() { keys_left = keyboard(); }
 
 bool history::restore(size_t index) {
     ring.restore(index, bytes);
-    if (!put_snapshot(bytes)) return false;
+    if (!put_state(bytes)) return false;
     const auto later = [](const from_outside &f, uint64_t t) { return f.t_states < t; };
     next =
         static_cast<size_t>(std::lower_bound(came.begin(), came.end(), kiv_t_states(), later) - came.begin());
@@ -104,7 +110,7 @@ uint64_t history::put_in_again() {
     for (; next < came.size() && came[next].t_states <= now; ++next) {
         const from_outside &f = came[next];
         if (f.whole) {
-            put_snapshot(f.state);
+            put_state(f.state);
         } else {
             restore_typing(f.state);
             key_matrix_block &keys = machine;

@@ -41,6 +41,10 @@ class history {
     void cut_here();
     void clear();
 
+    // The machine as it is, with what waits to be typed; and back. False: it was refused.
+    static std::vector<uint8_t> state_now();
+    static bool put_state(const std::vector<uint8_t> &state);
+
   private:
     struct from_outside {
         uint64_t t_states;
