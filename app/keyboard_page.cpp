@@ -164,7 +164,7 @@ std::vector<named_key> names_of_keys() {
                 name = k.sign ? name.substr(line + 1) : name.substr(0, line) + " " + name.substr(line + 1);
             const int matrix_row = k.place / 8;
             const bool ten_key = matrix_row < 2 && k.place != key(1, 7);
-            if (ten_key || k.place == key(10, 5) || k.place == key(10, 6)) name = text("テンキー ") + name;
+            if (ten_key || k.place == key(10, 5) || k.place == key(10, 6)) name.insert(0, text("テンキー "));
             names.push_back({name, code});
         }
     return names;

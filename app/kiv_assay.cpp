@@ -45,7 +45,7 @@ void hear_line(const char *text) {
     if (target < 0) return;
     char line[line_size + 1];
     const size_t size = std::min(std::strlen(text), line_size);
-    std::memcpy(line, text, size);
+    std::copy_n(text, size, line);
     line[size] = '\n';
     write_without_blocking(target, line, size + 1);
 }

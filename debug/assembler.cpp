@@ -168,6 +168,7 @@ class line_assembler {
     std::vector<uint8_t> instruction(const std::string &mnemonic,
                                      const std::vector<std::string> &operands) const {
         std::vector<std::vector<reading>> all;
+        all.reserve(operands.size());
         for (const std::string &o : operands) all.push_back(readings_of(o));
         for (const char *const counted : {"BIT", "RES", "SET", "IM", "RST"})
             if (mnemonic == counted && !operands.empty())

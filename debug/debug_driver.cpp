@@ -139,7 +139,7 @@ stop_report debug_driver::run_slice(uint64_t t_states) { return inner->run_slice
 
 stop_report debug_driver::run() {
     for (;;) {
-        const stop_report report = run_slice(UINT32_MAX);
+        stop_report report = run_slice(UINT32_MAX);
         if (report.kind != stop_kind::running) return report;
     }
 }

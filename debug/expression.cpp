@@ -82,7 +82,7 @@ int64_t peek(int32_t area, int64_t address) {
 }
 
 // What stands in brackets behind the name; null when the name is none that takes them.
-expression memory_named(const std::string &name, expression at) {
+expression memory_named(const std::string &name, const expression &at) {
     if (name.empty()) return [at] { return peek(KIV_AREA_CPU, at()); };
     if (name == "w")
         return [at] {
@@ -182,6 +182,7 @@ class parser {
         expression left = unary();
         for (const binary *b = operator_here(); b != nullptr && b->strength > limit; b = operator_here()) {
             at += std::strlen(b->text);
+            // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): the function owns both
             left = [left, right = chain(b->strength), apply = b->apply] { return apply(left(), right()); };
         }
         return left;
@@ -212,7 +213,7 @@ class parser {
     expression in_brackets(const std::string &name) {
         const expression address = chain(0);
         want(']');
-        const expression e = memory_named(name, address);
+        expression e = memory_named(name, address);
         if (!e) fail(name + " has no brackets");
         return e;
     }
@@ -239,10 +240,10 @@ class parser {
             fail(at < text.size() ? "'" + text.substr(at) + "' is not understood" : "it ends too early");
         if (const auto number = parse_number(name)) return [n = int64_t{*number}] { return n; };
         if (!constant && take('[')) return in_brackets(name);
-        const expression reg = register_named(upper(name));
+        expression reg = register_named(upper(name));
         if (reg && !constant) return reg;
         if (const auto value = symbols.find(name); value && !reg) return [v = int64_t{*value}] { return v; };
-        if (const expression e = run_value(name); e && !constant) return e;
+        if (expression e = run_value(name); e && !constant) return e;
         fail("no register, symbol or number " + name);
     }
 

@@ -47,7 +47,7 @@ bool is_program(const std::string &name) {
     const char *path = std::getenv("PATH");
     std::istringstream folders(path != nullptr ? path : "");
     for (std::string folder; std::getline(folders, folder, ':');)
-        if (access((folder + "/" + name).c_str(), X_OK) == 0) return true;
+        if (access(folder.append("/").append(name).c_str(), X_OK) == 0) return true;
     return false;
 }
 
@@ -92,6 +92,7 @@ std::string child_process::start(const std::vector<std::string> &command, int in
     posix_spawnattr_setflags(&attributes,
                              POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETPGROUP);
     std::vector<char *> arguments;
+    arguments.reserve(command.size() + 1);
     for (const std::string &word : command) arguments.push_back(const_cast<char *>(word.c_str()));
     arguments.push_back(nullptr);
     if (wrong.empty())
@@ -129,7 +130,7 @@ std::string child_process::wait() {
     }
     process = -1;
     if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return {};
-    if (const std::string said = first_words(); !said.empty()) return said;
+    if (std::string said = first_words(); !said.empty()) return said;
     return WIFSIGNALED(status) ? strsignal(WTERMSIG(status))
                                : "exit code " + std::to_string(WEXITSTATUS(status));
 }

@@ -15,6 +15,7 @@ void report(log_kind kind, const char *format, va_list arguments) {
     const log_sink sink = __atomic_load_n(&current_sink, __ATOMIC_RELAXED);
     if (sink == nullptr) return;
     char line[line_size];
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): its callers began the list
     if (std::vsnprintf(line, sizeof line, format, arguments) >= 0) sink(kind, line);
 }
 

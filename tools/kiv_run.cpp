@@ -308,6 +308,7 @@ void machine_run::write_listing() {
         if (tape.find('\x1A') + 1 < tape.size()) listing = listing_of_tape(tape);
     }
     if (!listing) throw run_failure(options.list + ": no program came out of the machine; is it Kiv BASIC?");
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.InnerPointer): the listing stands since the loop
     if (!platform::atomic_write(options.list, listing->data(), listing->size()))
         throw run_failure(options.list + ": " + platform::last_file_error());
 }
