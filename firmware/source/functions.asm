@@ -7,30 +7,36 @@
 ; Errors: Illegal function call, Overflow, Division by zero. They may destroy everything but IY.
 ;
 ; Series run on fractions of 32 bits, BCDE, and stand as tables: number of steps (80h + : each term is subtracted from
-; the next), coefficients from the last one on, 2^n that the result lacks. IX walks through them.
+; the next), coefficients from the last one on, 2^n that the result lacks. IX walks through them. Where the sign of the
+; fraction chooses between adding and subtracting, the table begins behind the number of steps.
+;
+; A power is 2^(y log2 x). Of the up to seven bits before the point of y log2 x none may be lost behind it, so the
+; logarithm has 48 bits. All functions are right to 2^-29.
 
 ; ---- Fractions
 
 ; sum of the terms at IX, in powers of the fraction at FAC + 1 -> BCDE. IX: at the last term less 1.
 series:
         LD A,(IX + 0)
+series_steps:                   ; A in place of the table's first byte
         LD (function_count),A
         CALL _term
         LD E,L
         LD D,H
 _step:  CALL multiply_mantissas
         CALL _next
+        ADD A,A                 ; carry: half of the last bit or more
         LD A,(function_count)
-        OR A
-        JP M,_subtract
-        ADD HL,DE
+        BIT 7,A
+        JR NZ,_subtract
+        ADC HL,DE
         EX DE,HL
         LD L,(IX + 3)
         LD H,(IX + 4)
         ADC HL,BC
         JR _sum
 _subtract:
-        SBC HL,DE               ; OR has cleared the carry
+        SBC HL,DE
         EX DE,HL
         LD L,(IX + 3)
         LD H,(IX + 4)
@@ -361,54 +367,69 @@ ratio_about_one:
         LD HL,function_other
         JP float_div
 
-; ---- EXP: a power of two, and 2^f of what is left
+; ---- EXP: a power of two, and 2^f of what is left, f between -1/2 and 1/2
 
 float_exp:
         CALL fac_to_float
-        JR Z,_one
+        JR Z,power_one
         LD A,(FAC)
         CP 128 + 8
-        LD A,(FAC + 4)
-        JR NC,_far
+        JR NC,power_far
         LD IX,half_log2_e
         LD A,1
+; 2^(FAC x IX): FAC a float, IX a constant of 48 bits times 2^A; the product is below 2^8
+power_of_two:
         CALL fraction_of_product
         NEG
         CALL fraction_right
         LD A,(FAC + 4)
-        OR A
-        JP M,_negative
-        LD A,L
-        ADD A,129
+        BIT 7,B
+        JR Z,_near
+        CPL                     ; a half or more: down from the next power
+        INC L
+        JR Z,power_far
+        PUSH AF
+        CALL fraction_complement
+        POP AF
+_near:  AND 80h                 ; 80h: a factor below 1
+        OR 7
+        LD (function_power),A
+        LD A,(FAC + 4)
+        ADD A,A
+        LD A,129
+        JR C,_negative
+        ADD A,L
         LD L,A
         LD A,0
         ADC A,A
         JR _exponent
 _negative:
-        CALL fraction_complement
-        LD A,129
-        JR Z,_whole
-        DEC A
-_whole: SUB L
+        SUB L
         LD L,A
         SBC A,A
 _exponent:
+        BIT 7,H
         LD H,A
         LD (float_exponent),HL
+        CALL NZ,increment_long
         CALL fraction_store
-        LD IX,exponential_terms
-        CALL series
+        LD IX,exponential_terms - 1
+        LD A,(function_power)
+        CALL series_steps
         XOR A
         LD (float_sign),A
         LD H,A
         JP float_normalise
-_far:   OR A
+power_far:
+        LD A,(FAC + 4)
+        OR A
         JP M,float_zero
         JP overflow
-_one:   LD HL,1
+power_one:
+        LD HL,1
         JP integer_to_fac
 
-; ---- LOG: the logarithm of the mantissa, between the roots of 1/2 and 2, and that of the power of two
+; ---- LOG
 
 float_log:
         CALL fac_to_float
@@ -416,38 +437,209 @@ float_log:
         LD A,(FAC + 4)
         OR A
         JP M,illegal_call
-        LD DE,128 * 256 + 128
-        CP 35h
-        JR NC,_mantissa
-        LD DE,129 * 256 + 129
-_mantissa:
-        LD A,(FAC)
-        SUB D
+        CALL logarithm
+        JP Z,float_zero
+        LD H,(IX + 1)
+        LD E,(IX + 2)
+        LD D,(IX + 3)
+        LD C,(IX + 4)
+        LD B,(IX + 5)
+        CALL fraction_result
+        LD HL,log_2
+        JP float_mul
+
+; The logarithm to the base 2 of FAC, a positive float: 48 bits at IX, lowest first, times 2^A; float_sign. Z: it is 0.
+; x = 2^e (1 + z) 32/k, k from 16 to 32 such that |z| < 1/26. k times the mantissa has 38 bits, but z begins with four
+; zeros, so nothing of it is lost. log2(1 + z) = z (c - z U(z)), c = log2(e). Near 1, where e and k bring nothing, this
+; is all there is, to its own last bits.
+logarithm:
+        LD A,(FAC + 4)          ; k = 2048/(65 + 2j), rounded; j the five bits behind the leading 1
+        RRCA
+        AND 3Eh
+        LD L,A
+        ADD A,65
+        LD C,A
+        LD A,L
+        RRCA
+        ADD A,20h
+        LD L,A
+        LD H,2048 / 256
+        LD B,0
+        XOR A
+        DEC A
+_k:     INC A
+        SBC HL,BC
+        JR NC,_k
         PUSH AF
-        LD A,E
-        LD (FAC),A
-        CALL ratio_about_one
+        LD DE,(FAC + 1)
+        LD BC,0
+        EXX
+        LD DE,(FAC + 3)
+        SET 7,D
+        LD BC,0
+        EXX
+        CALL multiply_row
+        LD E,A
+        LD D,C
+        LD C,B
+        POP HL
         LD A,(FAC)
+        SUB 129
+        LD L,A
+        LD A,H
+        AND 0Fh                 ; 1 to 15: k - 16
+        JR NZ,_kept
+        BIT 4,H
+        JR Z,_kept
+        INC L                   ; 16: one more power of two
+_kept:  LD H,A
+        LD (logarithm_shift),HL
+        EXX
+        PUSH BC
+        EXX
+        POP HL
+        LD B,L                  ; BCDE: how much k m is above or below 32
+        LD A,H
+        SUB 16
+        LD (float_sign),A
+        LD H,0
+        CALL NZ,fraction_complement
+        LD A,B
+        OR C
+        OR D
+        OR E
+        LD A,H
+        JR Z,_sum
+        PUSH BC
+        PUSH DE
+        CALL fraction_store
+        LD IX,logarithm_terms - 1
+        LD A,(float_sign)
+        CPL
+        AND 80h
+        OR 5
+        CALL series_steps
+        CALL multiply_mantissas
+        LD H,A
+        LD A,5
+        CALL fraction_right
+        LD A,(float_sign)
         OR A
-        JR Z,_power
-        LD IX,logarithm_terms
-        CALL odd_series_fac
-_power: POP AF
-        OR A
+        CALL P,fraction_complement
+        LD A,(half_log2_e + 1)
+        ADD A,H
+        LD (logarithm_sum + 1),A
+        LD HL,(half_log2_e + 2)
+        ADC HL,DE
+        LD (logarithm_sum + 2),HL
+        LD HL,(half_log2_e + 4)
+        ADC HL,BC
+        LD (logarithm_sum + 4),HL
+        LD A,(half_log2_e)
+        LD (logarithm_sum),A
+        POP DE
+        POP BC
+        LD HL,128 - 4
+        LD (float_exponent),HL
+        LD H,0
+        CALL float_normalise
+        LD IX,logarithm_sum
+        LD A,1
+        CALL fraction_of_product
+; BCDEH times 2^A, A not above 0, with float_sign, and what e and k bring
+_sum:   LD (function_power),A
+        LD A,H
+        LD (logarithm_sum + 1),A
+        LD (logarithm_sum + 2),DE
+        LD (logarithm_sum + 4),BC
+        XOR A
+        LD (logarithm_sum),A
+        LD (logarithm_sum + 6),A
+        LD HL,(logarithm_shift)
+        LD A,H
+        OR L
+        JR NZ,_far
+        LD A,B
+        OR C
         RET Z
-        PUSH AF
-        LD HL,function_other
-        CALL fac_store
-        POP AF
+        LD A,(function_power)
+        ADD A,8
+        LD B,A
+        JR _normal
+_far:   LD A,(function_power)
+        OR A
+        JR Z,_aligned
+        LD B,A
+_right: LD HL,logarithm_sum + 5
+        LD C,6
+        OR A
+_down:  RR (HL)
+        DEC HL
+        DEC C
+        JR NZ,_down
+        INC B
+        JR NZ,_right
+_aligned:
+        LD A,(float_sign)
+        OR A
+        CALL M,logarithm_negate
+        LD HL,(logarithm_shift)
+        PUSH HL
+        LD A,H
+        ADD A,A
+        JR Z,_whole
         LD L,A
         ADD A,A
-        SBC A,A
-        LD H,A
-        CALL integer_to_fac
-        LD HL,log_2
-        CALL float_mul
-        LD HL,function_other
-        JP float_add
+        ADD A,L
+        ADD A,logarithm_zeroth AND 0FFh
+        LD E,A
+        LD A,logarithm_zeroth / 256
+        ADC A,0
+        LD D,A
+        LD HL,logarithm_sum
+        LD B,6
+        OR A
+_add:   LD A,(DE)
+        ADC A,(HL)
+        LD (HL),A
+        INC DE
+        INC HL
+        DJNZ _add
+_whole: POP DE
+        LD HL,logarithm_sum + 6
+        LD A,(HL)
+        ADC A,E
+        LD (HL),A
+        LD (float_sign),A
+        CALL M,logarithm_negate
+        LD B,8
+_normal:
+        LD HL,logarithm_sum + 6
+        BIT 7,(HL)
+        LD IX,logarithm_sum + 1
+        LD A,B
+        RET NZ
+        LD HL,logarithm_sum
+        LD C,7
+        OR A
+_up:    RL (HL)
+        INC HL
+        DEC C
+        JR NZ,_up
+        DEC B
+        JR _normal
+
+logarithm_negate:
+        LD HL,logarithm_sum
+        LD B,7
+        OR A
+_byte:  LD A,0
+        SBC A,(HL)
+        LD (HL),A
+        INC HL
+        DJNZ _byte
+        RET
+
 ; ---- SQR: eight bits by trial, then twice the mean of root and quotient
 
 float_sqr:
@@ -529,7 +721,7 @@ newton_step:
         DEC (HL)
         RET
 
-; ---- Powers: small whole ones by multiplication, others by EXP and LOG
+; ---- Powers: small whole ones, and those of integers while they are exact, by multiplication; others by logarithms
 
 float_power:
         LD DE,function_base
@@ -550,8 +742,16 @@ float_power:
         XOR E
         JP M,_general
         SUB C
-        JR Z,_zeroth
+        JP Z,power_one
         LD (function_count),A
+        CP 8
+        JR C,_multiplied
+        CP 32
+        JP NC,_general
+        LD A,(function_base)
+        OR A
+        JP NZ,_general
+_multiplied:
         LD A,C
         LD (function_quadrant),A
         LD HL,function_base
@@ -599,14 +799,17 @@ _square:
         POP AF
         POP BC
 _next:  DJNZ _square
-        LD A,(function_quadrant)
+        LD A,(function_count)
+        CP 8
+        JR C,_made
+        LD A,(FAC)              ; more than 32 bits: each square has lost some
+        CP 128 + 33
+        JR NC,_general
+_made:  LD A,(function_quadrant)
         OR A
         RET Z
         LD HL,integer_one
         JP float_div
-_zeroth:
-        LD HL,1
-        JP integer_to_fac
 _general:
         LD HL,function_base
         CALL fac_load
@@ -624,11 +827,35 @@ _general:
         POP AF
 _positive:
         PUSH AF
-        CALL float_log
+        CALL fac_to_float
+        CALL logarithm
+        JR Z,_one
+        PUSH AF
         LD HL,function_raise
-        CALL float_mul
-        CALL float_exp
-        POP AF
+        CALL fac_load
+        CALL fac_to_float
+        LD HL,FAC + 4
+        LD A,(float_sign)
+        AND 80h
+        XOR (HL)
+        LD (HL),A
+        POP BC
+        LD A,(FAC)
+        XOR 80h
+        ADD A,B                 ; exponent of y log2 x
+        JP PE,_extreme
+        JP M,_near
+        CP 9
+        JR NC,_far
+_near:  LD A,B
+        CALL power_of_two
+        JR _sign
+_extreme:
+        JP P,_one               ; below -128
+_far:   CALL power_far
+        JR _sign
+_one:   CALL power_one
+_sign:  POP AF
         OR A
         RET Z
         JP float_negate
@@ -798,21 +1025,35 @@ arctangent_terms:               ; atn(t)/2t, error 2^-40
         DEFW 0AAA9h,02AAAh
         DEFW 00000h,08000h
         DEFB 1
-logarithm_terms:                ; log((1 + s)/(1 - s))/4s, error 2^-38
-        DEFB 4
-        DEFW 04DE5h,00F1Dh
-        DEFW 02EC9h,01243h
-        DEFW 0A9BCh,01999h
-        DEFW 0AA9Bh,02AAAh
-        DEFW 00000h,08000h
-        DEFB 2
-exponential_terms:              ; 2^f / 2, error 2^-34
-        DEFB 7
-        DEFW 0B58Dh,00000h
-        DEFW 0AFC9h,00004h
-        DEFW 00161h,0002Ch
-        DEFW 0046Eh,0013Bh
-        DEFW 0CC0Dh,0071Ah
-        DEFW 0BCC3h,01EBFh
-        DEFW 00C0Bh,058B9h
+logarithm_terms:                ; log2(e) (z - log(1 + z))/z^2 in powers of 16z, error 2^-35
+        DEFW 0034Eh,00000h
+        DEFW 03DA7h,00000h
+        DEFW 09DDBh,00004h
+        DEFW 0551Ah,0005Ch
+        DEFW 0C277h,007B1h
+        DEFW 03B29h,0B8AAh
+logarithm_zeroth EQU $ - 6      ; log2(32/k), k from 17 to 31
+        DEFB 0EDh,036h,005h,009h,09Ch,0E9h
+        DEFB 053h,008h,08Ch,0CBh,07Fh,0D4h
+        DEFB 030h,0FBh,08Dh,0D2h,087h,0C0h
+        DEFB 092h,0CBh,0D0h,01Eh,096h,0ADh
+        DEFB 0A4h,083h,0DBh,015h,091h,09Bh
+        DEFB 058h,034h,07Fh,0B0h,062h,08Ah
+        DEFB 02Bh,04Eh,0F9h,0D7h,0F7h,079h
+        DEFB 029h,004h,0C6h,0E5h,03Fh,06Ah
+        DEFB 024h,097h,0A1h,03Dh,02Ch,05Bh
+        DEFB 0BAh,0C3h,08Dh,0FBh,0AFh,04Ch
+        DEFB 07Ch,00Ch,052h,0B1h,0BFh,03Eh
+        DEFB 07Ah,07Fh,015h,030h,051h,031h
+        DEFB 069h,056h,085h,05Bh,05Bh,024h
+        DEFB 0BBh,0CFh,096h,004h,0D6h,017h
+        DEFB 0ACh,0ECh,064h,0CAh,0B9h,00Bh
+exponential_terms:              ; 2^f / 2, f from -1/2 to 1/2, error 2^-34
+        DEFW 08053h,00000h
+        DEFW 01100h,00005h
+        DEFW 0B0F4h,0002Bh
+        DEFW 02A1Bh,0013Bh
+        DEFW 0C236h,0071Ah
+        DEFW 0BE04h,01EBFh
+        DEFW 00BFCh,058B9h
         DEFW 00000h,08000h
