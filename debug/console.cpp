@@ -313,11 +313,12 @@ void debug_console::coverage_into(const std::string &path) {
     driver.listen(*covered);
 }
 
-void debug_console::watch_faults(uint8_t kinds, bool of_roms, bool stop) {
+void debug_console::watch_faults(uint8_t kinds, bool of_roms, bool stop, int32_t port_of_a_test) {
     console_commands::stop_recording(*this, "faults");
     fault_watch = std::make_unique<memory_faults>(driver.symbols, kinds, of_roms,
                                                   [this](const std::string &line) { print(line); });
     fault_watch->stops = stop;
+    fault_watch->port_of_a_test = port_of_a_test;
     driver.listen(*fault_watch);
 }
 

@@ -48,7 +48,7 @@ class debug_console {
     void trace_into(const std::string &path);
     void profile_into(const std::string &path);
     void coverage_into(const std::string &path);
-    void watch_faults(uint8_t kinds, bool of_roms, bool stop);
+    void watch_faults(uint8_t kinds, bool of_roms, bool stop, int32_t port_of_a_test = -1);
     uint64_t faults() const { return fault_watch ? fault_watch->count() : 0; }
     void load_symbols(const std::string &path_and_bank); // FILE or FILE:BANK
     void load_listing(const std::string &path_and_bank);

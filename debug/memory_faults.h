@@ -31,7 +31,8 @@ class memory_faults final : public debug_observer {
     // from the machine's power-on.
     memory_faults(const symbol_table &names, uint8_t kinds_, bool of_roms,
                   std::function<void(const std::string &)> tell_);
-    bool stops = false; // the machine, besides telling
+    bool stops = false;          // the machine, besides telling
+    int32_t port_of_a_test = -1; // somebody listens to it though the machine has none
     uint64_t count() const { return told.size(); }
 
     void step(uint16_t pc, uint64_t t_states, bool entering) override;
@@ -43,6 +44,7 @@ class memory_faults final : public debug_observer {
 
   private:
     void fault(fault_kind kind, const std::string &what);
+    void fault(fault_kind kind, const std::string &what, uint16_t once_for);
     void check_text(uint16_t address);
 
     const symbol_table &symbols;

@@ -92,13 +92,15 @@ std::optional<listed> listed_line(std::string_view line) {
     if (word.size() != 4) return std::nullopt;
     const auto address = digits(word, 16);
     if (!address) return std::nullopt;
-    if (rest.starts_with(":")) rest.remove_prefix(1);
+    const bool bytes_in_one = rest.starts_with(":"); // pasmo's: DEFB behind them would pass for two more
+    if (bytes_in_one) rest.remove_prefix(1);
     std::string_view behind = rest;
     size_t bytes = 0;
     for (std::string_view next = take_word(behind); next.size() >= 2 && next.size() % 2 == 0 && are_hex(next);
          next = take_word(behind)) {
         bytes += next.size() / 2;
         rest = behind;
+        if (bytes_in_one) break;
     }
     if (bytes == 0) return std::nullopt;
     return listed{static_cast<uint16_t>(*address), trimmed(rest)};

@@ -2,6 +2,8 @@
 
 # Needed for everything: compiler, build, pictures, assembler of the demonstration ROMs.
 build_packages="g++ cmake ninja-build libpng-dev pasmo"
+# For kiv-run's debugger: history and completion of its console, and --json.
+build_packages="$build_packages libedit-dev nlohmann-json3-dev"
 # For the window and the sound.
 desktop_packages="qt6-base-dev qt6-l10n-tools libsdl2-dev fonts-vlgothic"
 # For the tests and the benchmarks.

@@ -7,6 +7,8 @@
 #include "platform/clock.h"
 #include "platform/file.h"
 #include "tools/kiv_run_basic.h"
+#include "tools/kiv_run_bench.h"
+#include "tools/kiv_run_json.h"
 #include "tools/kiv_run_listing.h"
 #include "tools/kiv_run_options.h"
 #include "tools/kiv_run_outputs.h"
@@ -32,33 +34,22 @@ constexpr uint64_t default_frames = 300;
 constexpr uint64_t frames_after_typing = 60;
 constexpr uint64_t frames_between_looks = 8; // at the screen, for the end of a program
 constexpr uint64_t frames_of_silence = 550;  // of the deck, before --list gives up
+constexpr uint64_t frames_of_a_test = 20000; // six minutes: a program that shall end by itself
 constexpr size_t longest_listing = 1 << 20;  // BASIC has room for 28 KB
 constexpr size_t longest_dump = 0x8000;      // what is looked at of a longer file
 
 volatile std::sig_atomic_t interrupted = 0;
+debug_driver *interruptible = nullptr; // what a person may stop at the terminal
+
+void interrupt(int) {
+    interrupted = 1;
+    if (interruptible != nullptr) interruptible->ask_to_stop();
+}
 
 void check_readable(const std::string &path) {
     const platform::file_handle file = platform::open_file(path, true);
     if (file == platform::invalid_file) throw run_failure(path + ": " + platform::last_file_error());
     platform::close_file(file);
-}
-
-// The bytes of a file, `most` at most.
-std::vector<uint8_t> bytes_of(const std::string &path, size_t most) {
-    const platform::file_handle file = platform::open_file(path, true);
-    if (file == platform::invalid_file) throw run_failure(path + ": " + platform::last_file_error());
-    const int64_t size = platform::file_size(file);
-    std::vector<uint8_t> bytes(std::min(most, static_cast<size_t>(std::max<int64_t>(size, 0))));
-    size_t got = 0;
-    while (got < bytes.size()) {
-        const int64_t count = platform::read_file(file, bytes.data() + got, bytes.size() - got);
-        if (count <= 0) break;
-        got += static_cast<size_t>(count);
-    }
-    const std::string reason = platform::last_file_error();
-    platform::close_file(file);
-    if (size < 0 || got < bytes.size()) throw run_failure(path + ": " + reason);
-    return bytes;
 }
 
 void check(kiv_result result) {
@@ -99,8 +90,11 @@ class machine_run {
     void write_listing();
     void print_stats() const;
     std::string stop_line() const;
+    int exit_code() const { return bench ? bench->exit_code : 0; }
 
   private:
+    bool go_on_bench();
+    bool bench_piece();
     void use_calendar() const;
     void use_settings() const;
     void load_tape() const;
@@ -133,8 +127,9 @@ class machine_run {
     bool dump_loaded = false;
     bool heard = false; // since the end of a program was last looked for
     uint64_t frame_limit = 0, cycle_limit = 0;
-    uint64_t frames = 0, cycles = 0; // of this run
-    uint64_t first_cycle = 0;        // of the machine
+    uint64_t frames = 0, cycles = 0;           // of this run
+    uint64_t first_cycle = 0, first_frame = 0; // of the machine
+    std::unique_ptr<run_bench> bench;          // where an option asks for it
     alignas(64) uint8_t pixels[KIV_WIDTH * KIV_HEIGHT] = {};
     std::chrono::steady_clock::time_point started, progress_shown;
     bool on_terminal = false;
@@ -162,12 +157,12 @@ void machine_run::use_settings() const {
 }
 
 void machine_run::load_tape() const {
-    const std::vector<uint8_t> tape = bytes_of(options.tape, UINT32_MAX);
+    const std::vector<uint8_t> tape = bytes_of_file(options.tape, UINT32_MAX);
     check(kiv_tape_insert(tape.data(), tape.size()));
 }
 
 void machine_run::load_listing() {
-    const std::vector<uint8_t> text = bytes_of(options.bas, longest_listing);
+    const std::vector<uint8_t> text = bytes_of_file(options.bas, longest_listing);
     const std::string tape =
         listing_tape({reinterpret_cast<const char *>(text.data()), text.size()}, options.bas);
     check(kiv_tape_insert(tape.data(), tape.size()));
@@ -176,10 +171,11 @@ void machine_run::load_listing() {
 }
 
 void machine_run::load_state() {
-    const std::vector<uint8_t> state = bytes_of(options.load_state, SIZE_MAX);
+    const std::vector<uint8_t> state = bytes_of_file(options.load_state, SIZE_MAX);
     if (kiv_snapshot_load(state.data(), state.size()) != KIV_OK)
         throw run_failure(options.load_state + ": " + kiv_error_text());
     first_cycle = kiv_t_states();
+    first_frame = kiv_frames();
     if (options.date) use_calendar();
 }
 
@@ -209,13 +205,21 @@ void machine_run::prepare() {
     if (!options.tape_out.empty()) tape_out.open(options.tape_out);
     kiv_tape_record(!options.tape_out.empty());
     if (!options.wav.empty()) wav.open(options.wav);
-    on_terminal = isatty(STDERR_FILENO) != 0;
+    on_terminal = isatty(STDERR_FILENO) != 0 && !options.debug && !options.json;
+    if (!bench_wanted(options)) return;
+    bench = std::make_unique<run_bench>(options);
+    interruptible = &bench->driver;
+    bench->begin();
+    if (!options.frames && bench->input_ends() != 0)
+        frame_limit = std::max(frame_limit, bench->input_ends() + frames_after_typing);
+    if (!options.frames && (!options.until.empty() || options.exit_port || !options.exit_text.empty()))
+        frame_limit = std::max(frame_limit, frames_of_a_test);
 }
 
 // What a person does between two frames: a dump is loaded, then keys are typed.
 void machine_run::at_keyboard() {
     if (!dump_loaded && !options.load_dump.empty() && frames >= options.type_at) {
-        const std::vector<uint8_t> dump = bytes_of(options.load_dump, longest_dump);
+        const std::vector<uint8_t> dump = bytes_of_file(options.load_dump, longest_dump);
         if (kiv_dump_load(dump.data(), dump.size()) != KIV_OK)
             throw run_failure(options.load_dump + ": not a memory dump (it is shorter than 32576 bytes)");
         dump_loaded = true;
@@ -250,13 +254,18 @@ void machine_run::look_for_the_end() {
 }
 
 void machine_run::frame_shown() {
-    ++frames;
+    frames = kiv_frames() - first_frame;
     if (picture_wanted()) draw();
     if (options.png_every != 0 && frames % options.png_every == 0)
         write_png(numbered_name(options.png, frames), pixels);
     at_keyboard();
     look_for_the_end();
     if (on_terminal && frames % 32 == 0) show_progress();
+    if (bench && bench->frame_shown(frames)) frame_limit = frames;
+    if (interrupted && bench && bench->interactive) {
+        interrupted = 0; // the driver has been asked to stop
+        return;
+    }
     if (interrupted) throw run_failure("interrupted after " + std::to_string(frames) + " frames");
 }
 
@@ -274,8 +283,8 @@ void machine_run::run_ended() {
 bool machine_run::go() {
     started = progress_shown = std::chrono::steady_clock::now();
     at_keyboard();
-    bool stopped = false;
-    while (!stopped && !ended()) {
+    bool stopped = bench && !go_on_bench();
+    while (!bench && !stopped && !ended()) {
         const uint64_t left = options.seconds ? cycle_limit - cycles : UINT32_MAX;
         const int32_t ended_by = kiv_run(static_cast<uint32_t>(std::min<uint64_t>(left, UINT32_MAX)));
         run_ended();
@@ -283,11 +292,41 @@ bool machine_run::go() {
         if (ended_by == KIV_RUN_FRAME) frame_shown();
     }
     if (!options.png.empty() && (stopped || frames == 0 || !options.seconds)) draw();
-    if (!stopped && !options.load_dump.empty() && !dump_loaded)
+    if (!bench && !stopped && !options.load_dump.empty() && !dump_loaded)
         throw run_failure(options.load_dump + ": not loaded, as the run ended before frame " +
                           std::to_string(options.type_at));
     if (progress_line) std::fprintf(stderr, "\r\033[K");
     return !stopped;
+}
+
+// A slice of the run under the debug driver; false: it has ended. The end of the time asked for comes from
+// on_run, between two pieces.
+bool machine_run::bench_piece() {
+    if (ended()) return false;
+    const uint64_t left = options.seconds ? cycle_limit - cycles : UINT32_MAX;
+    return bench->run_slice(left) == run_bench::outcome::goes_on;
+}
+
+// False: the processor has stopped.
+bool machine_run::go_on_bench() {
+    bench->driver.on_run = [this](int32_t ended_by) {
+        run_ended();
+        if (ended_by == KIV_RUN_FRAME) frame_shown();
+        if (!bench->interactive && !bench->in_script && ended()) bench->driver.ask_to_stop();
+    };
+    if (options.json) {
+        answer_requests(*bench);
+    } else if (bench->run_scripts()) {
+        if (options.debug)
+            bench->at_terminal();
+        else
+            while (bench_piece()) {
+            }
+    }
+    bench->driver.on_run = nullptr;
+    bench->finish();
+    const bool own_end = bench->ended() || options.debug || options.json || !options.scripts.empty();
+    return own_end || kiv_stop_reason() == KIV_STOP_NONE;
 }
 
 void machine_run::write_listing() {
@@ -386,7 +425,7 @@ int main(int argc, char **argv) {
             return 0;
         }
         platform::let_writes_fail();
-        std::signal(SIGINT, [](int) { interrupted = 1; });
+        std::signal(SIGINT, interrupt);
         std::signal(SIGTERM, [](int) { interrupted = 1; });
         const auto run =
             std::make_unique<machine_run>(options); // the frame's pixels are too many for a stack
@@ -395,7 +434,8 @@ int main(int argc, char **argv) {
         if (options.stats) run->print_stats();
         run->write_outputs();
         if (reached_end) run->write_listing();
-        if (reached_end) return 0;
+        interruptible = nullptr;
+        if (reached_end) return run->exit_code();
         complain(run->stop_line());
     } catch (const run_failure &failure) {
         complain(failure.what());

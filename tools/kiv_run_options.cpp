@@ -1,5 +1,7 @@
 #include "tools/kiv_run_options.h"
 
+#include "debug/memory_faults.h"
+
 #include <cerrno>
 #include <climits>
 #include <cmath>
@@ -33,7 +35,8 @@ What runs
 How long
   --frames N            N pictures of the machine, about 55 a second
   --seconds S           S seconds of the machine's time
-                        (default: 300 frames, or 60 frames past the end of the typed text; with --run until
+                        (default: 300 frames, or 60 frames past the end of the typed text; 20000 frames where
+                        the program or a condition shall end the run; with --run until
                         BASIC says Ok and is silent, or has waited for keys for 10 seconds, 30 minutes of the
                         machine's time at most: a program that looks for keys itself never waits)
 
@@ -41,6 +44,31 @@ At the keyboard
   --type TEXT           types TEXT; \n return, \e ESC, \t TAB, \b STOP, \f1 to \f5 function keys,
                         \u \d \l \r the cursor keys, \p a pause of half a second, \\ the yen key
   --type-at FRAME       frame at which a dump is loaded and typing begins (default: 60, when BASIC is up)
+
+  --record-input FILE   write down which keys go down and up, at which frame
+  --replay-input FILE   strike them again (default for --frames: 60 past the last one)
+
+Testing and debugging
+  --symbols FILE        symbols of pasmo, sjasmplus or z88dk; FILE:main for those of one memory (main nbasic ext
+                        ram); may be given again
+  --listing FILE        source lines out of a listing whose lines begin with address and bytes; likewise
+  --script FILE         commands of the debugger, a line each, from the machine's start; the run ends with them
+                        unless a length or an end is given, too; may be given again
+  --debug               the debugger on this terminal; help lists its commands
+  --until CONDITION     ends the run when it becomes true: --until 'PC==$8123', '[score]>9 && frame>100'
+  --exit-port PORT      an OUT to the port ends the run, with its value as the exit code
+  --exit-text TEXT=CODE the text on the screen ends the run with that exit code; may be given again
+  --expect-text TEXT    must stand on the screen at the end; may be given again
+  --expect-memory AREA:ADDRESS=BYTES
+                        must stand there at the end: $9000=1,2,"AB"; ram:$8000=255; may be given again
+  --faults report|stop[,KIND...]
+                        tell what programs in RAM hardly mean, or end the run, too: unwritten (memory that is
+                        read or run), under-rom (writes there), stack (in a plane), interrupts (off for longer
+                        than a frame), text (writes past its window), port (that nothing takes); all if none
+  --trace FILE          every instruction with its T-states and registers
+  --profile FILE        T-states by routine and address, in callgrind's format
+  --coverage FILE       lines of the listings that have run, in lcov's format
+  --json                requests on the standard input, a line each, answers on the standard output
 
 What it leaves
   --png FILE            the last picture, 640 x 400
@@ -62,10 +90,12 @@ Examples
   kiv-run --seconds 5 --png screen.png
   kiv-run --type 'PRINT 6*7\n' --text
   kiv-run --bas programs/mandelbrot.bas --run --png picture.png
+  kiv-run --load-dump game.KIV --symbols game.sym --exit-port 0x99 --coverage game.info --listing game.lst
   kiv-run --date 1982-11-01T12:00:00 --seed 1 --frames 600 --wav sound.wav --png-every 60 --png f.png
 
 Exit code: 0, or 1 with one line that says why: an option, a file, or the address at which the processor
-stopped. Files are written whole or not at all; after a stop of the processor the outputs show the machine
+stopped; 2 when something expected is not so, a condition did not come, a script's line was wrong or a fault
+was found; or what --exit-port, --exit-text or a script's quit say. Files are written whole or not at all; after a stop of the processor the outputs show the machine
 at that moment.
 )";
 
@@ -112,6 +142,35 @@ calendar_time parse_date(const std::string &option, const std::string &value) {
     return t;
 }
 
+uint8_t parse_port(const std::string &option, const std::string &value) {
+    const auto port = parse_number(value);
+    if (!port || *port > 0xFF) bad(option, value, "a port from 0 to 255 is wanted, such as 153, $99 or 0x99");
+    return static_cast<uint8_t>(*port);
+}
+
+// report or stop, with kinds behind it.
+void parse_faults(const std::string &option, const std::string &value, run_options &o) {
+    size_t at = std::min(value.find(','), value.size());
+    const std::string what = value.substr(0, at);
+    if (what != "report" && what != "stop") bad(option, value, "report or stop is wanted");
+    o.stop_at_faults = what == "stop";
+    o.faults = at == value.size() ? uint8_t{fault_every} : uint8_t{0};
+    while (at < value.size()) {
+        const size_t end = std::min(value.find(',', at + 1), value.size());
+        const auto kind = fault_named(value.substr(at + 1, end - at - 1));
+        if (!kind) bad(option, value, "known are unwritten, under-rom, stack, interrupts, text and port");
+        o.faults |= *kind;
+        at = end;
+    }
+}
+
+std::pair<std::string, int> parse_exit_text(const std::string &option, const std::string &value) {
+    const size_t equals = value.rfind('=');
+    if (equals == std::string::npos || equals == 0) bad(option, value, "TEXT=CODE is wanted");
+    const auto code = static_cast<int>(parse_count(option, value.substr(equals + 1), 0, 255));
+    return {value.substr(0, equals), code};
+}
+
 } // namespace
 
 run_options parse_run_options(int argc, char **argv) {
@@ -134,7 +193,28 @@ run_options parse_run_options(int argc, char **argv) {
             target = value == second;
         };
     };
+    const auto added_to = [](std::vector<std::string> &target) -> value_option {
+        return [&target](const std::string &option, const std::string &value) {
+            if (value.empty()) throw run_failure(option + ": its value is empty");
+            target.push_back(value);
+        };
+    };
     const std::map<std::string, value_option> with_value = {
+        {"--symbols", added_to(o.symbols)},
+        {"--listing", added_to(o.listings)},
+        {"--script", added_to(o.scripts)},
+        {"--expect-text", added_to(o.expect_text)},
+        {"--expect-memory", added_to(o.expect_memory)},
+        {"--until", path_into(o.until)},
+        {"--record-input", path_into(o.record_input)},
+        {"--replay-input", path_into(o.replay_input)},
+        {"--trace", path_into(o.trace)},
+        {"--profile", path_into(o.profile)},
+        {"--coverage", path_into(o.coverage)},
+        {"--faults", [&o](auto &name, auto &value) { parse_faults(name, value, o); }},
+        {"--exit-port", [&o](auto &name, auto &value) { o.exit_port = parse_port(name, value); }},
+        {"--exit-text",
+         [&o](auto &name, auto &value) { o.exit_text.push_back(parse_exit_text(name, value)); }},
         {"--halt", choice_into(o.halt_waits, "stop", "wait")},
         {"--undefined", choice_into(o.steps_over, "stop", "run")},
         {"--roms", path_into(o.roms)},
@@ -173,6 +253,10 @@ run_options parse_run_options(int argc, char **argv) {
             o.stats = true;
         else if (name == "--run")
             o.run = true;
+        else if (name == "--debug")
+            o.debug = true;
+        else if (name == "--json")
+            o.json = true;
         else {
             std::optional<std::string> value;
             if (const size_t equals = name.find('='); equals != std::string::npos) {
@@ -189,6 +273,9 @@ run_options parse_run_options(int argc, char **argv) {
         }
     }
     if (o.frames && o.seconds) throw run_failure("--frames and --seconds: one of them is enough");
+    if (o.debug && o.json) throw run_failure("--debug and --json: the standard input is one of them's");
+    if (!o.record_input.empty() && o.record_input == o.replay_input)
+        throw run_failure("--record-input and --replay-input: the same file");
     if (!o.bas.empty() && !o.tape.empty()) throw run_failure("--bas and --tape: the deck holds one of them");
     if (o.run && o.bas.empty()) throw run_failure("--run: --bas names the program");
     if (o.png_every != 0 && o.png.empty()) throw run_failure("--png-every: --png names the pictures");

@@ -6,6 +6,8 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <utility>
+#include <vector>
 
 // A reason to end the run with exit code 1: one line that names what and why.
 struct run_failure : std::runtime_error {
@@ -34,6 +36,16 @@ struct run_options {
     bool run = false;      // RUN behind bas
     std::string load_dump, save_dump;
     std::string load_state, save_state;
+    // The test bench.
+    bool debug = false, json = false;
+    std::vector<std::string> scripts, symbols, listings, expect_text, expect_memory;
+    std::string until;                                  // a condition that ends the run
+    std::optional<uint8_t> exit_port;                   // an OUT ends the run with its value
+    std::vector<std::pair<std::string, int>> exit_text; // a text on the screen does, with a code
+    std::string record_input, replay_input;
+    std::string trace, profile, coverage;
+    uint8_t faults = 0; // fault_kind of debug/memory_faults.h
+    bool stop_at_faults = false;
 };
 
 extern const char run_help[];

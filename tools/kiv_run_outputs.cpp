@@ -5,11 +5,31 @@
 #include "sound/wave_header.h"
 #include "tools/kiv_run_options.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <filesystem>
 #include <png.h>
 #include <vector>
+
+// ---- files ------------------------------------------------------------------------------------------
+
+std::vector<uint8_t> bytes_of_file(const std::string &path, size_t most) {
+    const platform::file_handle file = platform::open_file(path, true);
+    if (file == platform::invalid_file) throw run_failure(path + ": " + platform::last_file_error());
+    const int64_t size = platform::file_size(file);
+    std::vector<uint8_t> bytes(std::min(most, static_cast<size_t>(std::max<int64_t>(size, 0))));
+    size_t got = 0;
+    while (got < bytes.size()) {
+        const int64_t count = platform::read_file(file, bytes.data() + got, bytes.size() - got);
+        if (count <= 0) break;
+        got += static_cast<size_t>(count);
+    }
+    const std::string reason = platform::last_file_error();
+    platform::close_file(file);
+    if (size < 0 || got < bytes.size()) throw run_failure(path + ": " + reason);
+    return bytes;
+}
 
 // ---- pictures ----------------------------------------------------------------------------------------
 

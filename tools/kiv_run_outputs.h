@@ -1,9 +1,14 @@
-// What kiv-run leaves behind: pictures, the text screen, the sound. Files are written aside and renamed.
+// Files of kiv-run: what it leaves behind (pictures, the text screen, the sound) is written aside and
+// renamed.
 #pragma once
 
 #include "platform/file.h"
 #include <cstdint>
 #include <string>
+#include <vector>
+
+// The bytes of a file, `most` at most. Throws run_failure.
+std::vector<uint8_t> bytes_of_file(const std::string &path, size_t most);
 
 // Writes the composed frame (8-bit pixels, frame_width x frame_height) as a PNG file. Throws run_failure.
 void write_png(const std::string &path, const uint8_t *pixels);
