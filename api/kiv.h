@@ -204,10 +204,11 @@ KIV_API const int16_t *kiv_resampled(void);
 /* ---- keys --------------------------------------------------------------------------------------------- */
 
 /* A key of the host's keyboard by its virtual-key code (0x41 A, 0x0D return, 0x70 F1 ...), `down` 1 or 0.
- * Codes that stand for no key of the machine do nothing. */
+ * 0x100 + row * 8 + bit is a key of the machine by its place, rows 0-10. A key that is pressed and released
+ * at once stays down until the machine has seen it. Codes that stand for no key of the machine do nothing. */
 KIV_API void kiv_key(uint32_t virtual_key, int32_t down);
 
-/* A key of the machine: row 0-11 (port), bit 0-7. */
+/* A key of the machine, row 0-11 (port), bit 0-7, at once. */
 KIV_API kiv_result kiv_matrix_key(uint32_t row, uint32_t bit, int32_t down);
 KIV_API uint32_t kiv_matrix_row(uint32_t row); /* as the port shows it: a 0 bit is a key held down */
 KIV_API void kiv_release_keys(void);

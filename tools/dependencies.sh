@@ -11,8 +11,9 @@ test_packages="libgtest-dev libbenchmark-dev xvfb xdotool openbox"
 # For the page; and for its test, beside npm's playwright-core.
 web_packages="clang lld wasi-libc libc++-14-dev-wasm32 libclang-rt-14-dev-wasm32"
 page_test_packages="chromium nodejs"
-# For the libretro core.
+# For the libretro core; and for its test in RetroArch, 600 MB installed.
 libretro_packages="retroarch-dev"
+front_end_test_packages="retroarch"
 # For cpack and packaging/check.
 package_packages="dpkg-dev file lintian desktop-file-utils appstream pkg-config python3"
 # For tests/portable/run s390x.

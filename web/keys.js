@@ -70,65 +70,109 @@ export class Keys {
 
   releaseAll() {
     this.held.clear();
+    this.onrelease?.(); // the keyboard on the screen
     this.machine.releaseKeys();
   }
 }
 
-// ---- the machine's keyboard on the screen: [label, virtual key, class]
+// ---- the machine's keyboard on the screen: [label, row, bit, what Shift makes of it, class]
+
+const letters = {
+  A: [2, 1], B: [2, 2], C: [2, 3], D: [2, 4], E: [2, 5], F: [2, 6], G: [2, 7], H: [3, 0], I: [3, 1], J: [3, 2], K: [3, 3], L: [3, 4], M: [3, 5],
+  N: [3, 6], O: [3, 7], P: [4, 0], Q: [4, 1], R: [4, 2], S: [4, 3], T: [4, 4], U: [4, 5], V: [4, 6], W: [4, 7], X: [5, 0], Y: [5, 1], Z: [5, 2],
+};
+const keysOf = (text) => [...text].map((c) => [c, ...letters[c]]);
+const digits = [...'1234567'].map((c, i) => [c, 6, i + 1, '!"#$%&\''[i]]);
+const functions = [1, 2, 3, 4, 5].map((i) => [`F${i}`, 9, i]);
+const PAD = 'pad'; // not a key: changes to the ten-key and back, where there is no room for both
 
 const board = [
-  [['STOP', 0x08], ['F1', 0x70], ['F2', 0x71], ['F3', 0x72], ['F4', 0x73], ['F5', 0x74], ['HOME', 0x24], ['INS', 0x2D], ['↑', 0x26], ['↓', 0x28], ['←', 0x25], ['→', 0x27]],
-  [['ESC', 0x1B], ...[...'1234567890'].map((c) => [c, c.charCodeAt(0)]), ['-', 0xBD], ['^', 0xDE], ['¥', 0xDC], ['DEL', 0x2E]],
-  [['TAB', 0x09, 'wide'], ...[...'QWERTYUIOP'].map((c) => [c, c.charCodeAt(0)]), ['@', 0xC0], ['[', 0xDB], ['RETURN', 0x0D, 'wide']],
-  [['CTRL', 0x11, 'wide'], ...[...'ASDFGHJKL'].map((c) => [c, c.charCodeAt(0)]), [';', 0xBB], [':', 0xBA], [']', 0xDD]],
-  [['SHIFT', SHIFT, 'wide'], ...[...'ZXCVBNM'].map((c) => [c, c.charCodeAt(0)]), [',', 0xBC], ['.', 0xBE], ['/', 0xBF], ['_', 0xE2], ['SHIFT', SHIFT]],
-  [['カナ', 0x1C], ['GRPH', 0x1D], ['', 0x20, 'space'], ...[...'789456'].map((c) => [`⌗${c}`, 0x60 + Number(c)])],
-  [...[...'1230'].map((c) => [`⌗${c}`, 0x60 + Number(c)]), ['⌗*', 0x6A], ['⌗+', 0x6B], ['⌗.', 0x6E]],
+  [['STOP', 9, 0], ...functions, ['COPY', 10, 4], ['HELP', 10, 3], ['↑', 8, 1], ['↓', 10, 1], ['←', 10, 2], ['→', 8, 2]],
+  [['ESC', 9, 7], ...digits, ['8', 7, 0, '('], ['9', 7, 1, ')'], ['0', 6, 0], ['-', 5, 7, '='], ['^', 5, 6, '~'], ['¥', 5, 4, '|'], ['DEL', 8, 3, 'INS']],
+  [['TAB', 10, 0, '', 'wide'], ...keysOf('QWERTYUIOP'), ['@', 2, 0, '`'], ['[', 5, 3, '{'], ['RETURN', 1, 7, '', 'wide']],
+  [['CTRL', 8, 7], ['CAPS', 10, 7], ...keysOf('ASDFGHJKL'), [';', 7, 3, '+'], [':', 7, 2, '*'], [']', 5, 5, '}']],
+  [['SHIFT', 8, 6, '', 'wide'], ...keysOf('ZXCVBNM'), [',', 7, 4, '<'], ['.', 7, 5, '>'], ['/', 7, 6, '?'], ['_', 7, 7], ['SHIFT', 8, 6, '', 'wide']],
+  [['カナ', 8, 5], ['GRPH', 8, 4], ['', 9, 6, '', 'space'], ['HOME', 8, 0, 'CLR'], ['123', PAD]],
 ];
-const sticky = new Set([SHIFT, 0x11, 0x1D]);
+const pad = [
+  [['7', 0, 7], ['8', 1, 0], ['9', 1, 1], ['/', 10, 6]],
+  [['4', 0, 4], ['5', 0, 5], ['6', 0, 6], ['*', 1, 2]],
+  [['1', 0, 1], ['2', 0, 2], ['3', 0, 3], ['-', 10, 5]],
+  [['0', 0, 0], [',', 1, 5], ['.', 1, 6], ['+', 1, 3]],
+  [['ABC', PAD], ['=', 1, 4], ['RETURN', 1, 7, '', 'wide']],
+];
+const untilNext = new Set(['SHIFT', 'CTRL', 'GRPH']), turning = new Set(['CAPS', 'カナ']);
 
-// A touch on SHIFT, CTRL or GRPH holds it for the next key.
+// SHIFT, CTRL and GRPH are held for the next key, CAPS and カナ until they are touched again. Returns what lets all of them go.
 export function buildKeyboard(place, machine, names) {
-  const waiting = new Map();
-  for (const keys of board) {
-    const row = place.appendChild(document.createElement('div'));
-    row.className = 'row';
-    for (const [label, key, kind] of keys) {
-      const button = row.appendChild(document.createElement('button'));
-      button.type = 'button';
-      button.textContent = label;
-      if (kind) button.className = kind;
-      if (key === 0x20) button.setAttribute('aria-label', names('space'));
-      const press = (down) => {
-        button.classList.toggle('down', down);
-        machine.key(key, down);
-      };
-      const begin = () => {
-        if (!sticky.has(key)) press(true);
-        else if (waiting.delete(key)) press(false);
-        else {
-          waiting.set(key, press);
-          press(true);
-        }
-      };
-      const end = () => {
-        if (sticky.has(key)) return;
-        press(false);
-        for (const release of waiting.values()) release(false);
-        waiting.clear();
-      };
-      button.addEventListener('pointerdown', (event) => {
-        event.preventDefault();
-        button.setPointerCapture(event.pointerId);
-        begin();
-      });
-      for (const name of ['pointerup', 'pointercancel']) button.addEventListener(name, end);
-      button.addEventListener('keydown', (event) => {
-        if ((event.key === 'Enter' || event.key === ' ') && !event.repeat) begin();
-      });
-      button.addEventListener('keyup', (event) => { if (event.key === 'Enter' || event.key === ' ') end(); });
+  const held = new Map(); // label -> [its buttons, row, bit]
+  const buttons = new Map();
+  const hold = (label, row, bit, on) => {
+    if (on) held.set(label, [row, bit]); else held.delete(label);
+    for (const button of buttons.get(label)) {
+      button.classList.toggle('down', on);
+      button.setAttribute('aria-pressed', String(on));
+    }
+    if (label === 'SHIFT') place.classList.toggle('shifted', on);
+    machine.placeKey(row, bit, on);
+  };
+  const letGo = (all) => {
+    for (const [label, [row, bit]] of [...held]) if (all || untilNext.has(label)) hold(label, row, bit, false);
+  };
+
+  const addKey = (into, [label, row, bit, shifted, kind]) => {
+    const button = into.appendChild(document.createElement('button'));
+    button.type = 'button';
+    button.textContent = label;
+    button.className = `${kind ?? ''} ${label.length > 2 || label === 'カナ' ? 'word' : ''}`;
+    if (shifted) button.dataset.shifted = shifted;
+    if (label === '') {
+      button.dataset.label = 'space';
+      button.setAttribute('aria-label', names('space'));
+    }
+    if (row === PAD) {
+      button.classList.add('turns');
+      return button.addEventListener('click', () => place.classList.toggle('pad'));
+    }
+    const holds = untilNext.has(label) || turning.has(label);
+    if (holds) {
+      buttons.set(label, [...buttons.get(label) ?? [], button]);
+      button.setAttribute('aria-pressed', 'false');
+    }
+    let down = false;
+    const press = (on) => {
+      down = on;
+      button.classList.toggle('down', on);
+      machine.placeKey(row, bit, on);
+    };
+    const begin = () => { if (holds) hold(label, row, bit, !held.has(label)); else press(true); };
+    const end = () => {
+      if (!down) return;
+      press(false);
+      letGo(false);
+    };
+    button.addEventListener('pointerdown', (event) => {
+      event.preventDefault();
+      button.setPointerCapture(event.pointerId);
+      begin();
+    });
+    for (const name of ['pointerup', 'pointercancel', 'blur']) button.addEventListener(name, end);
+    button.addEventListener('keydown', (event) => {
+      if ((event.key === 'Enter' || event.key === ' ') && !event.repeat) begin();
+    });
+    button.addEventListener('keyup', (event) => { if (event.key === 'Enter' || event.key === ' ') end(); });
+  };
+
+  for (const [rows, name] of [[board, 'main'], [pad, 'tenkey']]) {
+    const block = place.appendChild(document.createElement('div'));
+    block.className = name;
+    for (const keys of rows) {
+      const row = block.appendChild(document.createElement('div'));
+      row.className = 'row';
+      for (const key of keys) addKey(row, key);
     }
   }
+  return () => letGo(true);
 }
 
 // ---- gamepads: the standard layout's buttons

@@ -7,18 +7,30 @@ export const ROM = { '8801-zun.rom': 0, '8801-kiv.rom': 1, '8801-4th.rom': 2 };
 
 export class MachineError extends Error {}
 
+// Compressed as a file, for few static servers compress by themselves; some say so, and then the browser has unpacked it.
+async function unpacked(stream) {
+  const reader = stream.getReader();
+  let { value, done } = await reader.read();
+  const packed = value?.[0] === 0x1F;
+  const whole = new ReadableStream({
+    async pull(controller) {
+      if (done) return controller.close();
+      controller.enqueue(value);
+      ({ value, done } = await reader.read());
+    },
+    cancel: (reason) => reader.cancel(reason),
+  });
+  return packed ? whole.pipeThrough(new DecompressionStream('gzip')) : whole;
+}
+
 export class Machine {
-  // Loads the program; the machine is not powered on yet.
+  // Loads the program; the machine is not powered on yet. It is compiled while it arrives.
   static async load(url) {
     // The C library asks for a few services of a host that no call of the machine ever needs: all of them say no.
     const refuse = new Proxy({}, { get: () => () => 52 });
     const answer = await fetch(url);
     if (!answer.ok) throw new MachineError(`${url}: ${answer.status}`);
-    // Compressed as a file, for few static servers compress by themselves; some say so, and then the browser has unpacked it.
-    const bytes = new Uint8Array(await answer.arrayBuffer());
-    const whole = new Blob([bytes]).stream();
-    const stream = bytes[0] === 0x1F ? whole.pipeThrough(new DecompressionStream('gzip')) : whole;
-    const program = new Response(stream, { headers: { 'Content-Type': 'application/wasm' } });
+    const program = new Response(await unpacked(answer.body), { headers: { 'Content-Type': 'application/wasm' } });
     const { instance } = await WebAssembly.instantiateStreaming(program, { wasi_snapshot_preview1: refuse, env: refuse });
     instance.exports._initialize?.();
     return new Machine(instance.exports);
@@ -83,6 +95,12 @@ export class Machine {
   get stopAddress() { return this.c.kiv_stop_address(); }
 
   pixels() { return this.bytes(this.c.kiv_pixels(), WIDTH * HEIGHT * 4); } // blue, green, red, 0
+  // The same for a canvas: red, green, blue, opaque, and which lines are not what they were at the last call.
+  picture() {
+    const pixels = new Uint8ClampedArray(this.c.memory.buffer, this.c.page_picture(), WIDTH * HEIGHT * 4);
+    return { pixels, first: this.c.page_first_line(), end: this.c.page_end_line() };
+  }
+
   samples() { return new Int16Array(this.c.memory.buffer, this.c.kiv_resampled(), this.c.kiv_resampled_count()); }
   setRate(rate) { this.check(this.c.kiv_set_sample_rate(rate)); }
   setSetting(key, value) { this.lendText(key, (at) => this.check(this.c.kiv_set_setting(at, value))); }
@@ -97,7 +115,7 @@ export class Machine {
   }
 
   key(virtualKey, down) { this.c.kiv_key(virtualKey, down ? 1 : 0); }
-  matrixKey(row, bit, down) { this.c.kiv_matrix_key(row, bit, down ? 1 : 0); }
+  placeKey(row, bit, down) { this.key(0x100 + row * 8 + bit, down); }
   matrixRow(row) { return this.c.kiv_matrix_row(row); }
   releaseKeys() { this.c.kiv_release_keys(); }
   type(text) { this.lendText(text, (at) => this.check(this.c.kiv_type(at))); }

@@ -63,7 +63,7 @@ function draw() {
   requestAnimationFrame(draw);
   readGamepads(machine);
   advance();
-  screen.show(machine.pixels());
+  screen.show(machine.picture());
   speak();
 }
 
@@ -111,6 +111,11 @@ function applyMachineSettings() {
 // Runs until BASIC has said Ok, so that what is typed arrives.
 function waitForBasic() {
   for (let i = 0; i < 300 && !machine.screenText().includes('Ok'); i++) machine.runFrame();
+}
+
+// Runs through the quarter of a second in which the screen is still dark.
+function waitForTitle() {
+  for (let i = 0; i < 30 && machine.screenText().trim() === ''; i++) machine.runFrame();
 }
 
 // A listing is loaded through the deck; RUN is typed when all of it is read, for BASIC does not listen meanwhile.
@@ -171,8 +176,8 @@ async function saveState(slot) {
   await putState(slot, { bytes: machine.save(), time: Date.now(), pixels: machine.pixels().slice(), roms });
 }
 
-async function loadState(slot) {
-  const state = await getState(slot);
+async function loadState(slot, found = getState(slot)) {
+  const state = await found;
   if (!state) return false;
   if (JSON.stringify(state.roms?.map(([s, b]) => [s, b.length])) !== JSON.stringify(roms?.map(([s, b]) => [s, b.length]))) {
     roms = state.roms;
@@ -289,7 +294,7 @@ async function paste(text) {
 const settingRows = [
   ['language', Object.entries(languages), (value) => { setLanguage(value); buildSettings(); buildHelp(); }],
   ['aspect', [['4:3', 'monitor43'], ['square', 'square']], (value) => { screen.aspect = value === '4:3' ? 4 / 3 : 1.6; screen.fit(); }],
-  ['lines', [[false, 'off'], [true, 'on']], (value) => { screen.lines = value; }],
+  ['lines', [[false, 'off'], [true, 'on']], (value) => { screen.lines = value; screen.fit(); }],
   ['layout', [['place', 'place'], ['character', 'character']], (value) => { keys.byCharacter = value === 'character'; }],
   ['arrows', [['tenkey', 'tenkey'], ['cursor', 'cursor']], () => applyMachineSettings()],
   ['sound', [[true, 'on'], [false, 'off']], (value) => sound.switch(value)],
@@ -401,7 +406,8 @@ function listen() {
 
 // ---- the start
 
-async function begin(address) {
+// What an address asks for; else what was left, which is being looked for meanwhile.
+async function begin(address, left) {
   const wanted = address.searchParams;
   if (wanted.has('bas')) return loadListing(await unpack(wanted.get('bas')));
   if (wanted.has('tape')) {
@@ -412,31 +418,34 @@ async function begin(address) {
     machine.insertTape(new Uint8Array(await answer.arrayBuffer()));
     return tell(say('loaded', tape.pathname.split('/').pop()));
   }
-  await loadState(0);
+  if (!(await loadState(0, left))) waitForTitle();
 }
 
 async function start() {
+  const loading = Machine.load('kiv.wasm.gz'), left = getState(0);
+  left.catch(() => {}); // told when it is asked for
   setLanguage(settings.language);
-  machine = await Machine.load('kiv.wasm.gz');
   screen = new Screen($('screen'), $('machine'));
   sound = new Sound();
   sound.on = settings.sound;
   sound.onwant = advance; // also while the page is hidden and gets no animation frames
+  buildHelp();
+  machine = await loading;
   keys = new Keys(machine);
   boot();
-  buildKeyboard($('keyboard'), machine, say);
+  keys.onrelease = buildKeyboard($('keyboard'), machine, say);
   buildSettings();
-  buildHelp();
   for (const [name, , apply] of settingRows) if (name !== 'language') apply(settings[name]);
   listen();
   try {
-    await begin(new URL(location.href));
+    await begin(new URL(location.href), left);
   } catch (error) {
     tell(say('failed', 'Kiv', error.message));
   }
   if (matchMedia('(pointer: coarse)').matches) $('keys').click();
   $('machine').focus();
   draw();
+  requestAnimationFrame(() => requestAnimationFrame(() => performance.mark('first picture')));
   globalThis.kiv = { machine, sound, screen }; // for whoever wants to look inside
   navigator.serviceWorker?.register('service-worker.js');
 }

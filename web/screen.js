@@ -1,5 +1,6 @@
-// The picture on a canvas: sharp at any size, 4:3 or square pixels, scan lines. WebGL 2 where it is there, else a plain
-// 2D canvas, which shows the same without scan lines.
+// The picture on a canvas: sharp at any size, 4:3 or square pixels, scan lines. WebGL 2 where a GPU draws it; else a plain
+// canvas of the machine's pixels that the style sheet scales, for what a processor draws in WebGL's place takes longer than
+// the machine.
 import { WIDTH, HEIGHT } from './machine.js';
 
 const vertex = `#version 300 es
@@ -20,7 +21,7 @@ void main() {
   vec2 p = at * size;
   vec2 whole = floor(p), part = p - whole;
   vec2 sharp = clamp(part * scale, 0.0, 0.5) + clamp((part - 1.0) * scale + 0.5, 0.0, 0.5);
-  vec3 c = texture(picture, (whole + sharp) / size).bgr;
+  vec3 c = texture(picture, (whole + sharp) / size).rgb;
   float dark = lines * (0.5 - 0.5 * cos(p.y * 3.14159265));
   colour = vec4(c * (1.0 - 0.5 * dark), 1.0);
 }`;
@@ -32,26 +33,47 @@ function compile(gl, kind, source) {
   return shader;
 }
 
+// Browsers are asked to refuse this, but not all of them do.
+function drawnByProcessor(gl) {
+  const named = gl.getExtension('WEBGL_debug_renderer_info');
+  return /swiftshader|llvmpipe|softpipe|software|basic render/i.test(gl.getParameter(named ? named.UNMASKED_RENDERER_WEBGL : gl.RENDERER));
+}
+
 export class Screen {
   constructor(canvas, place) {
     this.canvas = canvas;
     this.place = place;
     this.aspect = 4 / 3;
     this.lines = false;
+    this.last = null;  // the picture, as machine.js gives it
     this.begin();
-    canvas.addEventListener('webglcontextlost', (event) => event.preventDefault());
-    canvas.addEventListener('webglcontextrestored', () => this.beginGl());
+    this.canvas.addEventListener('webglcontextlost', (event) => event.preventDefault());
+    this.canvas.addEventListener('webglcontextrestored', () => {
+      this.beginGl();
+      this.showAll();
+    });
     new ResizeObserver(() => this.fit()).observe(place);
     this.fit();
   }
 
   begin() {
-    this.gl = this.canvas.getContext('webgl2', { alpha: false, antialias: false, preserveDrawingBuffer: true });
-    if (this.gl) this.beginGl();
-    if (!this.gl) {
-      this.plain = this.canvas.getContext('2d', { alpha: false });
-      this.source = new OffscreenCanvas(WIDTH, HEIGHT);
-    }
+    this.gl = this.canvas.getContext('webgl2', { alpha: false, antialias: false, preserveDrawingBuffer: true, failIfMajorPerformanceCaveat: true });
+    if (this.gl && drawnByProcessor(this.gl)) this.withoutGl();
+    if (this.gl) return this.beginGl();
+    this.canvas.width = WIDTH;
+    this.canvas.height = HEIGHT;
+    this.plain = this.canvas.getContext('2d', { alpha: false, willReadFrequently: true });
+    this.shade = this.place.insertBefore(document.createElement('div'), this.canvas.nextSibling);
+    this.shade.className = 'lines';
+  }
+
+  // A canvas that had one kind of context gets no other: another one takes its place.
+  withoutGl() {
+    this.gl.getExtension('WEBGL_lose_context')?.loseContext();
+    this.gl = null;
+    const fresh = this.canvas.cloneNode();
+    this.canvas.replaceWith(fresh);
+    this.canvas = fresh;
   }
 
   beginGl() {
@@ -82,38 +104,47 @@ export class Screen {
       const times = Math.floor(width / WIDTH);
       if (times * WIDTH > 0.9 * width) [width, height] = [times * WIDTH, times * HEIGHT];
     }
-    this.canvas.width = Math.max(1, Math.round(width));
-    this.canvas.height = Math.max(1, Math.round(height));
-    this.canvas.style.width = `${this.canvas.width / ratio}px`;
-    this.canvas.style.height = `${this.canvas.height / ratio}px`;
-    if (this.last) this.show(this.last);
+    width = Math.max(1, Math.round(width));
+    height = Math.max(1, Math.round(height));
+    const { style } = this.canvas;
+    style.width = `${width / ratio}px`;
+    style.height = `${height / ratio}px`;
+    if (this.gl) {
+      this.canvas.width = width;
+      this.canvas.height = height;
+    } else {
+      style.imageRendering = width % WIDTH === 0 && height % HEIGHT === 0 ? 'pixelated' : 'auto';
+      this.shade.hidden = !this.lines || height < HEIGHT;
+      this.shade.style.width = style.width;
+      this.shade.style.height = style.height;
+      this.shade.style.backgroundSize = `100% ${2 * height / ratio / HEIGHT}px`;
+    }
+    this.showAll();
   }
 
-  // Pixels: blue, green, red, 0.
-  show(pixels) {
-    this.last = pixels;
-    if (this.gl) this.showGl(pixels);
-    else this.showPlain(pixels);
+  // What machine.picture() gives; only lines that have changed are handed on.
+  show(picture) {
+    this.last = picture;
+    if (picture.end > picture.first) this.showLines(picture.first, picture.end);
   }
 
-  showGl(pixels) {
-    const gl = this.gl;
+  showAll() { if (this.last) this.showLines(0, HEIGHT); }
+
+  showLines(first, end) {
+    const { pixels } = this.last;
+    if (pixels.length === 0) return; // the machine's memory has moved; the next picture comes with the next frame
+    if (this.plain) return this.plain.putImageData(new ImageData(pixels, WIDTH, HEIGHT), 0, 0, 0, first, WIDTH, end - first);
+    const { gl } = this;
     if (gl.isContextLost()) return;
     gl.viewport(0, 0, this.canvas.width, this.canvas.height);
-    gl.texSubImage2D(gl.TEXTURE_2D, 0, 0, 0, WIDTH, HEIGHT, gl.RGBA, gl.UNSIGNED_BYTE, pixels);
+    gl.texSubImage2D(gl.TEXTURE_2D, 0, 0, first, WIDTH, end - first, gl.RGBA, gl.UNSIGNED_BYTE, pixels.subarray(first * WIDTH * 4, end * WIDTH * 4));
     gl.uniform2f(this.scale, this.canvas.width / WIDTH, this.canvas.height / HEIGHT);
     gl.uniform1f(this.linesAt, this.lines && this.canvas.height >= HEIGHT ? 1 : 0);
     gl.drawArrays(gl.TRIANGLE_STRIP, 0, 4);
   }
-
-  showPlain(pixels) {
-    this.source.getContext('2d').putImageData(toImage(pixels), 0, 0);
-    this.plain.imageSmoothingEnabled = this.canvas.width % WIDTH !== 0;
-    this.plain.drawImage(this.source, 0, 0, this.canvas.width, this.canvas.height);
-  }
 }
 
-// A picture of its own, as red, green, blue, opaque.
+// A picture to keep: from blue, green, red, 0 to red, green, blue, opaque.
 export function toImage(pixels) {
   const image = new ImageData(WIDTH, HEIGHT);
   const from = new Uint32Array(pixels.buffer, pixels.byteOffset, WIDTH * HEIGHT), to = new Uint32Array(image.data.buffer);

@@ -2,7 +2,13 @@
 // machine makes samples follows the queue's fill: too full, a little less; too empty, a little more. At most half a per cent,
 // which nobody hears, and never by dropping or repeating samples.
 
-const TARGET = 0.06;    // seconds that wait in the queue
+//
+// How much waits in the queue follows the host: where it ran dry, the page is held up for longer than what had waited, so more
+// waits from then on, and after a while without trouble a little less again.
+
+const LEAST = 0.06, MOST = 0.2;     // seconds that wait in the queue
+const MORE = 0.03;                  // seconds more after an underrun
+const LESS = 0.005, PATIENCE = 60;  // seconds less, after so many seconds without one
 const STRONGEST = 0.005;
 
 export class Sound {
@@ -11,6 +17,8 @@ export class Sound {
     this.fill = 0;      // seconds, as the worklet last said, and what was sent since
     this.on = true;
     this.underruns = 0;
+    this.target = LEAST;
+    this.quietSince = 0; // seconds of the context
   }
 
   // Needs a gesture of the person. True when sound runs.
@@ -25,7 +33,7 @@ export class Sound {
       this.node = new AudioWorkletNode(this.context, 'kiv-queue', { numberOfInputs: 0, outputChannelCount: [1] });
       this.node.port.onmessage = ({ data }) => {
         this.fill = data.waiting / this.context.sampleRate;
-        this.underruns = data.underruns;
+        this.adapt(data.underruns);
         this.onwant?.();
       };
       this.gain = new GainNode(this.context, { gain: this.on ? 1 : 0 });
@@ -39,11 +47,20 @@ export class Sound {
   }
 
   get running() { return this.context?.state === 'running' && this.node !== undefined; }
-  get wants() { return this.fill < TARGET; }
+  get wants() { return this.fill < this.target; }
+
+  adapt(underruns) {
+    const now = this.context.currentTime;
+    if (underruns > this.underruns) this.target = Math.min(MOST, this.target + MORE);
+    else if (now - this.quietSince < PATIENCE) return;
+    else this.target = Math.max(LEAST, this.target - LESS);
+    this.underruns = underruns;
+    this.quietSince = now;
+  }
 
   // Samples a second that the machine is to make now.
   rate() {
-    const error = (TARGET - this.fill) / TARGET;
+    const error = (this.target - this.fill) / this.target;
     return this.context.sampleRate * (1 + STRONGEST * Math.max(-1, Math.min(1, error)));
   }
 

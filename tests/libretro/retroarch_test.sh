@@ -3,7 +3,10 @@
 # start, with rewind and run-ahead switched on. The picture after that is the one of a run without a break.
 #   retroarch_test.sh CORE INFO_FILE
 set -eu
-command -v retroarch >/dev/null || { echo "skipped: no retroarch"; exit 77; }
+command -v retroarch >/dev/null || {
+    echo "SKIPPED: RetroArch is not installed (Debian: retroarch), so the core was not tried in it"
+    exit 77
+}
 core=$1
 work=$(mktemp -d)
 trap 'rm -r "$work"' EXIT

@@ -14,7 +14,7 @@ try {
   ({ chromium } = await import(process.env.KIV_PLAYWRIGHT ?? 'playwright-core'));
   readFileSync(chromiumPath, { flag: 'r' });
 } catch (error) {
-  console.log(`skipped: ${error.message}`);
+  console.log(`SKIPPED: the page was not tried, for there is no Chromium or no playwright-core: ${error.message}`);
   process.exit(77);
 }
 
@@ -86,6 +86,70 @@ const tests = {
     }, expected);
     complaints.length = 0; // the page's policy forbids the data address, as it should
     assert.equal(different, 0);
+  },
+
+  // By a GPU, which a processor stands in for here, and without: a pixel of the canvas for one of the machine.
+  async 'the canvas shows the machine, however it is drawn'() {
+    for (const anyGl of [false, true]) {
+      const other = await context.newPage();
+      await other.addInitScript((any) => {
+        const plain = HTMLCanvasElement.prototype.getContext;
+        HTMLCanvasElement.prototype.getContext = function getContext(kind, options) {
+          return kind === 'webgl2' && !any ? null : plain.call(this, kind, { ...options, failIfMajorPerformanceCaveat: false });
+        };
+        // As if a GPU drew.
+        if (any) WebGL2RenderingContext.prototype.getExtension = () => null;
+      }, anyGl);
+      await other.goto(home);
+      await other.waitForFunction(() => globalThis.kiv?.machine.screenText().includes('Ok'), null, { timeout: 30000 });
+      const seen = await other.evaluate(() => {
+        const { machine, screen } = kiv;
+        document.getElementById('pause').click();
+        screen.place = { clientWidth: 640, clientHeight: 400 };
+        screen.aspect = 1.6;
+        screen.fit();
+        const count = () => {
+          screen.show(machine.picture());
+          const copy = new OffscreenCanvas(640, 400).getContext('2d');
+          copy.drawImage(screen.canvas, 0, 0);
+          const got = copy.getImageData(0, 0, 640, 400).data, wanted = machine.pixels();
+          let different = 0;
+          for (let i = 0; i < got.length; i += 4)
+            if (got[i] !== wanted[i + 2] || got[i + 1] !== wanted[i + 1] || got[i + 2] !== wanted[i]) different++;
+          return different;
+        };
+        const different = [count()];
+        machine.type('PRINT 1\n'); // only a few lines change
+        for (let i = 0; i < 60; i++) machine.runFrame();
+        return { gl: Boolean(screen.gl), different: [...different, count()], same: machine.picture().end };
+      });
+      assert.deepEqual(seen, { gl: anyGl, different: [0, 0], same: 0 });
+      await other.close();
+    }
+  },
+
+  async 'a phone, upright and lying'() {
+    for (const [width, height, least] of [[390, 844, 380], [844, 390, 400], [320, 568, 300]]) {
+      const phone = await browser.newContext({ viewport: { width, height }, isMobile: true, hasTouch: true, locale: 'en-GB' });
+      const held = await phone.newPage();
+      await held.goto(home);
+      await held.waitForFunction(() => globalThis.kiv?.machine.screenText().includes('Ok'), null, { timeout: 30000 });
+      const sizes = await held.evaluate(() => {
+        const keys = [...document.querySelectorAll('#keyboard button')].filter((b) => b.offsetWidth).map((b) => b.getBoundingClientRect());
+        return { picture: document.getElementById('screen').getBoundingClientRect().width, keys: keys.length, scrolls: document.documentElement.scrollWidth > innerWidth,
+          outside: keys.filter((k) => k.left < 0 || k.right > innerWidth || k.bottom > innerHeight + 0.5).length, lowest: Math.min(...keys.map((k) => k.height)) };
+      });
+      assert.ok(sizes.picture >= least && sizes.keys > 60 && sizes.outside === 0 && !sizes.scrolls && sizes.lowest >= 36, `${width} x ${height}: ${JSON.stringify(sizes)}`);
+      const tap = async (label) => {
+        await held.locator('#keyboard button:visible', { hasText: new RegExp(`^${label}$`) }).first().tap();
+        await held.waitForFunction((frame) => kiv.machine.frames > frame + 6, await held.evaluate(() => kiv.machine.frames));
+      };
+      for (const label of ['SHIFT', '/', '6', 'SHIFT', ':', '123', '7', 'RETURN', 'ABC']) await tap(label);
+      await held.waitForFunction(() => kiv.machine.screenText().includes('\n 42\n'), null, { timeout: 30000 }).catch(async () =>
+        assert.fail(`${width} x ${height}:\n${await held.evaluate(() => kiv.machine.screenText())}`));
+      if (process.env.KIV_PAGE_PICTURES) await held.screenshot({ path: join(process.env.KIV_PAGE_PICTURES, `page-${width}x${height}.png`) });
+      await phone.close();
+    }
   },
 
   async 'what is typed arrives'() {
