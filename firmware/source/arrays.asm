@@ -6,7 +6,7 @@
 ;   array_element       HL at a symbol's address behind an array's token: DE = address of the element, A = kind, HL
 ;                       behind the parenthesis
 ;   array_element_next  the same with DE = symbol, HL behind it
-;   do_dim do_erase do_option
+;   do_dim do_erase
 ; An array that was not dimensioned gets 11 elements in each dimension.
 
 DIMENSIONS      EQU 8
@@ -542,13 +542,3 @@ _next:  LD DE,(arrays_end)
         DEC HL
         ADD HL,DE
         JR _next
-
-; OPTION BASE 0 or 1: both are taken, element 0 is always there.
-do_option:
-        CALL expect
-        DEFB TOK_BASE
-        CALL eval_byte
-        CP 2
-        JP NC,illegal_call
-        LD (option_base),A
-        RET

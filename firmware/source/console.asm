@@ -166,7 +166,7 @@ row_flush_other:
         LD A,(dirty_row)
         CP D
         RET Z
-        JP row_flush
+        JR row_flush
 
 ; The cell at row D, column E of 80 takes the attribute console_ink.
 console_paint:
@@ -221,7 +221,7 @@ _same:  ; and
         IF NBASIC
         RET
         ELSE
-        JP cells_close
+        JR cells_close
         ENDIF
 
 ; HL = where the cells of row D are read and written, until cells_close. Keeps BC, DE.

@@ -721,7 +721,7 @@ _found: LD A,(HL)
         CP ","
         RET NZ
         INC HL
-        JP next_variable
+        JR next_variable
 
 ; Moves on over one token, into following lines, too: A = it, HL behind it; carry at the end of the program.
 ; D is kept.
@@ -1069,7 +1069,7 @@ _found: INC HL
         LD A,(stop_flag)
         OR A
         RET Z
-        JP stop_pressed_at
+        JR stop_pressed_at
 _end:   POP DE
         LD (line_pointer),DE
         POP AF
@@ -1170,7 +1170,7 @@ do_cont:
 do_run: JR Z,_first
         LD A,(HL)
         CP 22h
-        JP Z,do_load_run
+        JR Z,do_load_run
         CALL line_target
         PUSH DE
         CALL run_reset
@@ -1232,7 +1232,8 @@ _type:  LD A,(HL)
         RET Z
         JP types_apply
 
-do_new: CALL program_clear
+do_new: JP NZ,syntax_error    ; NEWS is no reason to lose a program
+        CALL program_clear
         JP ready
 
 ; CLEAR [ignored] [,top of memory + 1]

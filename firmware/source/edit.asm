@@ -3,6 +3,7 @@
 ;   do_auto         [line[,step]]: gives the numbers; an empty line or STOP ends it
 ;   do_delete       line, line-line, line- or -line
 ;   do_edit         line: shows it with the cursor in it
+;   do_tron do_troff do_option
 ;   edit_line_number  HL at a line number or a step: DE = it, HL behind it, A and Z as this_char
 ;   edit_take_line  LINE_TEXT, a numbered line, into the program; carry: it has no number
 
@@ -178,3 +179,23 @@ _row:   SUB B
 _first: LD D,C
         CALL console_locate
         JP direct_mode
+
+; Small statements that find no room below.
+do_tron:
+        LD A,1
+        JR trace_set
+do_troff:
+        XOR A
+trace_set:
+        LD (trace_flag),A
+        RET
+
+; OPTION BASE 0 or 1: both are taken, element 0 is always there.
+do_option:
+        CALL expect
+        DEFB TOK_BASE
+        CALL eval_byte
+        CP 2
+        JP NC,illegal_call
+        LD (option_base),A
+        RET

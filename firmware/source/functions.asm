@@ -747,10 +747,10 @@ float_power:
         CP 8
         JR C,_multiplied
         CP 32
-        JP NC,_general
+        JR NC,_general
         LD A,(function_base)
         OR A
-        JP NZ,_general
+        JR NZ,_general
 _multiplied:
         LD A,C
         LD (function_quadrant),A

@@ -211,7 +211,7 @@ help_hint:
 help_unknown:
         DEFB "No such word. HELP alone lists them.",0
 
-; Phrases.
+; Phrases. They may hold others.
 H_XY            EQU 2
 H_LINE          EQU 3
 H_N             EQU 4
@@ -224,56 +224,73 @@ H_MORE          EQU 10
 H_VARIABLE      EQU 11
 H_FALSE         EQU 12
 H_VALUE         EQU 13
+H_OPEN          EQU 14
+H_COMMA         EQU 15
+H_QUOTED        EQU 16
+H_TEXT          EQU 17
+H_A_S           EQU 18
+H_DEF           EQU 19
+H_LINE_OR_NOT   EQU 20
+H_OR            EQU 21
+H_SWITCH        EQU 22
 help_phrases:
         DEFB "(x,y",")"+80h
         DEFB "lin","e"+80h
         DEFB "(n",")"+80h
-        DEFB "(a$",")"+80h
-        DEFB "[,colour","]"+80h
-        DEFB " [\"name\"","]"+80h
+        DEFB "(",H_A_S,")"+80h
+        DEFB H_COMMA,"colour","]"+80h
+        DEFB H_OPEN,H_QUOTED,"]"+80h
         DEFB "addres","s"+80h
         DEFB "statement","s"+80h
-        DEFB "[,...","]"+80h
+        DEFB H_COMMA,"...","]"+80h
         DEFB "variabl","e"+80h
         DEFB "conditio","n"+80h
         DEFB "valu","e"+80h
+        DEFB " ","["+80h
+        DEFB "[",","+80h
+        DEFB "\"name",022h+80h
+        DEFB "tex","t"+80h
+        DEFB "a","$"+80h
+        DEFB " DE","F"+80h
+        DEFB H_OPEN,H_LINE,"]"+80h
+        DEFB "o","r"+80h
+        DEFB "ON|OF","F"+80h
 
 help_texts:
         DEFB 1,"Progra","m"+80h
-        DEFB "RUN [",H_LINE,"]"+80h
-        DEFB "LIST [",H_LINE,"][-[",H_LINE,"]","]"+80h
+        DEFB "RUN",H_OPEN,H_LINE,"|",H_QUOTED,"]"+80h
+        DEFB "LIST",H_LINE_OR_NOT,"[-[",H_LINE,"]","]"+80h
         DEFB "NE","W"+80h
-        DEFB "AUTO [",H_LINE,"[,step]","]"+80h
-        DEFB "RENUM [new[,old[,step]]","]"+80h
-        DEFB "DELETE [",H_LINE,"]-[",H_LINE,"]"+80h
+        DEFB "AUTO",H_OPEN,H_LINE,H_COMMA,"step]","]"+80h
+        DEFB "RENUM",H_OPEN,"new",H_COMMA,"old",H_COMMA,"step]]","]"+80h
+        DEFB "DELETE",H_LINE_OR_NOT,"-[",H_LINE,"]"+80h
         DEFB "EDIT ",H_LINE+80h
         DEFB "CON","T"+80h
-        DEFB "CLEA","R"+80h
-        DEFB "REM text  or  ' tex","t"+80h
+        DEFB "CLEAR",H_OPEN,",",H_ADDRESS,"]"+80h
+        DEFB "REM ",H_TEXT,"  ",H_OR,"  ' ",H_TEXT+80h
         DEFB "TRO","N"+80h
         DEFB "TROF","F"+80h
         DEFB 1,"Tap","e"+80h
-        DEFB "CSAVE \"name",022h+80h
+        DEFB "CSAVE ",H_QUOTED+80h
         DEFB "CLOAD",H_NAME," (CLOAD? compares",")"+80h
-        DEFB "SAVE \"name",022h+80h
+        DEFB "SAVE ",H_QUOTED+80h
         DEFB "LOAD",H_NAME+80h
         DEFB "MERGE",H_NAME+80h
-        DEFB "BSAVE \"name\",",H_ADDRESS,",bytes[,start","]"+80h
-        DEFB "BLOAD",H_NAME,"[,R","]"+80h
-        DEFB "MOTOR [ON|OFF","]"+80h
+        DEFB "BSAVE ",H_QUOTED,",",H_ADDRESS,",bytes",H_COMMA,"start","]"+80h
+        DEFB "BLOAD",H_NAME,H_COMMA,"R","]"+80h
+        DEFB "MOTOR",H_OPEN,H_SWITCH,"]"+80h
         DEFB 1,"Flo","w"+80h
         DEFB "GOTO ",H_LINE+80h
         DEFB "GOSUB ",H_LINE+80h
-        DEFB "RETURN [",H_LINE,"]"+80h
-        DEFB "IF ",H_FALSE," THEN ",H_STATEMENTS," [ELSE ",H_STATEMENTS,"]"+80h
-        DEFB "FOR ",H_VARIABLE,"=first TO last [STEP n","]"+80h
-        DEFB "NEXT [",H_VARIABLE,H_MORE,"]"+80h
+        DEFB "RETURN",H_LINE_OR_NOT+80h
+        DEFB "IF ",H_FALSE," THEN ",H_STATEMENTS,H_OPEN,"ELSE ",H_STATEMENTS,"]"+80h
+        DEFB "FOR ",H_VARIABLE,"=first TO last",H_OPEN,"STEP n","]"+80h
+        DEFB "NEXT",H_OPEN,H_VARIABLE,H_MORE,"]"+80h
         DEFB "WHILE ",H_FALSE+80h
         DEFB "WEN","D"+80h
-        DEFB "ON n GOTO|GOSUB ",H_LINE,H_MORE+80h
-        DEFB "ON ERROR|STOP GOTO ",H_LINE+80h
+        DEFB "ON n GOTO|GOSUB ",H_LINE,H_MORE,"  ON ERROR GOTO ",H_LINE,"  ON KEY|STOP GOSUB ",H_LINE,H_MORE+80h
         DEFB "ERROR ","n"+80h
-        DEFB "RESUME [NEXT|",H_LINE,"]"+80h
+        DEFB "RESUME",H_OPEN,"NEXT|",H_LINE,"]"+80h
         DEFB "STO","P"+80h
         DEFB "EN","D"+80h
         DEFB 1,"Dat","a"+80h
@@ -281,44 +298,43 @@ help_texts:
         DEFB "DIM a(n",H_MORE,")",H_MORE+80h
         DEFB "DATA ",H_VALUE,H_MORE+80h
         DEFB "READ ",H_VARIABLE,H_MORE+80h
-        DEFB "RESTORE [",H_LINE,"]"+80h
-        DEFB "INPUT [\"text\";]",H_VARIABLE,H_MORE+80h
-        DEFB "LINE INPUT [\"text\";]a","$"+80h
+        DEFB "RESTORE",H_LINE_OR_NOT+80h
+        DEFB "INPUT",H_OPEN,"\"",H_TEXT,"\";]",H_VARIABLE,H_MORE+80h
+        DEFB "LINE INPUT",H_OPEN,"\"",H_TEXT,"\";]",H_A_S+80h
         DEFB "SWAP a,","b"+80h
         DEFB "ERASE a",H_MORE+80h
         DEFB "DEF FNa(x)=",H_VALUE+80h
-        DEFB "DEFINT a[-b]",H_MORE,"  DEFSNG DEFDBL DEFST","R"+80h
+        DEFB "DEFINT a[-b]",H_MORE," ",H_DEF,"SNG",H_DEF,"DBL",H_DEF,"ST","R"+80h
         DEFB "OPTION BASE 0|","1"+80h
-        DEFB "RANDOMIZE [n","]"+80h
+        DEFB "RANDOMIZE",H_OPEN,"n","]"+80h
         DEFB 1,"Scree","n"+80h
-        DEFB "PRINT ",H_VALUE,"[;|,]..","."+80h
-        DEFB "PRINT USING \"format\";",H_VALUE,H_MORE+80h
+        DEFB "PRINT",H_OPEN,"USING \"f",H_OR,"mat\";]",H_VALUE,"[;|,]..","."+80h
         DEFB "TAB",H_N+80h
         DEFB "SPC",H_N+80h
-        DEFB "LOCATE x,y[,cursor","]"+80h
-        DEFB "COLOR text[,function","]"+80h
-        DEFB "CLS [n","]"+80h
+        DEFB "LOCATE x,y",H_COMMA,"curs",H_OR,"]"+80h
+        DEFB "COLOR",H_OPEN,H_TEXT,"]",H_COMMA,"function]",H_COMMA,"background","]"+80h
+        DEFB "CLS",H_OPEN,"n","]"+80h
         DEFB "WIDTH 80|40,25|2","0"+80h
         DEFB "CONSOLE first,rows,keys,colou","r"+80h
-        DEFB "KEY n,a$|LIST|ON|OF","F"+80h
+        DEFB "KEY n,",H_A_S,"|LIST|",H_SWITCH+80h
         DEFB "INKEY","$"+80h
         DEFB "CSRLI","N"+80h
         DEFB "POS(0",")"+80h
         DEFB 1,"Graphic","s"+80h
         DEFB "PSET ",H_XY,H_COLOUR+80h
         DEFB "PRESET ",H_XY+80h
-        DEFB "LINE [",H_XY,"]-",H_XY,H_COLOUR,"[,B|BF","]"+80h
-        DEFB "CIRCLE ",H_XY,",r",H_COLOUR,"[,from,to,ratio","]"+80h
-        DEFB "PAINT ",H_XY,H_COLOUR,"[,border","]"+80h
-        DEFB "DRAW a$: U D L R E F G H M B N C S ","A"+80h
+        DEFB "LINE",H_OPEN,H_XY,"]-",H_XY,H_COLOUR,H_COMMA,"B|BF","]"+80h
+        DEFB "CIRCLE ",H_XY,",r",H_COLOUR,H_COMMA,"from,to,ratio","]"+80h
+        DEFB "PAINT ",H_XY,H_COLOUR,H_COMMA,"b",H_OR,"der","]"+80h
+        DEFB "DRAW ",H_A_S,": U D L R E F G H M B N C S ","A"+80h
         DEFB "GET@ ",H_XY,"-",H_XY,",","a"+80h
-        DEFB "PUT@ ",H_XY,",a[,PSET|PRESET|AND|OR|XOR","]"+80h
+        DEFB "PUT@ ",H_XY,",a",H_COMMA,"PSET|PRESET|AND|OR|XOR","]"+80h
         DEFB "POINT",H_XY+80h
-        DEFB "PCG code,a$ (16 hex digits",")"+80h
+        DEFB "PCG code,",H_A_S," (16 hex digits",")"+80h
         DEFB 1,"Soun","d"+80h
         DEFB "BEE","P"+80h
-        DEFB "SOUND channel,hert","z"+80h
-        DEFB "PLAY a$[,b$[,c$]]: A-G # + - . R O < > L T ","N"+80h
+        DEFB "SOUND channel,hertz",H_COMMA,"length","]"+80h
+        DEFB "PLAY ",H_A_S,H_COMMA,"b$",H_COMMA,"c$]]: A-G # + - . R O < > L T ","N"+80h
         DEFB 1,"Number","s"+80h
         DEFB "ABS",H_N+80h
         DEFB "SGN",H_N+80h
@@ -335,9 +351,9 @@ help_texts:
         DEFB "RND",H_N+80h
         DEFB "MOD: a MOD ","b"+80h
         DEFB 1,"String","s"+80h
-        DEFB "LEFT$(a$,n",")"+80h
-        DEFB "RIGHT$(a$,n",")"+80h
-        DEFB "MID$(a$,n[,m]",")"+80h
+        DEFB "LEFT$(",H_A_S,",n",")"+80h
+        DEFB "RIGHT$(",H_A_S,",n",")"+80h
+        DEFB "MID$(",H_A_S,",n",H_COMMA,"m]",")"+80h
         DEFB "LEN",H_A+80h
         DEFB "VAL",H_A+80h
         DEFB "STR$",H_N+80h
@@ -345,17 +361,17 @@ help_texts:
         DEFB "CHR$",H_N+80h
         DEFB "HEX$",H_N+80h
         DEFB "OCT$",H_N+80h
-        DEFB "STRING$(n,a$",")"+80h
+        DEFB "STRING$(n,",H_A_S,")"+80h
         DEFB "SPACE$",H_N+80h
-        DEFB "INSTR([n,]a$,b$",")"+80h
+        DEFB "INSTR([n,]",H_A_S,",b$",")"+80h
         DEFB "INPUT$",H_N+80h
         DEFB 1,"Machin","e"+80h
         DEFB "PEEK(",H_ADDRESS,")"+80h
         DEFB "POKE ",H_ADDRESS,",",H_VALUE+80h
-        DEFB "INP(port",")"+80h
-        DEFB "OUT port,",H_VALUE+80h
-        DEFB "WAIT port,and[,xor","]"+80h
-        DEFB "USR",H_N,"  DEF USR=",H_ADDRESS+80h
+        DEFB "INP(p",H_OR,"t",")"+80h
+        DEFB "OUT p",H_OR,"t,",H_VALUE+80h
+        DEFB "WAIT p",H_OR,"t,and",H_COMMA,"x",H_OR,"]"+80h
+        DEFB "USR",H_N," ",H_DEF," USR=",H_ADDRESS+80h
         DEFB "VARPTR(",H_VARIABLE,")"+80h
         DEFB "FRE(0",")"+80h
         DEFB "TIME","$"+80h

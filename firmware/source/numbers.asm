@@ -593,7 +593,7 @@ _lower: CP -8                   ; up to 10^8: an exact divisor, one rounding
         CALL number_from_long
         LD HL,number_long
         CALL float_div
-        JP number_signed
+        JR number_signed
 _wide:  PUSH BC
         LD BC,128 + 32
         CALL number_exponent
@@ -630,7 +630,7 @@ _rounded:
         EXX
         LD H,A
         CALL float_round
-        JP number_signed
+        JR number_signed
 _integer:
         CALL number_from_long
 number_signed:

@@ -285,14 +285,6 @@ fn_erl: LD DE,(error_line)
 
 ; ---- The rest
 
-do_tron:
-        LD A,1
-        LD (trace_flag),A
-        RET
-do_troff:
-        XOR A
-        LD (trace_flag),A
-        RET
 ; [100] before line 100 runs. HL is kept.
 trace_line:
         RLA

@@ -2,6 +2,8 @@
 ;
 ;   crunch          HL = a line of text ended by 0, in RAM, without a line number: TOKENS = header, tokens, 0, end mark.
 ;                   The header's number is left as it is. Makes symbols as it goes.
+;                   Words need blanks where letters meet, but a line that is nothing else is read as if they stood there:
+;                   see crunch_joined.
 ;   line_number     HL at text: NC, DE = line number, HL behind it and one blank; or carry: no number there (0-65529)
 
 LINES_NONE      EQU 0           ; crunch_lines: numbers are numbers
@@ -52,15 +54,16 @@ _done:  OR A
         RET
 
 crunch: LD DE,TOKENS + 4
-        LD A,LINES_NONE
+        XOR A                   ; LINES_NONE
         LD (crunch_lines),A
-        LD A,1
+        LD (crunch_dense),A
+        INC A
         LD (crunch_start),A
 _next:  PUSH HL
         LD HL,0 - (TOKENS_END - CRUNCH_ROOM)
         ADD HL,DE
         POP HL
-        JP C,crunch_full
+        JR C,crunch_full
         LD A,(HL)
         OR A
         JR Z,_end
@@ -84,7 +87,7 @@ _next:  PUSH HL
         JR C,crunch_sign
         CP "z" + 1
         JP C,crunch_word
-        JP crunch_sign
+        JR crunch_sign
 _end:   XOR A
         LD (DE),A
         INC DE
@@ -117,7 +120,7 @@ crunch_sign:
         JP Z,crunch_number
         CP "?"
         LD C,TOK_PRINT
-        JP Z,_arithmetic
+        JR Z,_arithmetic
         CP "'"
         JR Z,_quote
         CP ":"
@@ -156,7 +159,7 @@ _quote: LD A,(crunch_start)
         CALL Z,crunch_put
         LD A,TOK_QUOTE
         CALL crunch_put
-        JP crunch_rest
+        JR crunch_rest
 _operator:
         POP HL
         LD A,C
@@ -173,7 +176,7 @@ _arithmetic:
 _word:  XOR A
         LD (crunch_start),A
         LD A,C
-        JP crunch_put
+        JR crunch_put
 ; C one of = < >: with the one that may follow, <= >= <>.
 _pair:  PUSH HL
         CALL skip_blanks
@@ -425,6 +428,7 @@ _counted:
 _plain: CALL word_find
         JR NC,_found
         CALL crunch_go
+        CALL C,crunch_joined
         JP C,crunch_name
         JR _found
 _found_dollar:
@@ -485,6 +489,180 @@ _line_words:
         DEFB TOK_RETURN
 _line_words_end:
 
+; Letters that are no word. Listings of the time often do without blanks: FORI=1TO9:PRINTA. Where a statement begins
+; with such letters, they begin with a statement's word, and what follows does not assign to them (or could not, for
+; there is TO behind FOR, THEN or GOTO behind IF), no other meaning is left. From there on to the end of the line words
+; count wherever they stand, and names end before them; elsewhere FORI and TOTAL are names.
+; B letters at (name_start), HL behind them. NC: A = token, C as word_find, HL behind the word. Carry: a name, whose
+; letters end at (crunch_letters), the low byte of an address. DE is kept.
+crunch_joined:
+        LD A,L
+        LD (crunch_letters),A
+        LD A,(crunch_dense)
+        OR A
+        JR NZ,_words
+        LD A,(crunch_start)
+        SUB 1
+        RET C
+        CALL joined_word
+        RET C
+        CP TOK_LAST + 1
+        CCF
+        RET C
+        CALL joined_assigns
+        RET C
+        LD HL,crunch_dense
+        INC (HL)
+        JR _behind
+_words: PUSH BC
+        CALL joined_word
+        JR NC,_first
+        POP BC
+        PUSH DE
+        LD DE,(name_start)
+        PUSH DE
+_inside:
+        DEC B
+        JR Z,_none
+        LD HL,name_start
+        INC (HL)
+        PUSH BC
+        CALL joined_word
+        POP BC
+        JR C,_inside
+        LD A,(name_start)
+        LD (crunch_letters),A
+_none:  POP DE
+        LD (name_start),DE
+        POP DE
+        SCF
+        RET
+_first: POP HL
+_behind:
+        PUSH AF
+        LD HL,(name_start)
+        LD A,L
+        ADD A,B
+        LD L,A
+        POP AF
+        OR A
+        RET
+
+; The longest word that B letters at (name_start) begin with: NC, A, C as word_find, B its letters. Carry: there is none.
+; HL, DE are kept.
+joined_word:
+        CALL word_find
+        RET NC
+        DEC B
+        JR NZ,joined_word
+        RET
+
+; HL behind the letters that begin a statement, the first of them the word A. Carry: the statement assigns to them.
+; A, BC, DE are kept.
+joined_assigns:
+        PUSH AF
+        PUSH BC
+        LD B,A
+_name:  LD A,(HL)               ; digits and letters, the mark of a type
+        INC HL
+        CP "A"
+        JR NC,_name
+        CP "0"
+        JR C,_mark
+        CP "9" + 1
+        JR C,_name
+_mark:  CP "."
+        JR Z,_name
+        CP "!"
+        JR Z,_name
+        CP "#"
+        JR C,_behind
+        CP "%" + 1
+        JR C,_name
+_behind:
+        DEC HL
+        LD C,0
+        CALL skip_blanks
+        CP "("
+        JR NZ,_equal
+_index: LD A,(HL)
+        INC HL
+        OR A
+        JR Z,_no
+        CP "("
+        JR NZ,_close
+        INC C
+_close: CP ")"
+        JR NZ,_index
+        DEC C
+        JR NZ,_index
+        CALL skip_blanks
+_equal: CP "="
+        JR NZ,_no
+        LD A,B
+        CP TOK_IF
+        JR Z,_if
+        CP TOK_FOR
+        JR NZ,_yes
+_letters:                       ; C of them were passed behind B: another character, or the word
+        LD C,0
+_for:   INC HL
+_to:    PUSH BC
+        LD BC,word_to
+        CALL text_same
+        POP BC
+        JR Z,_limit
+        LD A,(HL)
+        CP " "
+        JR Z,_for
+        OR A
+        JR Z,_yes
+        CP ":"
+        JR Z,_yes
+        CALL upper
+        INC C
+        SUB "A"
+        CP 26
+        JR C,_for
+        LD B,(HL)
+        JR _letters
+_limit: LD A,C                  ; TO: behind an operand, a letter or what ends with none?
+        LD C,2
+        DEC A
+        JR Z,_no
+        INC A
+        JR NZ,_to
+        LD A,B
+        CP ")"
+        JR Z,_no
+        SUB "0"
+        CP 10
+        JR NC,_to
+_no:    POP BC
+        POP AF
+        OR A
+        RET
+_if:    LD BC,word_then
+        CALL text_same
+        JR Z,_no
+        LD BC,word_goto
+        CALL text_same
+        JR Z,_no
+        LD A,(HL)
+        INC HL
+        OR A
+        JR NZ,_if
+_yes:   POP BC
+        POP AF
+        SCF
+        RET
+word_then:
+        DEFB "THEN",0
+word_goto:
+        DEFB "GO"
+word_to:
+        DEFB "TO",0
+
 ; GO TO, GO SUB: NC, A = token, HL behind it. Carry: it is neither. HL, B, DE are kept then.
 crunch_go:
         LD A,B
@@ -494,16 +672,16 @@ crunch_go:
         PUSH BC
         PUSH HL
         LD HL,(name_start)
-        LD BC,_go
-        CALL _same
+        LD BC,word_go
+        CALL text_same
         JR NZ,_neither
         CALL skip_blanks
-        LD BC,_to
-        CALL _same
+        LD BC,word_to
+        CALL text_same
         LD A,TOK_GOTO
         JR Z,_is
-        LD BC,_sub
-        CALL _same
+        LD BC,word_sub
+        CALL text_same
         LD A,TOK_GOSUB
         JR Z,_is
 _neither:
@@ -515,8 +693,9 @@ _is:    POP BC
         POP BC
         OR A
         RET
-; Z: the text BC, ended by 0, is at HL, which moves behind it; else HL is kept.
-_same:  PUSH HL
+; Z: the text BC, ended by 0, is at HL, which moves behind it; else HL is kept. DE is kept.
+text_same:
+        PUSH HL
 _letter:
         LD A,(BC)
         OR A
@@ -534,9 +713,10 @@ _letter:
         RET
 _end:   POP BC
         RET
-_go:    DEFB "GO",0
-_to:    DEFB "TO",0
-_sub:   DEFB "SUB",0
+word_go:
+        DEFB "GO",0
+word_sub:
+        DEFB "SUB",0
 
 ; The word of B characters at (name_start): NC, A = token, C = the function's when it is TOK_FUNCTION. Carry: it is
 ; none. HL, DE, B are kept.
@@ -656,6 +836,13 @@ _count: LD A,(HL)
         JR C,_end
         CP "Z" + 1
         JR NC,_end
+        LD A,(crunch_dense)
+        OR A
+        JR Z,_more
+        LD A,(crunch_letters)   ; from here on no letter is one of the name
+        DEC A
+        CP L
+        JR C,_end
 _more:  INC HL
         INC B
         JR _count

@@ -33,6 +33,10 @@ TEST_F(BasicTape, IsReadAsItIs) {
          "CLOAD\nFound:ONE\nOk\nCLOAD\nFound:TWO\nOk\nLIST\n10 PRINT 2\nOk\n"},
         {"round to the first again", two, "CLOAD \"TWO\"\nCLOAD? \"ONE\"\n",
          "CLOAD \"TWO\"\nSkip:ONE\nFound:TWO\nOk\nCLOAD? \"ONE\"\nFound:ONE\nDifferent in 10\nOk\n"},
+        {"by LOAD", two, "LOAD \"TWO\"\nLIST\nLOAD\nLIST\n",
+         "LOAD \"TWO\"\nSkip:ONE\nFound:TWO\nOk\nLIST\n10 PRINT 2\nOk\nLOAD\nFound:ONE\nOk\nLIST\n10 PRINT "
+         "1\n"
+         "Ok\n"},
         {"damaged", damaged_sum, "CLOAD \"TWO\"\n",
          "CLOAD \"TWO\"\nSkip:ONE\nFound:TWO\nTape read error\nOk\n"},
         {"one line, no line end", "10 PRINT 1", "CLOAD\nCLOAD?\nMERGE\nCLOAD?\nLIST\n",

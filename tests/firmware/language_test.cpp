@@ -57,6 +57,24 @@ const language_case cases[] = {
 70 GO SUB 40:GO TO 80
 80 RETURN)",
      "SUBBACK\nSUBON\nNEITHER\nSUB\nRETURN without GOSUB in 80\nOk"},
+    {"letters that meet", R"(
+10 FORI=1TO3:PRINTI;:NEXTI:A=5:B=6:IFA=5ANDB=6THENPRINT"YES"ELSEPRINT"NO"
+20 X1=1:X2=3:FORJ=X1TOX2STEPX1:PRINTJ;:NEXTJ:FORK=ATOB:PRINTK;:NEXT:DIMQ(5)
+30 W$(0)="Z":IFW$(0)="Z"THENGOSUB70ELSEEND
+40 ONAGOTO1,2,3,4,50
+50 IFA$=""GOTO60
+60 READA,B$:PRINTA;LEFT$(B$,2):DATA12,HELLO:IFNOTATHENPRINTAORB;A<BORC
+65 FORMAT=3:FORCE=FACTOR+BOTTOM:IFFY=4:FORI=7:PRINT FORMAT;FORCE;IFFY;FORI:IFFY(1)=2:NEWTON=1:END
+70 PRINT"SUB":RETURN)",
+     " 1  2  3 YES\n 1  2  3  5  6 SUB\n 12 HE\n 14  0\n 3  0  4  7\nOk\nLIST 30-50\n"
+     "30 W$(0)=\"Z\":IF W$(0)=\"Z\" THEN GOSUB 70 ELSE END\n40 ON A GOTO 1,2,3,4,50\n50 IF A$=\"\" GOTO "
+     "60\nOk\n"
+     "NEWS\nSyntax error\nOk\nLIST 70\n70 PRINT \"SUB\":RETURN\nOk",
+     "RUN\nLIST 30-50\nNEWS\nLIST 70\n"},
+    {"HELP", "10 REM",
+     "PRINT [USING \"format\";]value[;|,]...\nOk\nHELP ON\n"
+     "ON n GOTO|GOSUB line[,...]  ON ERROR GOTO line  ON KEY|STOP GOSUB line[,...]\nOk",
+     "HELP PRINT\nHELP ON\n"},
     {"endless recursion", "10 GOSUB 10", "Out of memory in 10\nOk"},
     {"IF", R"(
 10 FOR I=-1 TO 1
