@@ -3,7 +3,7 @@
 30 REM Keys: J left, L right, K the main engine.
 40 REM
 50 WIDTH 80,25:CONSOLE 0,25,0,1:COLOR 7:CLS 3
-60 DIM H(64)
+60 DIM H(64):RANDOMIZE
 70 REM --- the ground: a height every ten points, and a flat pad
 80 P=INT(RND(1)*44)+10
 90 H(0)=150
@@ -17,7 +17,8 @@
 170 LINE (P*10,H(P))-((P+4)*10,H(P)+2),6,BF
 180 FOR I=1 TO 60:PSET (INT(RND(1)*640),INT(RND(1)*100)),7:NEXT I
 190 REM --- the craft: place, speed, fuel
-200 X=60:Y=12:VX=2:VY=0:F=120
+200 X=60:Y=20:VX=2:VY=0:F=120
+205 LOCATE 0,1:PRINT "J left, L right, K the engine. DOWN below 12, ACROSS below 8.";
 210 XO=X:YO=Y
 220 LOCATE 0,0,0:PRINT "FUEL";F;" DOWN";INT(VY*10);" ACROSS";INT(VX*10);"    ";
 230 GOSUB 500

@@ -1,7 +1,7 @@
 10 REM *** MAZE ***  Digs a maze, then finds the way through it
 20 REM A row of the screen holds twenty changes of colour, so walls
 25 REM and trace have one colour, and a row needs none.
-30 DEFINT A-Z
+30 DEFINT A-Z:RANDOMIZE
 50 CONSOLE 0,25,0,1:COLOR 7:CLS
 60 DIM M(78,22),S(430),DX(3),DY(3)
 70 FOR I=0 TO 3:READ DX(I),DY(I):NEXT I

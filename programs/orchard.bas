@@ -1,8 +1,8 @@
 10 REM *** ORCHARD ***  A game with glyphs of its own, and sound
-20 REM Apples fall; catch them in the basket, let the stones
-30 REM pass. Keys: J left, L right. It gets faster.
+20 REM Apples fall; catch them in the basket, let the stones pass: a stone
+30 REM costs a basket, and so do four apples on the ground. It gets faster.
 40 REM
-50 DEFINT A-Z
+50 DEFINT A-Z:RANDOMIZE
 60 WIDTH 40,25:CONSOLE 0,25,0,1:COLOR 7:CLS
 70 REM --- glyphs: eight bytes each, as hex digits
 80 PCG 248,"08087EFFFFFF7E3C" ' apple
@@ -13,11 +13,12 @@
 130 A$=CHR$(248):S$=CHR$(249):K$=CHR$(250)+CHR$(251)
 140 COLOR 4:FOR I=0 TO 38:LOCATE I,2,0:PRINT CHR$(252);:NEXT I
 150 COLOR 7:LOCATE 0,24:PRINT STRING$(39,CHR$(149));
+155 LOCATE 0,1:PRINT "J left, L right.  Let the stones pass.";
 160 DIM X(5),Y(5),T(5)
-170 B=19:L=5:S=0:W=30
-180 FOR I=1 TO 5:GOSUB 500:Y(I)=3+I*3:NEXT I
+170 B=19:L=5:S=0:F=0:W=80
+180 FOR I=1 TO 5:GOSUB 500:Y(I)=I*3:NEXT I
 190 REM --- the round
-200 COLOR 7:LOCATE 0,0:PRINT "APPLES";S;"  BASKETS";L;
+200 COLOR 7:LOCATE 0,0:PRINT "APPLES";S;" ON THE GROUND";F;" BASKETS";L;
 210 C$=INKEY$
 220 IF (C$="J" OR C$="j" OR C$=CHR$(29)) AND B>1 THEN LOCATE B,23:PRINT "  ";:B=B-2
 230 IF (C$="L" OR C$="l" OR C$=CHR$(28)) AND B<36 THEN LOCATE B,23:PRINT "  ";:B=B+2
@@ -40,9 +41,9 @@
 410 IF X(I)<>B AND X(I)<>B+1 THEN 460
 420 IF T(I)=0 THEN L=L-1:BEEP:GOTO 500
 430 S=S+1:SOUND 1,880:FOR J=1 TO 40:NEXT J:SOUND 1,0
-440 IF S MOD 10=0 AND W>4 THEN W=W-4
+440 IF S MOD 5=0 AND W>8 THEN W=W-8
 450 GOTO 500
-460 IF T(I) AND RND(1)<.3 THEN L=L-1:SOUND 1,110:FOR J=1 TO 60:NEXT J:SOUND 1,0
+460 IF T(I) THEN F=F+1:IF F MOD 4=0 THEN L=L-1:SOUND 1,110:FOR J=1 TO 60:NEXT J:SOUND 1,0
 500 REM --- a new one at the top
 510 X(I)=INT(RND(1)*37)+1:Y(I)=3:T(I)=(RND(1)<.7)
 520 RETURN

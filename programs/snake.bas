@@ -3,7 +3,7 @@
 30 REM and the wall end the game. Keys: I up, M down, J left,
 40 REM K right, or the cursor keys. STOP leaves.
 50 REM
-60 DEFINT A-Z
+60 DEFINT A-Z:RANDOMIZE
 70 WIDTH 80,25:CONSOLE 0,25,0,1:COLOR 7:CLS
 80 L$=CHR$(29):R$=CHR$(28):U$=CHR$(30):D$=CHR$(31)
 90 B$=CHR$(135):F$=CHR$(234) ' full block, diamond
@@ -15,6 +15,7 @@
 150 FOR I=0 TO 78:M(I,0)=1:M(I,23)=1:NEXT I
 160 FOR I=0 TO 23:M(0,I)=1:M(78,I)=1:NEXT I
 170 COLOR 7:LOCATE 30,0:PRINT " S N A K E ";
+175 LOCATE 44,23:PRINT " I J K M or cursor keys steer ";
 180 REM --- the snake: X(), Y() is a ring, H its head, T its tail
 190 H=0:T=0:X=39:Y=12:X(0)=X:Y(0)=Y:M(X,Y)=1
 200 DX=1:DY=0:G=6:S=0
