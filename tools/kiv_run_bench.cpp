@@ -291,8 +291,10 @@ char **candidates_of(const char *word, int, int) {
 std::optional<std::string> read_console_line(const debug_console &console) {
 #ifdef KIV_HAS_LINE_EDITOR
     if (isatty(STDIN_FILENO) && isatty(STDOUT_FILENO)) {
-        static char name[] = "kiv-run"; // the library's declaration has no const
+        static char name[] = "kiv-run";   // the library's declaration has no const
+        static char breaks[] = " \t,([:"; // as debug_console::complete has them
         rl_readline_name = name;
+        rl_completer_word_break_characters = breaks;
         completed = &console;
         rl_attempted_completion_function = candidates_of;
         char *const text = readline("kiv> ");
