@@ -209,7 +209,7 @@ help_upper:
 help_hint:
         DEFB "HELP word tells its syntax.",0
 help_unknown:
-        DEFB "No such word. HELP alone lists them.",0
+        DEFB "No such word. HELP lists them.",0
 
 ; Phrases. They may hold others.
 H_XY            EQU 2

@@ -68,8 +68,7 @@ _next:  PUSH HL
         OR A
         JR Z,_end
         INC HL
-        CP " "
-        JR Z,_next
+        CP " " + 1
         JR C,_next              ; control codes are blanks, too
         LD BC,_next
         PUSH BC
@@ -551,10 +550,15 @@ _behind:
 ; The longest word that B letters at (name_start) begin with: NC, A, C as word_find, B its letters. Carry: there is none.
 ; HL, DE are kept.
 joined_word:
+        LD A,B
+        CP 10
+        JR C,_shorter
+        LD B,9                  ; no word is longer than RANDOMIZE
+_shorter:
         CALL word_find
         RET NC
         DEC B
-        JR NZ,joined_word
+        JR NZ,_shorter
         RET
 
 ; HL behind the letters that begin a statement, the first of them the word A. Carry: the statement assigns to them.
@@ -817,13 +821,13 @@ crunch_name:
         CALL skip_blanks
 _function:
         LD (name_start),HL
-        CALL upper
         LD A,(HL)
         CALL upper
         SUB "A"
         CP 26
         JP NC,syntax_error
-_scan:  LD B,0
+_scan:  LD B,1                  ; the first letter is always one of the name
+        INC HL
 _count: LD A,(HL)
         CALL upper
         CP "."

@@ -248,7 +248,7 @@ TEST_F(firmware, sessions) {
         {"HELP for a word", "HELP line\n", "HELP line",
          "LINE INPUT [\"text\";]a$\nLINE [(x,y)]-(x,y)[,colour][,B|BF]\nOk\n"},
         {"HELP for a function", "help Left$\n", "help", "LEFT$(a$,n)\nOk\n"},
-        {"HELP for nothing known", "HELP xyz\n", "HELP xyz", "No such word. HELP alone lists them.\nOk\n"},
+        {"HELP for nothing known", "HELP xyz\n", "HELP xyz", "No such word. HELP lists them.\nOk\n"},
         {"no expansion ROM", "DEMO\n", "DEMO\n", "", {.expansion = false}},
         {"AUTO", "AUTO 100,5\nCLS\nEND\n\nLIST\n", "LIST", "100 CLS\n105 END\nOk\n"},
         {"AUTO keeps what is there", "20 CLS\nAUTO\nEND\n\nLIST\n", "LIST", "10 END\n20 CLS\nOk\n"},
