@@ -59,7 +59,7 @@ struct plane_products {
             values ^= (values & 0x33) << 2;
             values ^= (values & 0x0F) << 4;
             for (uint32_t product = 0; product < 8; ++product)
-                part[bit][product] = plane_bytes{} - static_cast<uint8_t>(values >> product & 1);
+                part[bit][product] = sixteen_of(values >> product & 1 ? 0xFF : 0);
         }
     }
 };

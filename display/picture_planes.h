@@ -22,3 +22,9 @@ inline plane_bytes load_bytes(const uint8_t *from) {
 }
 
 inline void store_bytes(uint8_t *to, plane_bytes bytes) { std::memcpy(to, &bytes, sizeof bytes); }
+
+inline plane_bytes sixteen_of(uint8_t byte) {
+    plane_bytes bytes;
+    std::memset(&bytes, byte, sizeof bytes);
+    return bytes;
+}

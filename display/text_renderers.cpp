@@ -125,8 +125,9 @@ void paint_planes(const row_picture &row, uint32_t lines, uint32_t first_line) {
     plane_bytes colour[line_vectors][3]; // all ones where it has the bit
     for (uint32_t x = 0; x < line_vectors; ++x)
         for (uint32_t bit = 0; bit < 3; ++bit)
-            colour[x][bit] = reinterpret_cast<plane_bytes>(
-                (load_bytes(row.colour + x * sizeof(plane_bytes)) & static_cast<uint8_t>(1u << bit)) != 0);
+            colour[x][bit] =
+                reinterpret_cast<plane_bytes>((load_bytes(row.colour + x * sizeof(plane_bytes)) &
+                                               sixteen_of(static_cast<uint8_t>(1u << bit))) != 0);
     for (uint32_t line = 0; line < lines; ++line)
         for (uint32_t x = 0; x < line_vectors; ++x) {
             const plane_bytes mask = load_bytes(row.bits[line] + x * sizeof(plane_bytes));
