@@ -8,6 +8,7 @@
 #include "platform/file.h"
 #include "tools/kiv_run_basic.h"
 #include "tools/kiv_run_bench.h"
+#include "tools/kiv_run_gdb.h"
 #include "tools/kiv_run_json.h"
 #include "tools/kiv_run_listing.h"
 #include "tools/kiv_run_options.h"
@@ -95,6 +96,7 @@ class machine_run {
   private:
     bool go_on_bench();
     bool bench_piece();
+    void go_on_the_wire();
     void use_calendar() const;
     void use_settings() const;
     void load_tape() const;
@@ -205,7 +207,7 @@ void machine_run::prepare() {
     if (!options.tape_out.empty()) tape_out.open(options.tape_out);
     kiv_tape_record(!options.tape_out.empty());
     if (!options.wav.empty()) wav.open(options.wav);
-    on_terminal = isatty(STDERR_FILENO) != 0 && !options.debug && !options.json;
+    on_terminal = isatty(STDERR_FILENO) != 0 && !options.debug && !options.json && options.gdb.empty();
     if (!bench_wanted(options)) return;
     bench = std::make_unique<run_bench>(options);
     interruptible = &bench->driver;
@@ -214,6 +216,7 @@ void machine_run::prepare() {
         frame_limit = std::max(frame_limit, bench->input_ends() + frames_after_typing);
     if (!options.frames && (!options.until.empty() || options.exit_port || !options.exit_text.empty()))
         frame_limit = std::max(frame_limit, frames_of_a_test);
+    if (!options.gdb.empty() && !options.frames) frame_limit = std::numeric_limits<uint64_t>::max();
 }
 
 // What a person does between two frames: a dump is loaded, then keys are typed.
@@ -266,7 +269,8 @@ void machine_run::frame_shown() {
         interrupted = 0; // the driver has been asked to stop
         return;
     }
-    if (interrupted) throw run_failure("interrupted after " + std::to_string(frames) + " frames");
+    if (interrupted && options.gdb.empty())
+        throw run_failure("interrupted after " + std::to_string(frames) + " frames");
 }
 
 void machine_run::run_ended() {
@@ -307,6 +311,12 @@ bool machine_run::bench_piece() {
     return bench->run_slice(left) == run_bench::outcome::goes_on;
 }
 
+// A debugger says when the machine runs; an interrupt ends the run as its time does.
+void machine_run::go_on_the_wire() {
+    serve_gdb(options, *bench, [this] { return ended() || interrupted != 0 || bench->console.quit(); });
+    bench->exit_code = bench->console.exit_code;
+}
+
 // False: the processor has stopped.
 bool machine_run::go_on_bench() {
     bench->driver.on_run = [this](int32_t ended_by) {
@@ -319,13 +329,16 @@ bool machine_run::go_on_bench() {
     } else if (bench->run_scripts()) {
         if (options.debug)
             bench->at_terminal();
+        else if (!options.gdb.empty())
+            go_on_the_wire();
         else
             while (bench_piece()) {
             }
     }
     bench->driver.on_run = nullptr;
     bench->finish();
-    const bool own_end = bench->ended() || options.debug || options.json || !options.scripts.empty();
+    const bool own_end =
+        bench->ended() || options.debug || options.json || !options.gdb.empty() || !options.scripts.empty();
     return own_end || kiv_stop_reason() == KIV_STOP_NONE;
 }
 
@@ -425,7 +438,9 @@ int main(int argc, char **argv) {
             return 0;
         }
         platform::let_writes_fail();
-        std::signal(SIGINT, interrupt);
+        // A debugger that has started this program itself may get the terminal's interrupts, too.
+        const bool of_debugger = !options.gdb.empty() && is_standard_gdb_place(options.gdb);
+        std::signal(SIGINT, of_debugger ? SIG_IGN : interrupt);
         std::signal(SIGTERM, [](int) { interrupted = 1; });
         const auto run =
             std::make_unique<machine_run>(options); // the frame's pixels are too many for a stack

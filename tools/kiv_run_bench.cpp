@@ -75,7 +75,7 @@ bool bench_wanted(const run_options &o) {
     return o.debug || o.json || !o.scripts.empty() || !o.until.empty() || !o.expect_text.empty() ||
            !o.expect_memory.empty() || o.exit_port || !o.exit_text.empty() || !o.record_input.empty() ||
            !o.replay_input.empty() || !o.trace.empty() || !o.profile.empty() || !o.coverage.empty() ||
-           !o.symbols.empty() || !o.listings.empty() || o.faults != 0;
+           !o.symbols.empty() || !o.listings.empty() || !o.gdb.empty() || o.faults != 0;
 }
 
 run_bench::run_bench(const run_options &options_) : console(driver, host()), options(options_) {}
@@ -86,7 +86,8 @@ console_host run_bench::host() {
         if (collected != nullptr)
             collected->push_back(line);
         else // the standard output may be for --text
-            std::fprintf(options.debug || !options.scripts.empty() ? stdout : stderr, "%s\n", line.c_str());
+            std::fprintf(options.debug || (!options.scripts.empty() && options.gdb.empty()) ? stdout : stderr,
+                         "%s\n", line.c_str());
     };
     h.read_file = [](const std::string &path) { return as_debug_error([&] { return file_text(path); }); };
     h.write_file = [](const std::string &path, std::string_view bytes) {
@@ -119,7 +120,7 @@ void run_bench::begin() {
     try {
         for (const std::string &file : options.symbols) console.load_symbols(file);
         for (const std::string &file : options.listings) console.load_listing(file);
-        if (options.debug || !options.scripts.empty()) driver.keep_history({});
+        if (options.debug || !options.scripts.empty() || !options.gdb.empty()) driver.keep_history({});
         if (!options.trace.empty()) console.trace_into(options.trace);
         if (!options.profile.empty()) console.profile_into(options.profile);
         if (!options.coverage.empty()) console.coverage_into(options.coverage);
@@ -169,7 +170,7 @@ bool run_bench::run_scripts() {
         }
     }
     return options.scripts.empty() || options.frames || options.seconds || !options.until.empty() ||
-           options.exit_port || !options.exit_text.empty() || options.debug;
+           options.exit_port || !options.exit_text.empty() || options.debug || !options.gdb.empty();
 }
 
 void run_bench::at_terminal() {
@@ -291,10 +292,8 @@ char **candidates_of(const char *word, int, int) {
 std::optional<std::string> read_console_line(const debug_console &console) {
 #ifdef KIV_HAS_LINE_EDITOR
     if (isatty(STDIN_FILENO) && isatty(STDOUT_FILENO)) {
-        static char name[] = "kiv-run";   // the library's declaration has no const
-        static char breaks[] = " \t,([:"; // as debug_console::complete has them
+        static char name[] = "kiv-run"; // the library's declaration has no const
         rl_readline_name = name;
-        rl_completer_word_break_characters = breaks;
         completed = &console;
         rl_attempted_completion_function = candidates_of;
         char *const text = readline("kiv> ");

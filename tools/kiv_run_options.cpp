@@ -2,6 +2,7 @@
 
 #include "debug/memory_faults.h"
 
+#include "tools/kiv_run_gdb.h"
 #include <cerrno>
 #include <climits>
 #include <cmath>
@@ -81,6 +82,12 @@ What it leaves
   --list FILE           the BASIC program in the machine at the end, as text (UTF-8)
   --stats               T-states, frames and speed, on the standard error output
   --help                this text, and nothing else
+
+With a debugger of the GDB remote protocol
+  --gdb PORT            wait for one at this TCP port, on this computer's loopback interface alone; at another
+                        interface only as ADDRESS:PORT; 0: a free port; -: standard input and output. The run
+                        goes on as the debugger says, until --frames or --seconds or an interrupt
+  --gdb-alone wait|run  what the machine does while no debugger is there (default: wait)
 
 The same again, byte for byte
   --date YYYY-MM-DDTHH:MM:SS   what the calendar clock shows, standing still
@@ -217,6 +224,8 @@ run_options parse_run_options(int argc, char **argv) {
          [&o](auto &name, auto &value) { o.exit_text.push_back(parse_exit_text(name, value)); }},
         {"--halt", choice_into(o.halt_waits, "stop", "wait")},
         {"--undefined", choice_into(o.steps_over, "stop", "run")},
+        {"--gdb-alone", choice_into(o.gdb_alone_runs, "wait", "run")},
+        {"--gdb", path_into(o.gdb)},
         {"--roms", path_into(o.roms)},
         {"--settings", path_into(o.settings)},
         {"--load-dump", path_into(o.load_dump)},
@@ -278,6 +287,11 @@ run_options parse_run_options(int argc, char **argv) {
         throw run_failure("--record-input and --replay-input: the same file");
     if (!o.bas.empty() && !o.tape.empty()) throw run_failure("--bas and --tape: the deck holds one of them");
     if (o.run && o.bas.empty()) throw run_failure("--run: --bas names the program");
+    if (!o.gdb.empty() && (o.debug || o.json || !o.until.empty() || o.exit_port))
+        throw run_failure("--gdb: with it --debug, --json, --until and --exit-port have no place");
+    if (o.gdb_alone_runs && o.gdb.empty()) throw run_failure("--gdb-alone: --gdb lets a debugger come");
+    if (!o.gdb.empty() && is_standard_gdb_place(o.gdb) && o.text)
+        throw run_failure("--gdb " + o.gdb + " and --text: the standard output is for one of them");
     if (o.png_every != 0 && o.png.empty()) throw run_failure("--png-every: --png names the pictures");
     return o;
 }

@@ -46,6 +46,8 @@ struct run_options {
     std::string trace, profile, coverage;
     uint8_t faults = 0; // fault_kind of debug/memory_faults.h
     bool stop_at_faults = false;
+    std::string gdb;             // where a debugger comes in; empty: none does
+    bool gdb_alone_runs = false; // the machine, while none is there; else it waits
 };
 
 extern const char run_help[];

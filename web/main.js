@@ -85,13 +85,11 @@ function setPaused(on) {
   paused = on;
   $('pause').setAttribute('aria-pressed', String(on));
   if (on) keys.releaseAll();
-  sound.still = paused || fast;
 }
 
 function setFast(on) {
   fast = on;
   $('fast').setAttribute('aria-pressed', String(on));
-  sound.still = paused || fast;
 }
 
 // ---- power and files
@@ -113,7 +111,6 @@ function applyMachineSettings() {
 // Runs until BASIC has said Ok, so that what is typed arrives.
 function waitForBasic() {
   for (let i = 0; i < 300 && !machine.screenText().includes('Ok'); i++) machine.runFrame();
-  sound.excuse();
 }
 
 // Runs through the quarter of a second in which the screen is still dark.
@@ -264,7 +261,6 @@ function takeProgram() {
   } finally {
     machine.load(before);
     machine.recordTape(false);
-    sound.excuse();
   }
 }
 

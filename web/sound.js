@@ -1,13 +1,14 @@
 // The sound: what the machine made goes to a worklet's queue. Its clock and the page's drift apart, so the rate at which the
 // machine makes samples follows the queue's fill: too full, a little less; too empty, a little more. At most half a per cent,
 // which nobody hears, and never by dropping or repeating samples.
+
 //
 // How much waits in the queue follows the host: where it ran dry, the page is held up for longer than what had waited, so more
-// waits from then on, and after a while without trouble a little less again, but not as little as was too little once.
+// waits from then on, and after a while without trouble a little less again.
 
-const FIRST = 0.09, LEAST = 0.06, MOST = 0.2; // seconds that wait in the queue
-const MORE = 0.03;                 // seconds more after an underrun
-const LESS = 0.005, PATIENCE = 60; // seconds less, after so many seconds without one
+const LEAST = 0.06, MOST = 0.2;     // seconds that wait in the queue
+const MORE = 0.03;                  // seconds more after an underrun
+const LESS = 0.005, PATIENCE = 60;  // seconds less, after so many seconds without one
 const STRONGEST = 0.005;
 
 export class Sound {
@@ -16,11 +17,8 @@ export class Sound {
     this.fill = 0;      // seconds, as the worklet last said, and what was sent since
     this.on = true;
     this.underruns = 0;
-    this.target = FIRST;
-    this.least = LEAST;
+    this.target = LEAST;
     this.quietSince = 0; // seconds of the context
-    this.still = false;  // nothing is played on purpose
-    this.excused = 0;    // seconds of the context, until which an underrun says nothing about the host
   }
 
   // Needs a gesture of the person. True when sound runs.
@@ -51,21 +49,11 @@ export class Sound {
   get running() { return this.context?.state === 'running' && this.node !== undefined; }
   get wants() { return this.fill < this.target; }
 
-  // The page itself is busy, or rests.
-  excuse() { if (this.context) this.excused = this.context.currentTime + 0.5; }
-
   adapt(underruns) {
     const now = this.context.currentTime;
-    if (this.still) this.excuse();
-    if (now < this.excused) {
-      this.underruns = underruns;
-      return;
-    }
-    if (underruns > this.underruns) {
-      this.least = Math.min(MOST, this.target + LESS);
-      this.target = Math.min(MOST, this.target + MORE);
-    } else if (now - this.quietSince < PATIENCE) return;
-    else this.target = Math.max(this.least, this.target - LESS);
+    if (underruns > this.underruns) this.target = Math.min(MOST, this.target + MORE);
+    else if (now - this.quietSince < PATIENCE) return;
+    else this.target = Math.max(LEAST, this.target - LESS);
     this.underruns = underruns;
     this.quietSince = now;
   }

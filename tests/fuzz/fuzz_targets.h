@@ -22,3 +22,4 @@ int fuzz_settings(const uint8_t *data, size_t size); // a settings file, read, w
 int fuzz_bitmap(const uint8_t *data, size_t size);   // a bitmap, as a file and as a resource
 int fuzz_snapshot(const uint8_t *data, size_t size); // a snapshot spoilt as the input says
 int fuzz_program(const uint8_t *data, size_t size);  // port writes in any order, then a program, then frames
+int fuzz_wire(const uint8_t *data, size_t size); // what a debugger's client says, packets and anything else

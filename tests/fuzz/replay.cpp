@@ -22,6 +22,7 @@ struct target {
 const target targets[] = {
     {"tape", fuzz_tape},     {"dump", fuzz_dump},       {"settings", fuzz_settings},
     {"bitmap", fuzz_bitmap}, {"program", fuzz_program}, {"snapshot", fuzz_snapshot},
+    {"wire", fuzz_wire},
 };
 
 std::vector<bytes> corpus_of(const char *name) {

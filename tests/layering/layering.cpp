@@ -32,6 +32,7 @@ const std::map<std::string, names> rooms = {
     {"api", {"display records", "sound", "display", "machine", "cpu", "support", "resources"}},
     {"api files", {"api", "machine", "machine files", "support"}},
     {"debug", {"api", "display records", "display", "machine", "cpu", "support"}},
+    {"debug/wire", {"debug", "api", "platform"}},
     {"app",
      {"api", "display records", "z80_thread", "presentation", "sound", "display", "machine", "cpu", "support",
       "platform", "machine files", "platform/desktop", "resources", "translations"}},
