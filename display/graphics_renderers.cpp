@@ -26,7 +26,7 @@ constexpr uint32_t seen_bytes = plane_lines * line_bytes; // of each plane
 // `from[k]` is the machine's plane that goes to plane k.
 void copy_planes(const std::array<uint32_t, 3> &from) {
     machine.video_lock();
-    for (int plane = 0; plane < 3; ++plane)
+    for (uint32_t plane = 0; plane < 3; ++plane)
         std::memcpy(picture_planes[plane], machine.gvram[from[plane]], seen_bytes);
     machine.video_unlock();
 }
