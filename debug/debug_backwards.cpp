@@ -33,7 +33,9 @@ void debug_driver::machinery::run_again(const visitor &visit) {
         const uint64_t left = std::min(driver.own_history->put_in_again(), a_piece);
         const int32_t ended_by = kiv_run(static_cast<uint32_t>(left));
         frame_seen |= ended_by == KIV_RUN_FRAME;
-        if (ended_by == KIV_RUN_STOPPED && !stopped) break;
+        if (ended_by != KIV_RUN_STOPPED || stopped) continue;
+        driver.own_history->put_in_again(); // a reset may have set it going again, at this very instant
+        if (has_stopped()) break;
     }
     if (stopped) run_state.frame_due = 0;
     visiting = nullptr;

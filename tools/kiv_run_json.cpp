@@ -366,7 +366,8 @@ void answer_requests(run_bench &bench) {
         } catch (const bad_request &wrong) {
             answer = {{"error", wrong.text}, {"code", wrong.code}};
         }
-        if (request.is_object() && request.contains("id")) answer["id"] = request["id"];
+        if (request.is_object() && request.contains("id") && request["id"].is_primitive())
+            answer["id"] = request["id"];
         if (!log_lines.empty()) answer["log"] = std::exchange(log_lines, {});
         const std::string text = answer.dump(-1, ' ', false, json::error_handler_t::replace) + "\n";
         if (std::fputs(text.c_str(), stdout) < 0 || std::fflush(stdout) != 0)

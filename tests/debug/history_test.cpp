@@ -156,6 +156,15 @@ TEST_F(History, AProcessorThatHasStoppedRunsAgain) {
     EXPECT_EQ(driver.back(aim_kind::into).pc, 0);
     driver.set_register(KIV_REG_PC, 2);
     EXPECT_EQ(go().kind, stop_kind::processor);
+    // Set going again by a reset, and run again across it.
+    const uint64_t first_stop = kiv_t_states();
+    ASSERT_EQ(kiv_reset(), KIV_OK);
+    driver.changed();
+    ASSERT_EQ(go().kind, stop_kind::processor);
+    ASSERT_GT(kiv_t_states(), first_stop);
+    EXPECT_EQ(driver.back(aim_kind::into).pc, 2);
+    EXPECT_EQ(driver.back(aim_kind::into).pc, 0);
+    EXPECT_EQ(kiv_t_states(), first_stop);
 }
 
 TEST_F(History, ForgetsWhatIsTooOldAndWhatOtherRomsMade) {
