@@ -39,11 +39,11 @@ constexpr uint64_t frames_of_a_test = 20000; // six minutes: a program that shal
 constexpr size_t longest_listing = 1 << 20;  // BASIC has room for 28 KB
 constexpr size_t longest_dump = 0x8000;      // what is looked at of a longer file
 
-volatile std::sig_atomic_t interrupted = 0;
-debug_driver *interruptible = nullptr; // what a person may stop at the terminal
+volatile std::sig_atomic_t interrupted = 0; // by which signal
+debug_driver *interruptible = nullptr;      // what a person may stop at the terminal
 
-void interrupt(int) {
-    interrupted = 1;
+void interrupt(int signal) {
+    interrupted = signal;
     if (interruptible != nullptr) interruptible->ask_to_stop();
 }
 
@@ -265,8 +265,8 @@ void machine_run::frame_shown() {
     look_for_the_end();
     if (on_terminal && frames % 32 == 0) show_progress();
     if (bench && bench->frame_shown(frames)) frame_limit = frames;
-    if (interrupted && bench && bench->interactive) {
-        interrupted = 0; // the driver has been asked to stop
+    if (interrupted == SIGINT && bench && bench->interactive) {
+        interrupted = 0; // the driver has been asked to stop, and the person goes on
         return;
     }
     if (interrupted && options.gdb.empty())
@@ -441,7 +441,9 @@ int main(int argc, char **argv) {
         // A debugger that has started this program itself may get the terminal's interrupts, too.
         const bool of_debugger = !options.gdb.empty() && is_standard_gdb_place(options.gdb);
         std::signal(SIGINT, of_debugger ? SIG_IGN : interrupt);
-        std::signal(SIGTERM, [](int) { interrupted = 1; });
+        struct sigaction end {};
+        end.sa_handler = interrupt; // without SA_RESTART: a prompt that waits ends, too
+        sigaction(SIGTERM, &end, nullptr);
         const auto run =
             std::make_unique<machine_run>(options); // the frame's pixels are too many for a stack
         run->prepare();

@@ -116,6 +116,13 @@ TEST_F(KivRunBench, ATerminalsCommandsComeFromItsInput) {
     EXPECT_NE(said.find("4 $4 %"), std::string::npos) << said;
     run("--debug", "nonsense\n");
     EXPECT_EQ(code, 2) << "a wrong line, and nobody saw it";
+    // Asked to end, it does not take up the next line.
+    put_file(folder / "ended.sh", "timeout --preserve-status -k 100 1 '" KIV_RUN "' --debug\nexit $?\n");
+    put_file(folder / "in.txt", "go\ngo\ngo\n");
+    const int status =
+        std::system(("cd '" + folder.path + "' && sh ended.sh <in.txt >out.txt 2>err.txt").c_str());
+    EXPECT_EQ(WEXITSTATUS(status), 1);
+    EXPECT_NE(get_file(folder / "err.txt").find("interrupted after"), std::string::npos);
 }
 
 TEST_F(KivRunBench, KeysAreWrittenDownAndStruckAgain) {
