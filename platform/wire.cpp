@@ -153,16 +153,19 @@ void wire_listener::close() {
     own_port = 0;
 }
 
-void wait_for_wires(const wire_listener *listener, const std::vector<wire_wanted> &wires, int milliseconds) {
+bool wait_for_wires(const wire_listener *listener, const std::vector<wire_wanted> &wires, int milliseconds) {
     std::vector<pollfd> asked;
     if (listener != nullptr)
         for (const int each : listener->sockets) asked.push_back({each, POLLIN, 0});
+    const size_t listening = asked.size();
     for (const wire_wanted &w : wires) {
         if (!w.which->is_open()) continue;
         asked.push_back({w.which->input, POLLIN, 0});
         if (w.to_write) asked.push_back({w.which->output, POLLOUT, 0});
     }
-    ::poll(asked.data(), asked.size(), milliseconds);
+    if (::poll(asked.data(), asked.size(), milliseconds) <= 0) return false;
+    return std::any_of(asked.data(), asked.data() + listening,
+                       [](const pollfd &p) { return p.revents != 0; });
 }
 
 } // namespace platform

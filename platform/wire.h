@@ -33,7 +33,7 @@ class wire {
 
   private:
     friend class wire_listener;
-    friend void wait_for_wires(const class wire_listener *, const std::vector<struct wire_wanted> &, int);
+    friend bool wait_for_wires(const class wire_listener *, const std::vector<struct wire_wanted> &, int);
     wire(int input_, int output_, bool owned_) : input(input_), output(output_), owned(owned_) {}
     void swap(wire &other) noexcept;
 
@@ -57,7 +57,7 @@ class wire_listener {
     void close();
 
   private:
-    friend void wait_for_wires(const wire_listener *, const std::vector<struct wire_wanted> &, int);
+    friend bool wait_for_wires(const wire_listener *, const std::vector<struct wire_wanted> &, int);
     std::string open_one(const std::string &address, uint16_t port);
 
     std::vector<int> sockets;
@@ -70,7 +70,7 @@ struct wire_wanted {
 };
 
 // Until somebody comes, something can be read or written, a signal has come, or so many milliseconds have
-// passed. The listener may be null.
-void wait_for_wires(const wire_listener *listener, const std::vector<wire_wanted> &wires, int milliseconds);
+// passed. The listener may be null. False: nobody comes.
+bool wait_for_wires(const wire_listener *listener, const std::vector<wire_wanted> &wires, int milliseconds);
 
 } // namespace platform

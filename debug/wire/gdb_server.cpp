@@ -73,12 +73,14 @@ void gdb_server::welcome() {
         stands = false;
         word("a debugger has come");
     }
-    // What they say is taken, so that the word to them arrives.
+}
+
+// What those that were sent away say is taken, so that the word to them arrives.
+void gdb_server::drain() {
     std::erase_if(refused, [](platform::wire &w) {
         char bytes[1024];
-        int64_t got;
-        while ((got = w.read(bytes, sizeof bytes)) > 0) {
-        }
+        int64_t got = 1;
+        for (int i = 0; i < 64 && got > 0; ++i) got = w.read(bytes, sizeof bytes);
         return got < 0;
     });
 }
@@ -133,15 +135,15 @@ bool gdb_server::run(uint64_t t_states) {
     return true;
 }
 
-void gdb_server::wait() {
+bool gdb_server::wait() {
     std::vector<platform::wire_wanted> wires{{&client, !stub.output().empty()}};
     for (const platform::wire &w : refused) wires.push_back({&w, false});
-    platform::wait_for_wires(&listener, wires, stub.waits() ? between_answers : a_while);
+    return platform::wait_for_wires(&listener, wires, stub.waits() ? between_answers : a_while);
 }
 
 bool gdb_server::turn(uint64_t t_states) {
-    if (!machine_runs()) wait();
-    welcome();
+    if (machine_runs() || wait()) welcome();
+    drain();
     hear();
     tell();
     if (standard && !client.is_open() && !runs_alone) return false;

@@ -46,12 +46,13 @@ class gdb_server {
   private:
     void welcome();
     void refuse(platform::wire visitor);
+    void drain();
     void hear();
     void tell();
     void lose(const char *how);
     bool machine_runs() const { return client.is_open() ? stub.runs() : runs_alone && !stands; }
     bool run(uint64_t t_states);
-    void wait();
+    bool wait(); // false: nobody comes
     void word(const std::string &line) const {
         if (on_word) on_word(line);
     }

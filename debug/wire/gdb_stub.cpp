@@ -159,9 +159,9 @@ std::string text_of(const char *format, auto... values) {
     return text;
 }
 
-// Nothing of it is read-only for a debugger: where ROM is seen, RAM lies under it. The second range goes to the
-// end of 64 bits, for the areas and because gdb, looking for return addresses on the stack, reads three bytes
-// in front of address 1.
+// Nothing of it is read-only for a debugger: where ROM is seen, RAM lies under it. The second range goes to
+// the end of 64 bits, for the areas and because gdb, looking for return addresses on the stack, reads three
+// bytes in front of address 1.
 constexpr char memory_map[] = "<?xml version=\"1.0\"?><memory-map>"
                               "<memory type=\"ram\" start=\"0x0\" length=\"0x10000\"/>"
                               "<memory type=\"ram\" start=\"0x10000\" length=\"0xffffffffffff0000\"/>"

@@ -199,4 +199,28 @@ TEST_F(KivRunBench, AnswersRequests) {
     }
 }
 
+// The packets' sums are of the protocol's description, not of the server.
+TEST_F(KivRunBench, ADebuggerOnTheStandardStreams) {
+    const auto packet = [](const std::string &data) {
+        unsigned sum = 0;
+        for (const char c : data) sum += static_cast<unsigned char>(c);
+        char text[8];
+        std::snprintf(text, sizeof text, "#%02x", sum & 0xFF);
+        return "$" + data + text;
+    };
+    const std::string where = "7072696e74205043"; // print PC
+    const std::string said = run("--gdb - --script start.kivdbg",
+                                 packet("pb") + packet("m9000,3") + packet("qRcmd," + where) + packet("s"));
+    EXPECT_EQ(code, 0) << said;
+    for (const std::string &answer :
+         {packet("0090"), packet("210091"), packet("T050a:00bf;0b:0390;thread:1;")})
+        EXPECT_NE(said.find("+" + answer), std::string::npos) << answer << " in " << said;
+    EXPECT_NE(said.find("2439303030"), std::string::npos) << "the console says $9000: " << said;
+    for (const char *wrong :
+         {"--gdb x", "--gdb - --text", "--gdb 0 --json", "--gdb-alone run", "--gdb 192.0.2.1:0"}) {
+        run(wrong);
+        EXPECT_EQ(code, 1) << wrong;
+    }
+}
+
 } // namespace
