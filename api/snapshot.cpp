@@ -171,20 +171,19 @@ template <class Archive> void pcg_fields(fields<Archive> f) {
 
 // Of the changes that wait their number is told, so that it can be checked. It is read first: a key that is
 // struck while the machine's thread takes a snapshot belongs to the time after it.
-template <class Archive> void keyboard_fields(fields<Archive> f) {
+template <class Archive> void keyboard_fields(fields<Archive> f, key_matrix_block &keys) {
     uint32_t waiting =
-        __atomic_load_n(&machine.key_changes_asked.value, __ATOMIC_ACQUIRE) - machine.key_changes_made;
-    f(machine.key_matrix, machine.key_retraces, machine.key_pressed_at);
-    for (key_change &c : machine.key_changes) f(c.due, c.key, c.down);
-    f(machine.key_changes_made);
+        __atomic_load_n(&keys.key_changes_asked.value, __ATOMIC_ACQUIRE) - keys.key_changes_made;
+    f(keys.key_matrix, keys.key_retraces, keys.key_pressed_at);
+    for (key_change &c : keys.key_changes) f(c.due, c.key, c.down);
+    f(keys.key_changes_made);
     f.ranged(waiting, 0, key_changes_size);
-    if constexpr (std::is_same_v<Archive, loading>)
-        machine.key_changes_asked = machine.key_changes_made + waiting;
+    if constexpr (std::is_same_v<Archive, loading>) keys.key_changes_asked = keys.key_changes_made + waiting;
 }
 
 // Everything of the machine but its memory and the choice of the attribute decoder.
-template <class Archive> void machine_fields(fields<Archive> f) {
-    keyboard_fields(f);
+template <class Archive> void machine_fields(fields<Archive> f, key_matrix_block &keys = machine) {
+    keyboard_fields(f, keys);
     for (auto &colour : machine.palette) f.ranged(colour, 0, 7);
     f(machine.sys_status, machine.gvram_select, machine.port10, machine.port21, machine.port30,
       machine.port31, machine.port40, machine.port70, machine.port71, machine.portE4, machine.portE6);
@@ -479,9 +478,9 @@ template <class Take> bool holds(const section &in, Take take) {
     return c.good && c.left == 0;
 }
 
-template <class Archive> void take_machine(Archive &a) {
+template <class Archive> void take_machine(Archive &a, key_matrix_block &keys = machine) {
     const uint8_t *const memory = a.take_bytes(memory_size);
-    machine_fields(fields<Archive>{a});
+    machine_fields(fields<Archive>{a}, keys);
     const auto mono = a.template take<uint8_t>();
     if constexpr (std::is_same_v<Archive, loading>) {
         load_memory(memory);
@@ -567,7 +566,8 @@ void load_tape(arrival &a) {
 void load_all(arrival &a, const snapshot_parts &parts) {
     const all_found &f = a.found;
     loading in{{f.machine.at, f.machine.size}};
-    take_machine(in);
+    key_matrix_block of_snapshot;
+    take_machine(in, parts.keeps_keys ? of_snapshot : machine);
     loading processor{{f.processor.at, f.processor.size}};
     processor_fields(fields<loading>{processor});
     a.run.calendar = calendar_after_load(run_state.calendar, a.run.calendar);
@@ -629,6 +629,31 @@ bool snapshot_seal(uint8_t *bytes, size_t size) {
     if (size < header_size) return false;
     put_little_endian(bytes + checksum_at, checksum64(bytes + header_size, size - header_size));
     return true;
+}
+
+void snapshot_append(std::vector<uint8_t> &bytes, const char *tag, const std::vector<uint8_t> &body) {
+    if (bytes.size() < header_size) return;
+    const size_t at = bytes.size();
+    bytes.resize(at + section_header_size + body.size());
+    section_writer writer{bytes.data() + at};
+    writer.add(tag, [&](auto &a) { a.bytes(body.data(), body.size()); });
+    put_little_endian(bytes.data() + sections_at,
+                      get_little_endian<uint32_t>(bytes.data() + sections_at) + 1);
+    put_little_endian(bytes.data() + length_at, uint64_t{bytes.size()});
+    snapshot_seal(bytes.data(), bytes.size());
+}
+
+std::vector<uint8_t> snapshot_section(const uint8_t *bytes, size_t size, const char *tag) {
+    if (size < header_size || std::memcmp(bytes, magic, sizeof magic) != 0) return {};
+    source s{bytes + header_size, size - header_size};
+    while (s.left != 0) {
+        const uint8_t *const its_tag = s.take_bytes(tag_size);
+        const auto length = s.take<uint64_t>();
+        if (!s.good || length > s.left) return {};
+        const uint8_t *const body = s.take_bytes(static_cast<size_t>(length));
+        if (std::memcmp(its_tag, tag, tag_size) == 0) return {body, body + length};
+    }
+    return {};
 }
 
 snapshot_fault snapshot_read(const snapshot_parts &parts, const uint8_t *bytes, size_t size) {

@@ -9,6 +9,7 @@
 #include "support/byte_store.h"
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
 struct resampler_block;
 
@@ -17,6 +18,7 @@ struct snapshot_parts {
     sound_block &sound;
     byte_store *tape_output = nullptr;    // what the machine wrote and nobody has taken yet; null: nothing
     resampler_block *resampler = nullptr; // null: not in it
+    bool keeps_keys = false;              // reading: the keyboard stays as it is
 };
 
 enum class tape_in_snapshot { whole, checksum_only };
@@ -40,6 +42,11 @@ size_t snapshot_size(const snapshot_parts &parts, tape_in_snapshot tape);
 size_t snapshot_limit(tape_in_snapshot tape, size_t tape_output);
 // Writes snapshot_size bytes.
 void snapshot_write(const snapshot_parts &parts, tape_in_snapshot tape, uint8_t *bytes);
+
+// Appends a section of the caller's own to a snapshot; readers pass over it. `tag`: four characters.
+void snapshot_append(std::vector<uint8_t> &bytes, const char *tag, const std::vector<uint8_t> &body);
+// The body of a section; empty: none, or no snapshot. Its checksum is not looked at.
+std::vector<uint8_t> snapshot_section(const uint8_t *bytes, size_t size, const char *tag);
 
 // Puts a snapshot into the machine. After any fault everything is as it was.
 [[nodiscard]] snapshot_fault snapshot_read(const snapshot_parts &parts, const uint8_t *bytes, size_t size);

@@ -27,6 +27,12 @@ void frame_history::frame_ended() {
     ring.push(bytes.data(), bytes.size(), stamp_of_now());
 }
 
+void frame_history::show_ahead(uint32_t frames) {
+    kiv_directx *const directx = kiv_directx::instance();
+    if (directx == nullptr) return;
+    directx->compose_ahead([&](auto compose) { ahead.look(frames, directx->sound_state(), compose); });
+}
+
 std::string frame_history::go_back_to(uint64_t stamp) {
     return ring.empty() ? std::string() : go_back(ring.find(stamp) + 1);
 }

@@ -1,6 +1,7 @@
-// The last two minutes of the machine, a snapshot a frame.
+// The last two minutes of the machine, a snapshot a frame; and a look at what comes next.
 #pragma once
 
+#include "api/run_ahead.h"
 #include "api/snapshot.h"
 #include "api/snapshot_ring.h"
 #include "cpu/z80_thread.h"
@@ -11,6 +12,7 @@ class frame_history final : public frame_watcher {
   public:
     // CPU thread, or window thread while that is parked, as all that follows.
     void frame_ended() override;
+    void show_ahead(uint32_t frames) override;
     // Back to the last frame that is not later than `stamp`, T-states as `now` tells them, and at most to the
     // oldest. What came later is forgotten. Empty, or why not.
     std::string go_back_to(uint64_t stamp);
@@ -25,5 +27,6 @@ class frame_history final : public frame_watcher {
 
     snapshot_ring ring{{size_t{64} << 20, uint64_t{120} * 3993600}};
     std::vector<uint8_t> bytes;
+    run_ahead ahead;
     uint64_t offset = 0; // of the stamps from run_state.cycles, which a loaded state sets anywhere
 };

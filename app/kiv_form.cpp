@@ -373,7 +373,13 @@ void kiv_form::toggle_sound() {
 }
 
 void kiv_form::toggle_pcg_glyphs() {
-    machine.pcg_glyphs_on = machine.pcg_glyphs_on == 0;
+    if (in_dialog) return;
+    {
+        // The CPU thread may be ahead of the machine, and comes back to what was before.
+        std::optional<pause_scope> pause;
+        if (!deactivated) pause.emplace(*this);
+        machine.pcg_glyphs_on = machine.pcg_glyphs_on == 0;
+    }
     notify(platform::text(machine.pcg_glyphs_on != 0 ? "PCG-8100 ON" : "PCG-8100 OFF"));
 }
 

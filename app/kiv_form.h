@@ -74,6 +74,7 @@ enum form_menu_item : uint32_t {
     menu_frame_forth,
     menu_frame_back,
     menu_rewind,
+    menu_fast_tape,
     // The first of a row each.
     menu_recent = 0x100,
     menu_scale = 0x110,
@@ -82,6 +83,7 @@ enum form_menu_item : uint32_t {
     menu_state_save = 0x140,
     menu_state_load = 0x150,
     menu_speed = 0x160,
+    menu_run_ahead = 0x170,
 };
 
 constexpr size_t path_limit = 512; // bytes of a path with its closing 0
@@ -170,6 +172,8 @@ class kiv_form final : public main_window, public platform::window_listener {
     // States.
     static std::string state_path(uint32_t slot); // 0 to 9
     static std::string state_time(uint32_t slot);
+    static constexpr uint32_t state_slots = 10;
+    std::shared_ptr<const platform::menu_picture> state_picture(uint32_t slot) const;
     void save_state(uint32_t slot);
     void load_state(uint32_t slot);
     void save_state_file(const std::string &path, const std::string &name);
@@ -261,6 +265,11 @@ class kiv_form final : public main_window, public platform::window_listener {
     std::string settings_fault;       // why not
     uint32_t state_slot = 1;          // last saved to or loaded from
     std::vector<uint8_t> before_load; // what the last load threw away
+    struct shown_state {
+        int64_t saved_at = 0; // nanoseconds
+        std::shared_ptr<const platform::menu_picture> picture;
+    };
+    mutable std::array<shown_state, state_slots> shown_states; // as last read for the menu
     typist typing;
     uint32_t typing_total = 0;
     bool typing_ticks = false;

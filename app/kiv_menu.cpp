@@ -19,7 +19,6 @@ using platform::text;
 namespace {
 
 constexpr int greatest_scale = 6;
-constexpr uint32_t state_slots = 10;
 constexpr uint32_t tape_bytes_per_second = 120; // 1200 baud, ten bits a byte
 
 menu_item item(uint32_t id, const char *japanese, const char *shortcut = "", bool enabled = true) {
@@ -81,6 +80,8 @@ const kiv_form::menu_command kiv_form::menu_commands[] = {
     {menu_tape_stop, 1, [](kiv_form &f, uint32_t) { f.tape_command(tape_stop); }},
     {menu_tape_rewind, 1, [](kiv_form &f, uint32_t) { f.tape_command(tape_rewind); }},
     {menu_tape_eject, 1, [](kiv_form &f, uint32_t) { f.tape_command(tape_eject); }},
+    {menu_fast_tape, 1, [](kiv_form &f, uint32_t) { f.choose(user_fast_tape, !f.lenient(user_fast_tape)); }},
+    {menu_run_ahead, 3, [](kiv_form &f, uint32_t n) { f.choose(user_run_ahead, static_cast<int>(n)); }},
     {menu_tape_output, 1, [](kiv_form &f, uint32_t) { f.select_tape_output(); }},
     {menu_full_screen, 1, [](kiv_form &f, uint32_t) { f.change_screen(); }},
     {menu_scale, greatest_scale,
@@ -157,8 +158,9 @@ std::vector<menu_item> kiv_form::state_menu() const {
     std::vector<menu_item> save, load;
     for (uint32_t n = 0; n < state_slots; ++n) {
         const std::string time = state_time(n), label = "&" + std::to_string(n) + "  " + time;
-        save.push_back({menu_state_save + n, label, "", true, menu_item::plain, false, {}});
-        load.push_back({menu_state_load + n, label, "", !time.empty(), menu_item::plain, false, {}});
+        const auto picture = state_picture(n);
+        save.push_back({menu_state_save + n, label, "", true, menu_item::plain, false, {}, picture});
+        load.push_back({menu_state_load + n, label, "", !time.empty(), menu_item::plain, false, {}, picture});
     }
     return {item(menu_state_quick_save, "ステートの保存(&Q)", "Alt+Q"),
             item(menu_state_quick_load, "ステートの読み込み(&L)", "Alt+L", !state_time(state_slot).empty()),
@@ -201,6 +203,7 @@ std::vector<menu_item> kiv_form::tape_menu() const {
             item(menu_tape_rewind, "巻き戻し(&R)", "", loaded),
             item(menu_tape_eject, "取り出し(&E)", "", loaded),
             separator(),
+            check(menu_fast_tape, "速く読み込む(&F)", lenient(user_fast_tape)),
             item(menu_tape_output, "録音先(&O)...", "Shift+F9")};
 }
 
@@ -236,7 +239,7 @@ std::vector<menu_item> kiv_form::sound_menu() const {
 }
 
 std::vector<menu_item> kiv_form::settings_menu() const {
-    const int language = own.values[user_language];
+    const int language = own.values[user_language], ahead = own.values[user_run_ahead];
     return {item(menu_settings, "機能設定(&S)...", "F7"),
             separator(),
             check(menu_halt_waits, "HALTは割り込みを待つ(&H)", lenient(user_halt_waits)),
@@ -245,6 +248,9 @@ std::vector<menu_item> kiv_form::settings_menu() const {
             check(menu_by_character, "キーを文字で読む(&C)", own.values[user_by_character] != 0),
             item(menu_pads, "ゲームパッド(&G)..."),
             separator(),
+            submenu("画面の先読み(&R)", {choice(menu_run_ahead, text("なし(&N)"), ahead == 0),
+                                         choice(menu_run_ahead + 1, text("1 フレーム(&1)"), ahead == 1),
+                                         choice(menu_run_ahead + 2, text("2 フレーム(&2)"), ahead == 2)}),
             submenu("言語 / Language(&L)",
                     {choice(menu_language, text("デスクトップに合わせる(&A)"), language == 0),
                      choice(menu_language + 1, "日本語(&J)", language == 1),
@@ -301,6 +307,8 @@ void kiv_form::apply_user_settings() {
     host.get_sound().set_loudness(own.values[user_volume] * 100 / user_volume_highest);
     z80_lenient.halt_waits = lenient(user_halt_waits);
     z80_lenient.undefined_runs = lenient(user_steps_over);
+    program.cpu_thread->set_run_ahead(static_cast<uint32_t>(own.values[user_run_ahead]));
+    program.cpu_thread->set_fast_tape(lenient(user_fast_tape));
     apply_language();
     if (window->keyboard_shown()) show_keyboard();
     window->menus_changed();

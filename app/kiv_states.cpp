@@ -20,7 +20,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr char state_extension[] = ".kst";
+constexpr char state_extension[] = ".kst", tag_of_picture[] = "PICT";
 constexpr uint64_t most_state_bytes = uint64_t{1} << 30; // with the largest tape in it
 
 std::string states_folder() {
@@ -35,6 +35,31 @@ std::vector<uint8_t> state_now() {
     std::vector<uint8_t> bytes(snapshot_size(parts, tape_in_snapshot::whole));
     snapshot_write(parts, tape_in_snapshot::whole, bytes.data());
     return bytes;
+}
+
+constexpr int picture_width = kiv_directx::small_width, picture_height = kiv_directx::small_height;
+constexpr size_t picture_head = 4, picture_bytes = picture_head + size_t{picture_width} * picture_height * 3;
+
+// With what a person knows it by.
+std::vector<uint8_t> state_with_picture() {
+    std::vector<uint8_t> bytes = state_now();
+    const std::vector<uint32_t> pixels = program.directx->small_picture();
+    if (pixels.empty()) return bytes;
+    std::vector<uint8_t> body = {picture_width & 0xFF, picture_width >> 8, picture_height & 0xFF,
+                                 picture_height >> 8};
+    for (const uint32_t p : pixels)
+        for (const int shift : {16, 8, 0}) body.push_back(static_cast<uint8_t>(p >> shift));
+    snapshot_append(bytes, tag_of_picture, body);
+    return bytes;
+}
+
+std::shared_ptr<const platform::menu_picture> picture_in(const std::vector<uint8_t> &state) {
+    const std::vector<uint8_t> body = snapshot_section(state.data(), state.size(), tag_of_picture);
+    if (body.size() != picture_bytes || body[0] != picture_width || body[2] != picture_height) return nullptr;
+    platform::menu_picture shown{picture_width, picture_height, {}};
+    for (size_t at = picture_head; at < body.size(); at += 3)
+        shown.pixels.push_back(static_cast<uint32_t>(body[at] << 16 | body[at + 1] << 8 | body[at + 2]));
+    return std::make_shared<const platform::menu_picture>(std::move(shown));
 }
 
 // The whole file; why it cannot be read in `wrong`.
@@ -78,6 +103,21 @@ std::string kiv_form::state_time(uint32_t slot) {
     return text;
 }
 
+// Read again when the file is another than the last time.
+std::shared_ptr<const platform::menu_picture> kiv_form::state_picture(uint32_t slot) const {
+    shown_state &shown = shown_states[slot];
+    struct stat file {};
+    if (stat(state_path(slot).c_str(), &file) != 0) {
+        shown = {};
+        return nullptr;
+    }
+    const int64_t saved_at = int64_t{file.st_mtim.tv_sec} * 1'000'000'000 + file.st_mtim.tv_nsec;
+    if (saved_at == shown.saved_at) return shown.picture;
+    std::string wrong; // a state without a picture, then
+    shown = {saved_at, picture_in(bytes_of(state_path(slot), wrong))};
+    return shown.picture;
+}
+
 void kiv_form::save_state(uint32_t slot) {
     state_slot = slot;
     save_state_file(state_path(slot), platform::text("ステート") + " " + std::to_string(slot));
@@ -91,7 +131,7 @@ void kiv_form::load_state(uint32_t slot) {
 void kiv_form::save_state_file(const std::string &path, const std::string &name) {
     const pause_scope pause(*this);
     if (!pause) return;
-    const std::vector<uint8_t> bytes = state_now();
+    const std::vector<uint8_t> bytes = state_with_picture();
     std::error_code ignored; // the write says why
     fs::create_directories(fs::path(path).parent_path(), ignored);
     notify(platform::atomic_write(path, bytes.data(), bytes.size())

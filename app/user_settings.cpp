@@ -29,6 +29,8 @@ constexpr value_rule rules[user_setting_count] = {
     {"volume", user_volume_highest, user_volume_highest},
     {"gamepads", 0, 1},
     {"speed", 100, 400, 25},
+    {"run_ahead", 0, 2},
+    {"fast_tape", 2, 2},
     // The ten-key's 8, 2, 4 and 6; space, Z, X, RETURN; SHIFT, CTRL; ESC, RETURN.
     {"pad_up", 8, user_pad_none},
     {"pad_down", 2, user_pad_none},

@@ -20,7 +20,9 @@ enum user_setting : size_t {
     user_volume,        // 0 to user_volume_highest, beside the machine's own
     user_gamepads,      // 1: gamepads are used
     user_speed,         // per cent of the machine's own
-    user_pad_up,        // and what follows, a pad_input each: row * 8 + bit of the key, or user_pad_none
+    user_run_ahead,     // frames that the picture is ahead, 0 to 2
+    user_fast_tape, // 1: tapes are read as fast as the host goes, 0: at their speed, 2: as suits the ROM set
+    user_pad_up,    // and what follows, a pad_input each: row * 8 + bit of the key, or user_pad_none
     user_pad_last = user_pad_up + 11,
     user_setting_count
 };

@@ -21,8 +21,10 @@ constexpr uint32_t cycles_between_looks = 1280; // 256 of the shortest instructi
 constexpr double shortest_sleep = 0.001;        // seconds; less is spun away
 constexpr double early_wake = 0.0005;           // what a sleep may be late
 constexpr uint32_t longest_sleep_ms = 20;       // so that a pause does not wait for a long slice's end
-constexpr double timer_units = 10'000'000;      // of a second
-constexpr double fastest_frames = 60;           // a second, of a machine that runs as fast as it can
+constexpr uint32_t looks_per_slice = 4;         // at the keys, at least
+constexpr uint32_t quiet_tape = 50;        // slices without a byte, after which the tape is not read any more
+constexpr double timer_units = 10'000'000; // of a second
+constexpr double fastest_frames = 60;      // a second, of a machine that runs as fast as it can
 constexpr uint64_t second_processor = 2, first_processor = 1;
 
 bool try_pin(uint64_t mask) {
@@ -219,6 +221,7 @@ void z80_thread::run_machine() {
     clock.slice_start = platform::performance_counter();
     follow_speed(clock);
     run_block &run = run_state;
+    uint32_t next_look = 0;                   // in slice_cycles
     uint64_t charged_cycles = elapsed_cycles; // of this object's runs, whatever a snapshot brings
     for (;;) {
         if (control.load(std::memory_order_relaxed) != control_run) {
@@ -241,9 +244,18 @@ void z80_thread::run_machine() {
             show_cycles(charged_cycles);
             // A snapshot takes as long as a frame does without waiting.
             if (clock.speed != any_speed || run.frames % 8 == 0) end_frame();
-            if (frame_is_wanted(clock)) render->post_message(render_frame, 0, 0);
+            show_frame(clock);
         }
-        if (run.slice_cycles < machine.cycles_per_slice) continue;
+        if (run.slice_cycles < machine.cycles_per_slice) {
+            // Keys are seen by passes that come after them: a slice run at once would have them wait for its
+            // end.
+            if (run.slice_cycles >= next_look) {
+                sleep_towards(clock, run.slice_cycles);
+                next_look = run.slice_cycles + machine.cycles_per_slice / looks_per_slice;
+            }
+            continue;
+        }
+        next_look = machine.cycles_per_slice / looks_per_slice;
         wait_for_slice_end(clock, run.slice_cycles);
         show_cycles(charged_cycles);
         if (directx != nullptr && clock.speed != any_speed)
@@ -269,9 +281,18 @@ void z80_thread::end_slice() {
     if (kiv_directx *const directx = kiv_directx::instance()) directx->next_slice();
 }
 
+// At a slice's end: the deck runs, and bytes were taken from the tape not long ago.
+bool z80_thread::reads_tape() {
+    const uint32_t at = machine.tape_position;
+    tape_quiet = at == tape_seen ? tape_quiet + 1 : 0;
+    tape_seen = at;
+    return fast_tape != 0 && machine.tape_image != nullptr && tape_quiet < quiet_tape &&
+           (machine.cassette_flags & (cassette_motor_off | cassette_stopped)) == 0;
+}
+
 // At any speed nobody could listen.
 void z80_thread::follow_speed(slice_clock &clock) {
-    const uint32_t wanted = speed;
+    const uint32_t wanted = reads_tape() ? any_speed : speed;
     if (wanted == clock.speed) return;
     clock.speed = wanted;
     kiv_directx *const directx = kiv_directx::instance();
@@ -279,6 +300,13 @@ void z80_thread::follow_speed(slice_clock &clock) {
     if (wanted == any_speed) return directx->stop();
     directx->set_sound_speed(wanted);
     directx->play();
+}
+
+void z80_thread::show_frame(slice_clock &clock) {
+    if (!frame_is_wanted(clock)) return;
+    if (const uint32_t frames = frames_ahead; frames != 0 && watcher != nullptr && clock.speed != any_speed)
+        watcher->show_ahead(frames);
+    render->post_message(render_frame, 0, 0);
 }
 
 // At any speed the screen gets what it can show; every frame of the machine would keep a processor busy.
@@ -362,4 +390,6 @@ void z80_thread::set_no_wait(uint32_t value) { run_state.charge_waits = static_c
 uint32_t z80_thread::get_dma_gain() const { return dma_gain; }
 void z80_thread::set_dma_gain(uint32_t value) { dma_gain = value; }
 void z80_thread::set_speed(uint32_t percent) { speed = percent; }
+void z80_thread::set_run_ahead(uint32_t frames) { frames_ahead = frames; }
+void z80_thread::set_fast_tape(bool on) { fast_tape = on; }
 void z80_thread::watch_frames(frame_watcher *who) { watcher = who; }

@@ -20,6 +20,8 @@
 class frame_watcher {
   public:
     virtual void frame_ended() = 0;
+    // CPU thread, after that: the picture `frames` frames from now is to be shown at the next frame message.
+    virtual void show_ahead(uint32_t frames) = 0;
 
   protected:
     ~frame_watcher() = default;
@@ -56,6 +58,10 @@ class z80_thread : public kel_thread, public emulated_clock {
     // Per cent of the machine's own speed, or any_speed; from any thread. The sound comes as fast or as slow
     // as the machine runs; at any speed it is silent.
     virtual void set_speed(uint32_t percent);
+    // Frames that the picture is ahead of the machine, 0 at first; from any thread.
+    virtual void set_run_ahead(uint32_t frames);
+    // While the machine reads its tape it runs as fast as the host goes; from any thread.
+    virtual void set_fast_tape(bool on);
     // Before the thread is created.
     void watch_frames(frame_watcher *watcher);
     // Parked only: runs on the caller's thread, without a sound, to the next frame's end. False: the CPU has
@@ -77,6 +83,8 @@ class z80_thread : public kel_thread, public emulated_clock {
     void end_frame();
     void end_slice();
     void follow_speed(slice_clock &clock);
+    bool reads_tape();
+    void show_frame(slice_clock &clock);
     bool frame_is_wanted(slice_clock &clock);
     void show_cycles(uint64_t charged);
     void sleep_towards(slice_clock &clock, uint64_t cycles);
@@ -105,6 +113,9 @@ class z80_thread : public kel_thread, public emulated_clock {
     shared<uint32_t> suspended{0};
     shared<uint32_t> dma_gain{20};
     shared<uint32_t> speed{full_speed};
+    shared<uint32_t> frames_ahead{0};
+    shared<uint32_t> fast_tape{0};
+    uint32_t tape_seen = 0, tape_quiet = 0; // its position at a slice's end, and slices since it moved
     frame_watcher *watcher = nullptr;
     std::unique_ptr<kiv_render> render;
 };

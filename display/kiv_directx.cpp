@@ -5,11 +5,13 @@
 #include "display/kiv_render.h"
 #include "display/overlay_font.h"
 #include "display/text_screen.h"
+#include "machine/kiv_machine.h"
 #include "platform/clock.h"
 #include "support/log.h"
 #include "support/main_window.h"
 #include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <span>
 
 namespace {
@@ -195,7 +197,10 @@ bool kiv_directx::describe_offscreen() {
     width = desc.width;
     height = desc.height;
     const int bytes_per_pixel = pixel_format == pixels_indexed8 ? 1 : 4;
+    const std::lock_guard lock(composer_mutex);
     set_frame_geometry(width, height, static_cast<uint32_t>(desc.pitch / bytes_per_pixel));
+    ahead_pixels.assign(static_cast<size_t>(desc.pitch) * static_cast<size_t>(height) / sizeof(uint32_t), 0);
+    ahead_waits = false;
     on_move();
     trace("DirectX: Surface desc lpitch = %d, height = %d, pixcel format = %d", desc.pitch, desc.height,
           static_cast<int>(desc.format.flags));
@@ -228,7 +233,7 @@ uint32_t kiv_directx::realizer() {
 
 // A parked machine's last frame may still be drawn, and reading the text takes the same working memory.
 std::string kiv_directx::screen_text() {
-    const std::lock_guard lock(surfaces_mutex);
+    const std::scoped_lock lock(surfaces_mutex, composer_mutex);
     std::string text(text_screen_utf8(nullptr, 0), '\0');
     text_screen_utf8(text.data(), text.size() + 1);
     return text;
@@ -260,13 +265,70 @@ bool kiv_directx::lock_offscreen(void *&pixels) {
 uint32_t kiv_directx::compose_locked() {
     void *pixels = nullptr;
     if (offscreen == nullptr || !lock_offscreen(pixels)) return 0;
-    geometry.frame_pixels = pixels;
-    const uint32_t rows = compose_frame(pixel_format);
+    const uint32_t rows = put_picture(pixels);
     give_frame(pixels);
     draw_overlay(pixels);
     offscreen->unlock();
     ++drawn;
     return rows;
+}
+
+// The picture made ahead, if one waits, else the machine's as it is now. The margin around it is not touched.
+uint32_t kiv_directx::put_picture(void *pixels) {
+    const std::lock_guard lock(composer_mutex);
+    if (!ahead_waits) {
+        geometry.frame_pixels = pixels;
+        return compose_frame(pixel_format);
+    }
+    ahead_waits = false;
+    const size_t pixel_bytes = pixel_format == pixels_indexed8 ? 1 : 4,
+                 pitch = geometry.frame_pitch * pixel_bytes;
+    size_t at = static_cast<size_t>(geometry.frame_top) * pitch +
+                static_cast<size_t>(geometry.frame_left) * pixel_bytes;
+    for (int y = 0; y < frame_height; ++y, at += pitch)
+        std::memcpy(static_cast<uint8_t *>(pixels) + at,
+                    reinterpret_cast<uint8_t *>(ahead_pixels.data()) + at, frame_width * pixel_bytes);
+    return ahead_rows;
+}
+
+// Under composer_mutex. The render thread holds that for as long as it composes or copies, never while it
+// waits for the screen.
+void kiv_directx::put_ahead() {
+    geometry.frame_pixels = ahead_pixels.data();
+    ahead_rows = compose_frame(pixel_format);
+    ahead_waits = true;
+}
+
+std::vector<uint32_t> kiv_directx::small_picture() {
+    const std::lock_guard lock(composer_mutex);
+    if (ahead_pixels.empty()) return {};
+    // What composing leaves for the next frame is not to change by a look.
+    const uint8_t colour = machine.carried_colour, attribute = machine.carried_attribute;
+    put_ahead();
+    ahead_waits = false;
+    machine.carried_colour = colour;
+    machine.carried_attribute = attribute;
+    const auto pixel = [this](int x, int y) {
+        const size_t at = static_cast<size_t>(geometry.frame_top + y) * geometry.frame_pitch +
+                          static_cast<size_t>(geometry.frame_left + x);
+        return pixel_format == pixels_rgb32
+                   ? ahead_pixels[at]
+                   : host_palette[reinterpret_cast<uint8_t *>(ahead_pixels.data())[at]];
+    };
+    constexpr int times = frame_width / small_width;
+    std::vector<uint32_t> small;
+    small.reserve(size_t{small_width} * small_height);
+    for (int y = 0; y < frame_height; y += times)
+        for (int x = 0; x < frame_width; x += times) {
+            uint32_t red = 0, green = 0, blue = 0;
+            for (int i = 0; i < times * times; ++i) {
+                const uint32_t p = pixel(x + i % times, y + i / times);
+                red += p >> 16 & 0xFF, green += p >> 8 & 0xFF, blue += p & 0xFF;
+            }
+            constexpr uint32_t count = times * times;
+            small.push_back(red / count << 16 | green / count << 8 | blue / count);
+        }
+    return small;
 }
 
 void kiv_directx::set_tap(output_tap *listens) {

@@ -8,6 +8,7 @@
 
 #include "machine/host_callbacks.h"
 #include "platform/host.h"
+#include "platform/pixel_memory.h"
 #include "sound/sound_slices.h"
 #include "support/shared.h"
 #include <atomic>
@@ -15,6 +16,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <vector>
 
 // The streaming buffer: two halves of one slice each.
 constexpr uint32_t stream_half_bytes = slice_bytes;
@@ -48,6 +50,16 @@ class kiv_directx {
     virtual void restore_surfaces();
     // Render thread: composes one frame into the off-screen surface. The text rows drawn, 25 or 0.
     virtual uint32_t realizer();
+    // CPU thread: `look` gets a function that makes the machine's picture as it is then; the next frame shows
+    // it in place of a later one. Nobody else composes meanwhile.
+    template <class Look> void compose_ahead(Look look) {
+        const std::lock_guard lock(composer_mutex);
+        if (!ahead_pixels.empty()) look([this] { put_ahead(); });
+    }
+    // Window thread, the CPU thread being parked: the machine's picture, a quarter as wide and as high, as
+    // 0x00RRGGBB. Empty: there is no screen.
+    static constexpr int small_width = 160, small_height = 100;
+    std::vector<uint32_t> small_picture();
     // Render thread: realizer, then the copy to the screen. 0 also when the frame did not reach the screen.
     virtual uint32_t frame();
     // Render thread. 0: the host could not wait.
@@ -129,6 +141,8 @@ class kiv_directx {
     void release_surfaces();
     void video_release();
     uint32_t compose_locked();
+    uint32_t put_picture(void *pixels);
+    void put_ahead();
     bool lock_offscreen(void *&pixels);
     bool copy_to_screen();
     void draw_overlay(void *pixels);
@@ -146,6 +160,10 @@ class kiv_directx {
     uint32_t use_videomem = 0; // stored only
     // Picture.
     std::mutex surfaces_mutex; // render thread's frames against the window thread's rebuilds
+    std::mutex composer_mutex; // the composer's own memory, and the picture that was made ahead
+    platform::pixel_memory ahead_pixels;
+    uint32_t ahead_rows = 0;
+    bool ahead_waits = false;
     int width = 0, height = 0; // of the mode, then of the off-screen surface
     std::atomic<uint64_t> drawn{0};
     std::atomic<int32_t> overlay_mode{0};

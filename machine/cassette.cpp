@@ -217,7 +217,9 @@ uint64_t cassette_tape_checksum() {
     return image_checksum;
 }
 
-void cassette_record_with(const cassette_recorder &with) { recorder = with; }
+cassette_recorder cassette_record_with(const cassette_recorder &with) {
+    return std::exchange(recorder, with);
+}
 
 void cassette_output(uint8_t byte) { recorder.put(byte); }
 void cassette_flush_output() { recorder.flush(); }

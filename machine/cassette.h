@@ -64,7 +64,8 @@ struct cassette_recorder {
     void (*put)(uint8_t byte);
     void (*flush)(); // at every slice end and at every pause: what was collected goes to its place
 };
-void cassette_record_with(const cassette_recorder &recorder);
+// The one before is told.
+cassette_recorder cassette_record_with(const cassette_recorder &recorder);
 
 // The machine writes a byte to its cassette.
 void cassette_output(uint8_t byte);

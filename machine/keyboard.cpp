@@ -77,6 +77,8 @@ void change_matrix(uint8_t index, bool down) {
         __atomic_fetch_or(&row, bit, __ATOMIC_RELAXED);
 }
 
+bool held = false;
+
 key_change &change_number(uint32_t n) { return machine.key_changes[n % key_changes_size]; }
 
 uint32_t changes_made() { return __atomic_load_n(&machine.key_changes_made.value, __ATOMIC_ACQUIRE); }
@@ -130,7 +132,10 @@ void key_release(uint32_t virtual_key) {
         wait_with_change(index, false, due);
 }
 
+void keyboard_hold(bool on) { held = on; }
+
 void keyboard_retrace() {
+    if (held) return;
     const uint32_t now = machine.key_retraces = machine.key_retraces + 1;
     const uint32_t asked = __atomic_load_n(&machine.key_changes_asked.value, __ATOMIC_ACQUIRE);
     uint32_t made = machine.key_changes_made;

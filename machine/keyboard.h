@@ -38,6 +38,8 @@ void key_release(uint32_t virtual_key);
 
 // A vertical retrace begins.
 void keyboard_retrace();
+// The machine's thread: retraces go by without a change (true). Presses and releases come all the same.
+void keyboard_hold(bool held);
 
 // Maps the host's four arrow keys to the ten-key 4, 8, 6, 2 (true) or to the machine's cursor keys.
 void map_cursor_keys(bool tenkeyless);

@@ -81,6 +81,12 @@ class painter {
     virtual void draw(const picture &image, int x, int y) = 0; // unscaled, clipped to the client area
 };
 
+// A small picture, as `picture`.
+struct menu_picture {
+    int width, height;
+    std::vector<uint32_t> pixels;
+};
+
 // An item of a menu. Without a text: a line between items; with items of its own: a menu in the menu.
 struct menu_item {
     enum kinds { plain, check, choice }; // choices beside each other exclude each other
@@ -91,6 +97,7 @@ struct menu_item {
     kinds kind = plain;
     bool checked = false;
     std::vector<menu_item> items;
+    std::shared_ptr<const menu_picture> shown = nullptr; // before the text; null: none
 };
 
 // A page that shows a keyboard: what is held on it, and what is clicked comes as wm_key_down and wm_key_up.

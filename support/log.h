@@ -9,6 +9,9 @@ void trace(const char *format, ...) __attribute__((format(printf, 1, 2)));
 // may come in several parts; line ends are part of the text.
 void emulated_line(const char *format, ...) __attribute__((format(printf, 1, 2)));
 
+// On the thread that runs the machine: what its devices say is dropped (true), as it will be said again.
+void hold_emulated_lines(bool held);
+
 enum class log_kind { line, device };
 using log_sink = void (*)(log_kind kind, const char *text);
 

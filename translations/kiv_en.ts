@@ -404,6 +404,22 @@ ten-key [-] [/] [,] [=]  [Alt]+[-] [/] [,] [=]&#xd;
         <translation>&amp;Eject</translation>
     </message>
     <message>
+        <source>速く読み込む(&amp;F)</source>
+        <translation>&amp;Fast load</translation>
+    </message>
+    <message>
+        <source>画面の先読み(&amp;R)</source>
+        <translation>&amp;Run-ahead</translation>
+    </message>
+    <message>
+        <source>1 フレーム(&amp;1)</source>
+        <translation>&amp;1 frame</translation>
+    </message>
+    <message>
+        <source>2 フレーム(&amp;2)</source>
+        <translation>&amp;2 frames</translation>
+    </message>
+    <message>
         <source>録音先(&amp;O)...</source>
         <translation>Rec&amp;ord to...</translation>
     </message>

@@ -7,6 +7,7 @@
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QMenu>
 #include <QtWidgets/QMenuBar>
+#include <QtWidgets/QProxyStyle>
 
 namespace platform {
 
@@ -14,6 +15,20 @@ namespace {
 
 // Keys that belong to the desktop reach a menu item by themselves; the others belong to the machine or are
 // the program's own, and are only shown.
+// Pictures of states want more room than an icon.
+class picture_style : public QProxyStyle {
+  public:
+    int pixelMetric(PixelMetric which, const QStyleOption *option, const QWidget *widget) const override {
+        return which == PM_SmallIconSize ? 80 : QProxyStyle::pixelMetric(which, option, widget);
+    }
+};
+
+QIcon icon_of(const menu_picture &shown) {
+    return QIcon(QPixmap::fromImage(QImage(reinterpret_cast<const uchar *>(shown.pixels.data()), shown.width,
+                                           shown.height, QImage::Format_RGB32)
+                                        .copy()));
+}
+
 bool is_desktop_key(const std::string &shortcut) { return shortcut.starts_with("Alt+"); }
 
 } // namespace
@@ -49,6 +64,7 @@ void desktop_window::fill_menu(QMenu &menu, const std::vector<menu_item> &items)
     menu.clear();
     qDeleteAll(menu.findChildren<QMenu *>(QString(), Qt::FindDirectChildrenOnly));
     QActionGroup *choices = nullptr;
+    bool has_pictures = false;
     for (const menu_item &item : items) {
         if (!item.items.empty()) {
             QMenu *inner = menu.addMenu(QString::fromStdString(item.text));
@@ -77,8 +93,17 @@ void desktop_window::fill_menu(QMenu &menu, const std::vector<menu_item> &items)
             } else if (!item.shortcut.empty()) {
                 action->setText(action->text() + u'\t' + QString::fromStdString(item.shortcut));
             }
+            if (item.shown != nullptr) {
+                action->setIcon(icon_of(*item.shown));
+                has_pictures = true;
+            }
             menu.addAction(action);
         }
+    }
+    if (has_pictures) {
+        auto *style = new picture_style;
+        style->setParent(&menu);
+        menu.setStyle(style);
     }
 }
 

@@ -737,6 +737,26 @@ TEST_F(whole_program, TimeGoesBackwardsByFramesAndAtOtherSpeeds) {
     run([&] { wait_until("the speed of the last time", [&] { return host.sound.speed() == 200; }); });
 }
 
+// What a person types, with the picture ahead, and without; recordings and the machine do not know of it.
+TEST_F(whole_program, ThePictureRunsAhead) {
+    run([&] {
+        std::string typed;
+        for (const uint32_t frames : {1u, 2u, 0u}) {
+            on_window_thread([&] { EXPECT_TRUE(window().choose_menu_item(menu_run_ahead + frames)); });
+            for (const char key : {'A', 'B'}) {
+                typed += static_cast<char>(key + 0x20);
+                type(key, typed);
+            }
+            strike(vk_f11);
+            strike_with_shift(vk_f12); // full screen and back
+            EXPECT_TRUE(has_frames(5));
+        }
+        EXPECT_EQ(machine.pcg_glyphs_on, 1);
+        for (const bool on : {true, false})
+            on_window_thread([&] { EXPECT_TRUE(window().choose_menu_item(menu_fast_tape)) << on; });
+    });
+}
+
 TEST_F(whole_program, StatesGoBackAndForth) {
     run([&] {
         const auto choose_item = [&](uint32_t id) {
@@ -754,6 +774,14 @@ TEST_F(whole_program, StatesGoBackAndForth) {
         type('A', "a");
         EXPECT_TRUE(choose_item(menu_state_save + 3));
         EXPECT_TRUE(noticed("ステート 3 に保存しました"));
+        on_window_thread([] {
+            const auto slots = program.form->menus().at(2).items.at(6).items;
+            ASSERT_EQ(slots.size(), 10u);
+            EXPECT_EQ(slots[2].shown, nullptr);
+            ASSERT_NE(slots[3].shown, nullptr) << "what was on the screen";
+            const auto &pixels = slots[3].shown->pixels;
+            EXPECT_NE(std::count(pixels.begin(), pixels.end(), 0u), static_cast<long>(pixels.size()));
+        });
         type('B', "ab");
         EXPECT_TRUE(choose_item(menu_state_load + 3));
         wait_for_row(1, "a");

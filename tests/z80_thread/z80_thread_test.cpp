@@ -188,6 +188,42 @@ TEST_F(z80_thread_test, real_time_is_never_overtaken) {
     }
 }
 
+// With the motor on and bytes taken; the chosen speed again when they come no more.
+TEST_F(z80_thread_test, a_tape_that_is_read_is_not_waited_for) {
+    static uint8_t tape[1];
+    static std::atomic<bool> reading;
+    machine.tape_image = tape;
+    machine.machine_step = [](kiv_machine &, z80_cpu &) {
+        if (++passes % 4096 == 0 && reading) machine.tape_position = machine.tape_position + 1;
+    };
+    cpu->set_fast_tape(true);
+    reading = true;
+    // How many times faster than real time `slices` slices go.
+    const auto pace = [&](uint32_t slices) {
+        const auto before = steady_clock::now();
+        cpu->take_elapsed_cycles();
+        for (uint64_t taken = 0; taken < uint64_t{slices} * machine.cycles_per_slice;) {
+            std::this_thread::sleep_for(milliseconds(1));
+            taken += cpu->take_elapsed_cycles();
+        }
+        return slices * default_slice_ms / duration<double, std::milli>(steady_clock::now() - before).count();
+    };
+    start_and_wait_until_it_runs();
+    pace(2);
+    EXPECT_GT(pace(300), 2);
+    machine.cassette_flags = cassette_motor_off;
+    pace(2);
+    EXPECT_LT(pace(10), 1.3);
+    machine.cassette_flags = 0;
+    pace(2);
+    EXPECT_GT(pace(300), 2);
+    reading = false;
+    pace(100); // a pause between two blocks is passed over
+    EXPECT_LT(pace(10), 1.3);
+    stop();
+    machine.tape_image = nullptr;
+}
+
 TEST_F(z80_thread_test, a_stop_of_the_cpu_is_posted_with_its_address_and_reason) {
     const struct {
         std::initializer_list<uint8_t> bytes;
