@@ -14,6 +14,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
+#include <ratio>
 #include <sys/stat.h>
 
 namespace fs = std::filesystem;
@@ -111,7 +112,7 @@ std::shared_ptr<const platform::menu_picture> kiv_form::state_picture(uint32_t s
         shown = {};
         return nullptr;
     }
-    const int64_t saved_at = int64_t{file.st_mtim.tv_sec} * 1'000'000'000 + file.st_mtim.tv_nsec;
+    const int64_t saved_at = int64_t{file.st_mtim.tv_sec} * std::nano::den + file.st_mtim.tv_nsec;
     if (saved_at == shown.saved_at) return shown.picture;
     std::string wrong; // a state without a picture, then
     shown = {saved_at, picture_in(bytes_of(state_path(slot), wrong))};

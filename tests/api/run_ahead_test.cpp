@@ -34,18 +34,22 @@ course run(int frames, uint32_t ahead) {
     const auto unused = std::make_unique<sound_slices>();
     course c;
     while (frames-- > 0) {
+        const size_t at = c.heard.size();
         c.heard.push_back(static_cast<uint8_t>(kiv_run_frame()));
         const auto *samples = reinterpret_cast<const uint8_t *>(kiv_samples());
         c.heard.insert(c.heard.end(), samples, samples + 2 * kiv_sample_count());
         c.heard.insert(c.heard.end(), kiv_tape_output(), kiv_tape_output() + kiv_tape_output_size());
         kiv_tape_output_clear();
-        if (ahead != 0) {
+        if (c.heard[at] != KIV_RUN_FRAME) {
+            c.pictures.emplace_back(); // the CPU has stopped
+        } else if (ahead != 0) {
             EXPECT_TRUE(looks.look(ahead, unused->record(), [&] { c.pictures.push_back(picture_of_now()); }));
         } else {
             const auto *pixels = reinterpret_cast<const uint8_t *>(kiv_pixels());
             c.pictures.emplace_back(pixels, pixels + 4 * frame_pixels);
         }
     }
+    kiv_run(100); // what the last picture leaves for the next one is settled
     c.end = snapshot();
     c.record = std::make_unique<kiv_machine>(machine);
     return c;
