@@ -16,10 +16,11 @@ void character_keys::press(uint32_t virtual_key, uint32_t character) {
         host_shift = true;
         if (decides == 0) shift(true);
     } else if (character > ' ' && stroke_of(character, stroke)) {
+        const bool shift_changes = stroke.shifted != machine_shift;
         shift(stroke.shifted);
         decides = virtual_key;
         held[virtual_key] = stroke.virtual_key;
-        key_press(stroke.virtual_key);
+        shift_changes ? key_press_later(stroke.virtual_key) : key_press(stroke.virtual_key);
     } else {
         key_press(virtual_key);
     }

@@ -65,7 +65,7 @@ class kiv_form::dialog_scope {
         }
         form.hide_cursor_if_full_screen();
         form.window->set_focus();
-        if (with & release_keys) machine.reset_keyboard(machine);
+        if (with & release_keys) form.release_keys();
     }
     dialog_scope(const dialog_scope &) = delete;
     dialog_scope &operator=(const dialog_scope &) = delete;

@@ -182,8 +182,7 @@ int kiv_form::load_font() {
 }
 
 void kiv_form::remap_cursor_keys() {
-    machine.reset_keyboard(machine);
-    by_character.forget();
+    release_keys();
     map_cursor_keys(settings[setting_tenkeyless] != 0);
     map_back_key(lenient(user_back_deletes));
 }

@@ -129,6 +129,7 @@ class kiv_form final : public main_window, public platform::window_listener {
     void machine_key_pressed(uint32_t virtual_key, uint64_t lparam);
     void machine_key_released(uint32_t virtual_key);
     void toggle_keys_by_character();
+    void release_keys();
     void toggle_keyboard();
     void show_keyboard();
     void pad_changed(uint32_t input, bool down);

@@ -21,6 +21,12 @@ void kiv_form::machine_key_released(uint32_t virtual_key) {
     by_character.release(virtual_key);
 }
 
+// The CPU thread being parked: of keys that were down in another time, or before a dialog, nobody lets go.
+void kiv_form::release_keys() {
+    machine.reset_keyboard(machine);
+    by_character.forget();
+}
+
 void kiv_form::toggle_keys_by_character() {
     {
         const pause_scope pause(*this);

@@ -157,7 +157,7 @@ std::string kiv_form::put_state(const std::vector<uint8_t> &bytes) {
     const snapshot_fault fault = snapshot_read({program.directx->sound_state()}, bytes.data(), bytes.size());
     if (fault != snapshot_fault::none) return snapshot_fault_text(fault);
     before_load = std::move(before);
-    machine.reset_keyboard(machine); // of the keys that were down then nobody will let go
+    release_keys();
     window->menus_changed();
     return {};
 }

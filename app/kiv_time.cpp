@@ -60,7 +60,7 @@ void kiv_form::step_time(bool back) {
     }
     const std::string wrong = history.one_back();
     if (!wrong.empty()) notify(wrong);
-    machine.reset_keyboard(machine);
+    release_keys();
     kiv_directx::present_frame();
 }
 
@@ -99,7 +99,7 @@ bool kiv_form::rewind_to(uint64_t stamp) {
 void kiv_form::end_rewind() {
     if (!rewinding) return;
     rewinding = false;
-    machine.reset_keyboard(machine); // of the keys that were down then nobody will let go
+    release_keys();
     held = held_before_rewind;
     window->menus_changed();
     if (held || in_dialog || deactivated) return;

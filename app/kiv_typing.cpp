@@ -96,7 +96,7 @@ void kiv_form::use_file(const std::string &path) {
         if (!pause) return;
         const bool loaded = load_file(path);
         machine.cassette_set_stopped(loaded);
-        machine.reset_keyboard(machine);
+        release_keys();
     }
 }
 

@@ -122,6 +122,13 @@ void key_press(uint32_t virtual_key) {
     change_matrix(index, true);
 }
 
+void key_press_later(uint32_t virtual_key) {
+    const uint8_t index = key_of(virtual_key);
+    if (index >= matrix_keys || index == caps_key || waiting_change(index) != nullptr)
+        return key_press(virtual_key);
+    wait_with_change(index, true, machine.key_retraces + 1);
+}
+
 void key_release(uint32_t virtual_key) {
     const uint8_t index = key_of(virtual_key);
     if (index >= matrix_keys || index == caps_key) return;

@@ -35,6 +35,9 @@ struct key_matrix_block {
 // or off, and its release does nothing.
 void key_press(uint32_t virtual_key);
 void key_release(uint32_t virtual_key);
+// As key_press, but not before the next retrace: for a key that goes with another one just pressed. A program
+// that was in the midst of looking at the matrix would see the one without the other.
+void key_press_later(uint32_t virtual_key);
 
 // A vertical retrace begins.
 void keyboard_retrace();
