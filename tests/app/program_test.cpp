@@ -20,6 +20,7 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <set>
 #include <thread>
 #include <unistd.h>
 
@@ -735,6 +736,59 @@ TEST_F(whole_program, TimeGoesBackwardsByFramesAndAtOtherSpeeds) {
         EXPECT_TRUE(choose_item(menu_speed + 5)); // 200 %
     });
     run([&] { wait_until("the speed of the last time", [&] { return host.sound.speed() == 200; }); });
+}
+
+// Whatever is in the menus is chosen: a check turns over, a choice is the one chosen, and the machine goes
+// on.
+TEST_F(whole_program, EveryMenuItemDoesItsWorkOnce) {
+    run([&] {
+        const std::set<uint32_t> elsewhere = {menu_quit, menu_record_sound, menu_record_video};
+        std::vector<platform::menu_item> all;
+        const std::function<void(const std::vector<platform::menu_item> &)> gather = [&](auto &items) {
+            for (const auto &item : items) {
+                if (item.id != 0) all.push_back(item);
+                gather(item.items);
+            }
+        };
+        const auto find = [&](uint32_t id) {
+            all.clear();
+            on_window_thread([&] { gather(program.form->menus()); });
+            return *std::find_if(all.begin(), all.end(), [id](auto &item) { return item.id == id; });
+        };
+        const auto choose_item = [&](uint32_t id) {
+            on_window_thread([&] { EXPECT_TRUE(window().choose_menu_item(id)) << id; });
+            settle();
+        };
+        put_file(folder / "a.cmt", "tape");
+        choose(folder / "a.cmt");
+        strike(vk_f9); // so that the tape's items can be chosen
+        choose_item(menu_state_save + 1);
+        choose_item(menu_state_load + 1);
+        script.open_file = script.save_file = [](auto &, std::string &) { return false; };
+        host.set_script(script); // dialogs are cancelled from here on
+        find(menu_quit);
+        size_t chosen = 0;
+        for (const platform::menu_item &item : std::vector(all)) {
+            if (elsewhere.contains(item.id) || !find(item.id).enabled) continue;
+            SCOPED_TRACE(item.text);
+            ++chosen;
+            const bool before = find(item.id).checked;
+            choose_item(item.id);
+            if (item.kind == platform::menu_item::choice) {
+                EXPECT_TRUE(find(item.id).checked);
+            } else if (item.kind == platform::menu_item::check) {
+                EXPECT_NE(find(item.id).checked, before);
+                choose_item(item.id);
+                EXPECT_EQ(find(item.id).checked, before);
+            }
+            if (item.id == menu_full_screen) choose_item(item.id);
+        }
+        EXPECT_GT(chosen, 70u);
+        if (find(menu_pause).checked) choose_item(menu_pause); // a frame back paused it
+        choose_item(menu_reset);
+        wait_until_running();
+        wait_for_row(0, "READY");
+    });
 }
 
 // What a person types, with the picture ahead, and without; recordings and the machine do not know of it.
