@@ -93,6 +93,8 @@ TEST(RunAhead, LeavesNothingBehind) {
 }
 
 TEST(RunAhead, AKeyStruckMeanwhileStays) {
+    put_rom(KIV_ROM_MAIN, storm_rom(1));
+    put_rom(KIV_ROM_NBASIC, {0xC7});
     ASSERT_EQ(kiv_boot(), KIV_OK);
     for (int i = 0; i < 5; ++i) kiv_run_frame();
     run_ahead ahead;
