@@ -740,7 +740,7 @@ TEST_F(whole_program, TimeGoesBackwardsByFramesAndAtOtherSpeeds) {
 
 // Whatever is in the menus is chosen: a check turns over, a choice is the one chosen, and the machine goes
 // on.
-TEST_F(whole_program, EveryMenuItemDoesItsWorkOnce) {
+TEST_F(whole_program, EveryCheckTurnsOverAndEveryChoiceIsTaken) {
     run([&] {
         const std::set<uint32_t> elsewhere = {menu_quit, menu_record_sound, menu_record_video};
         std::vector<platform::menu_item> all;
