@@ -71,6 +71,8 @@ const language_case cases[] = {
      "60\nOk\n"
      "NEWS\nSyntax error\nOk\nLIST 70\n70 PRINT \"SUB\":RETURN\nOk",
      "RUN\nLIST 30-50\nNEWS\nLIST 70\n"},
+    {"letters that meet, and FN", "10 DEF FN A(X)=X*2\n20 PRINTFN A(4):IFFN A(1)=2THENPRINTFNA(5)",
+     " 8\n 10\nOk"},
     {"HELP", "10 REM",
      "PRINT [USING \"format\";]value[;|,]...\nOk\nHELP ON\n"
      "ON n GOTO|GOSUB line[,...]  ON ERROR GOTO line  ON KEY|STOP GOSUB line[,...]\nOk",
