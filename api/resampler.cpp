@@ -36,6 +36,7 @@ double windowed_sinc(double distance, double cut_off) {
 
 void resampler::set_rate(double samples_per_second) {
     output_rate = samples_per_second;
+    if (output_rate == 0) return; // nobody asks for samples
     step = static_cast<uint64_t>(std::floor(sample_rate / output_rate * one + 0.5));
     if (std::fabs(output_rate - filter_rate) > 0.02 * filter_rate) make_filter();
 }

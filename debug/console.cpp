@@ -74,7 +74,7 @@ std::string first_word(const std::string &text, std::string &rest) {
     const size_t start = std::min(text.find_first_not_of(" \t"), text.size());
     const size_t end = std::min(text.find_first_of(" \t", start), text.size());
     const size_t next = std::min(text.find_first_not_of(" \t", end), text.size());
-    const std::string word = text.substr(start, end - start);
+    std::string word = text.substr(start, end - start);
     rest = text.substr(next, text.find_last_not_of(" \t\r") + 1 - next);
     return word;
 }

@@ -40,7 +40,7 @@ void regs(debug_console &c, const std::string &) {
 void where(debug_console &c, const std::string &) {
     c.show_place();
     const std::vector<device_text> devices = devices_now();
-    for (const auto &[what, text] : devices[0].lines) print(c, what + ": " + text);
+    for (const auto &[what, text] : devices[0].lines) print(c, text_of("%s: %s", what.c_str(), text.c_str()));
 }
 
 void dis(debug_console &c, const std::string &rest) {
