@@ -132,7 +132,7 @@ std::string wire_listener::open_one(const std::string &address, uint16_t port) {
 std::string wire_listener::open(const std::string &address, uint16_t port) {
     close();
     if (!address.empty()) return open_one(address, port);
-    const std::string reason = open_one("127.0.0.1", port);
+    std::string reason = open_one("127.0.0.1", port);
     if (reason.empty()) (void)open_one("::1", own_port);
     return reason;
 }
