@@ -798,6 +798,7 @@ _entered:
         LD A,(HL)
         LD (HL),0
         LD HL,(monitor_break)
+        OR A
         SBC HL,DE
         LD HL,_strange
         JR NZ,_text
