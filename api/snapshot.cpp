@@ -556,7 +556,8 @@ snapshot_fault make_ready(arrival &a, const snapshot_parts &parts) {
 }
 
 void load_tape(arrival &a) {
-    if (a.tape.form == tape_none)
+    // A deck that is empty stays untouched: the window reads it while a look ahead comes back.
+    if (a.tape.form == tape_none && machine.tape_image != nullptr)
         cassette_eject(machine);
     else if (a.tape_bytes != nullptr && !cassette_insert(std::move(a.tape_bytes), a.tape.size))
         cassette_eject(machine);
