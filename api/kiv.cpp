@@ -1,6 +1,7 @@
 // The flat interface over the machine, its display and its sound.
 #include "api/kiv.h"
 
+#include "api/lent_machine.h"
 #include "api/resampler.h"
 #include "api/snapshot.h"
 #include "api/typing.h"
@@ -50,7 +51,8 @@ char error_text[256] = "";
 rom_slot rom_slots[3];
 uint8_t own_font[font_size];
 bool font_is_own = false;
-sound_slices sound;
+sound_slices own_sound;
+machine_owner *owner = nullptr; // of a machine that is lent
 typist keys;
 byte_store tape_output;
 bool tape_recorded = false;
@@ -64,13 +66,15 @@ void (*hear_log_line)(void *context, int32_t kind, const char *text) = nullptr;
 void *log_context = nullptr;
 
 const sound_listener listener = {
-    [] { sound.beepOn(); },
-    [] { sound.beepOff(); },
-    [](uint16_t frequency, uint32_t channel) { sound.setTone(frequency, channel); },
-    [](uint32_t cycles) { sound.advanceClock(cycles); },
-    [] { sound.muteTones(); },
-    [] { sound.clearPCM(); },
+    [] { own_sound.beepOn(); },
+    [] { own_sound.beepOff(); },
+    [](uint16_t frequency, uint32_t channel) { own_sound.setTone(frequency, channel); },
+    [](uint32_t cycles) { own_sound.advanceClock(cycles); },
+    [] { own_sound.muteTones(); },
+    [] { own_sound.clearPCM(); },
 };
+
+sound_slices &sound() { return owner != nullptr ? owner->sound() : own_sound; }
 
 template <class... Values> kiv_result failed(kiv_result code, const char *format, Values... values) {
     std::snprintf(error_text, sizeof error_text, format, values...);
@@ -81,7 +85,10 @@ kiv_result not_booted() {
     return failed(KIV_ERROR_NOT_BOOTED, "the machine is off: %s", "kiv_boot comes first");
 }
 
-snapshot_parts parts() { return {sound.record(), &tape_output, &rate_converter.state}; }
+snapshot_parts parts() {
+    if (owner != nullptr) return {sound().record()};
+    return {own_sound.record(), &tape_output, &rate_converter.state};
+}
 
 // ---- settings
 // --------------------------------------------------------------------------------------------------
@@ -106,7 +113,7 @@ void use_tenkeyless(int32_t on) {
 setting settings[] = {
     {"z80_no_wait", 0, [](int32_t v) { run_state.charge_waits = static_cast<uint8_t>(v == 0); },
      []() -> int32_t { return run_state.charge_waits == 0; }},
-    {"soft_volume", 1, [](int32_t v) { sound.setSoftVolume(v); }, [] { return sound.getSoftVolume(); }},
+    {"soft_volume", 1, [](int32_t v) { sound().setSoftVolume(v); }, [] { return sound().getSoftVolume(); }},
     {"dma_load", 100, [](int32_t v) { machine.dma_load = static_cast<uint32_t>(v); },
      [] { return static_cast<int32_t>(machine.dma_load); }},
     {"tenkeyless", 1, use_tenkeyless, nullptr},
@@ -137,8 +144,10 @@ void pass_due_frame_over() {
 }
 
 void close_slice() {
+    if (owner != nullptr && owner->takes_slice()) return;
     run_state.slice_cycles = 0;
-    const int16_t *const slice = sound.renderSlice();
+    const int16_t *const slice = sound().renderSlice();
+    if (owner != nullptr) return;
     if (sample_count + slice_samples > most_samples) return; // a run is too short for that
     std::memcpy(samples + sample_count, slice, slice_bytes);
     sample_count += slice_samples;
@@ -169,7 +178,7 @@ int32_t run_until(uint64_t end) {
 void frame_ended() {
     ++run_state.frames;
     run_state.calendar.now_cycles = run_state.cycles;
-    run_state.frame_due = 1;
+    run_state.frame_due = owner == nullptr;
     keys.at_frame(run_state.frames);
 }
 
@@ -278,6 +287,13 @@ void forget_run() {
 // ---- the interface
 // -------------------------------------------------------------------------------------------------------
 
+void kiv_lend(machine_owner *from) {
+    keys.cancel();
+    owner = from;
+    booted = from != nullptr;
+    sample_count = resampled_count = 0;
+}
+
 uint32_t kiv_api_version(void) { return KIV_API_VERSION; }
 const char *kiv_version(void) { return KIV_VERSION; }
 const char *kiv_error_text(void) { return error_text; }
@@ -356,7 +372,8 @@ kiv_result kiv_boot(void) {
         return failed(KIV_ERROR_ARGUMENT, "%s", "no ROM image: kiv_rom comes first");
     run_state_init();
     run_state.calendar.start_cycles = run_state.calendar.now_cycles = 0;
-    sound.power_on();
+    owner = nullptr;
+    own_sound.power_on();
     machine_power_on(
         listener, [] {}, [] {});
     machine_put_rom(rom_socket::nbasic, rom_slots[KIV_ROM_NBASIC].image, rom_slots[KIV_ROM_NBASIC].size);
@@ -366,7 +383,7 @@ kiv_result kiv_boot(void) {
     snapshot_roms_changed();
     for (const setting &s : settings) s.apply(s.value);
     machine_get_ready();
-    sound.reset_cpu_clk(machine.clock_hz);
+    own_sound.reset_cpu_clk(machine.clock_hz);
     cassette_record_with({record_byte, [] {}});
     tape_recorded = false;
     tape_output.clear();
@@ -380,7 +397,7 @@ kiv_result kiv_boot(void) {
 kiv_result kiv_reset(void) {
     if (!booted) return not_booted();
     pass_due_frame_over();
-    sound.clearPCM();
+    sound().clearPCM();
     machine.machine_reset(machine);
     machine.pcg_glyphs_on = uint8_t{0};
     machine.tape_position = 0;
@@ -394,7 +411,7 @@ int32_t kiv_run(uint32_t t_states) {
     const uint64_t end = run_state.cycles + std::clamp<uint32_t>(t_states, 1, longest_run);
     const int32_t ended_by = has_stopped() ? KIV_RUN_STOPPED : run_until(end);
     if (ended_by == KIV_RUN_FRAME) frame_ended();
-    if (ended_by == KIV_RUN_STOPPED) run_state.frame_due = 1;
+    if (ended_by == KIV_RUN_STOPPED) run_state.frame_due = owner == nullptr;
     return ended_by;
 }
 

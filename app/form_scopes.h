@@ -20,6 +20,7 @@ class kiv_form::pause_scope {
         if (!is_paused) return;
         if (form.held) { // stays so; what covered its picture is gone
             kiv_directx::present_frame();
+            if (form.debugging && form.attached) form.window->debugger_changed(false);
             return;
         }
         program.cpu_thread->resume_run();

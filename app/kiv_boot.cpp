@@ -135,6 +135,7 @@ void kiv_form::use_rom_folder(const std::string &folder) {
             return;
         }
         snapshot_roms_changed();
+        machine_changed(true);
         rom_folder = own.rom_folder = folder;
         save_user_settings();
     }

@@ -1,5 +1,6 @@
 #include "app/kiv_form.h"
 
+#include "app/form_debugger.h"
 #include "app/form_scopes.h"
 #include "app/kiv_help.h"
 #include "app/program.h"
@@ -136,6 +137,9 @@ int64_t kiv_form::dispatch(const platform::message &m, bool &handled) {
     case platform::wm_sys_command: handled = run_menu_command(m.wparam & 0xFFFF); return 0;
     case WM_Z80START: start_emulation(); return 0;
     case WM_RECORDED: recorded(); return 0;
+    case WM_DEBUG_STOPPED:
+        if (debugging) debugging->stopped();
+        return 0;
     case WM_Z80ABORT:
         trace("WM_Z80ABORT");
         on_z80_abort(static_cast<uint32_t>(m.wparam), static_cast<uint32_t>(m.lparam));
@@ -191,8 +195,13 @@ void kiv_form::key_released(uint32_t virtual_key) {
     (this->*(shift ? command->with_shift : command->plain))();
 }
 
-void kiv_form::key_down(uint32_t virtual_key) { key_press(virtual_key); }
-void kiv_form::key_up(uint32_t virtual_key) { key_release(virtual_key); }
+void kiv_form::key_down(uint32_t virtual_key) {
+    at_machine([virtual_key] { key_press(virtual_key); });
+}
+
+void kiv_form::key_up(uint32_t virtual_key) {
+    at_machine([virtual_key] { key_release(virtual_key); });
+}
 
 // ---- painting and the cursor -------------------------------------------------------------------------
 
@@ -277,6 +286,10 @@ void kiv_form::exit() {
     end_recording();
     trace("exit: try stop z80 thread");
     rewinding = false;
+    if (debugging) {
+        own.debugger_layout = window->debugger_layout();
+        window->show_debugger(nullptr, {});
+    }
     if (pause_machine()) {
         trace("exit: terminating Kiv");
         program.directx->stop();
@@ -285,6 +298,7 @@ void kiv_form::exit() {
         program.cpu_thread->stop();
         program.directx->release();
     }
+    debugging.reset();
     cassette_flush_output(); // also when the thread had ended by itself
 }
 
@@ -380,6 +394,7 @@ void kiv_form::toggle_pcg_glyphs() {
         if (!deactivated) pause.emplace(*this);
         machine.pcg_glyphs_on = machine.pcg_glyphs_on == 0;
     }
+    machine_changed();
     notify(platform::text(machine.pcg_glyphs_on != 0 ? "PCG-8100 ON" : "PCG-8100 OFF"));
 }
 
@@ -394,6 +409,7 @@ void kiv_form::reset_machine() {
     machine.pcg_glyphs_on = 0;
     machine.tape_position = 0;
     program.cpu_thread->reset_cpu();
+    machine_changed();
 }
 
 void kiv_form::change_screen() {
@@ -467,6 +483,7 @@ bool kiv_form::load_file(const std::string &path) {
         notify(path + ": " + (dump ? dump_fault(path) : platform::last_file_error()));
         return false;
     }
+    machine_changed(!dump);
     if (!dump) tape_name = path;
     add_recent(own, path);
     save_user_settings();
@@ -500,6 +517,7 @@ void kiv_form::settings_command() {
     platform::settings_dialog dialog = make_settings_dialog();
     if (!host.settings(*window, dialog)) return;
     take_settings_dialog(dialog);
+    machine_changed();
     write_settings(settings_section);
 }
 

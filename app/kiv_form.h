@@ -19,6 +19,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -26,8 +27,9 @@
 
 // The window's own messages, besides WM_Z80ABORT.
 enum form_message : uint32_t {
-    WM_Z80START = platform::wm_private + 1, // from the boot: start the emulation
-    WM_RECORDED = platform::wm_private + 3, // from a recording's thread: it has ended
+    WM_Z80START = platform::wm_private + 1,      // from the boot: start the emulation
+    WM_RECORDED = platform::wm_private + 3,      // from a recording's thread: it has ended
+    WM_DEBUG_STOPPED = platform::wm_private + 4, // from the debugger on the CPU thread: the machine stands
 };
 
 enum form_menu_item : uint32_t {
@@ -75,6 +77,7 @@ enum form_menu_item : uint32_t {
     menu_frame_back,
     menu_rewind,
     menu_fast_tape,
+    menu_debugger,
     // The first of a row each.
     menu_recent = 0x100,
     menu_scale = 0x110,
@@ -206,6 +209,17 @@ class kiv_form final : public main_window, public platform::window_listener {
     void toggle_rewind();
     bool time_key(uint32_t virtual_key, bool down);
 
+    // Debugger.
+    class debugger;
+    friend class debugger;
+    void toggle_debugger();
+    void open_debugger();
+    void close_debugger();
+    // Does something to the keys: now, or where a debugger runs the machine, between two of its passes.
+    void at_machine(std::function<void()> change);
+    void machine_changed(bool another = false); // for the debugger, that somebody else has changed it
+    void resume_held();
+
     // Text and files.
     void paste();
     void type_text(const std::string &text);
@@ -283,9 +297,10 @@ class kiv_form final : public main_window, public platform::window_listener {
     std::string tape_name;               // of the tape that is in; empty: none
     uint64_t shifted_presses = 0;        // key_commands, by index: pressed with Shift
     frame_history history;
-    uint32_t speed = 100;      // per cent
-    bool fast_forward = false; // switched on, and
-    bool fast_key = false;     // for as long as its key is down
+    uint32_t speed = 100;                // per cent
+    bool fast_forward = false;           // switched on, and
+    bool fast_key = false;               // for as long as its key is down
+    std::unique_ptr<debugger> debugging; // null: no debugger
     bool rewinding = false, held_before_rewind = false;
     uint64_t rewinds = 0;
     std::string ini_path;

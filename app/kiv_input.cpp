@@ -13,12 +13,13 @@
 void kiv_form::machine_key_pressed(uint32_t virtual_key, uint64_t lparam) {
     if (own.values[user_by_character] == 0 || virtual_key >= vk_matrix) return key_down(virtual_key);
     if ((lparam & platform::key_of_layout) != 0) return;
-    by_character.press(virtual_key, static_cast<uint32_t>(lparam >> platform::key_sign_shift));
+    const auto sign = static_cast<uint32_t>(lparam >> platform::key_sign_shift);
+    at_machine([this, virtual_key, sign] { by_character.press(virtual_key, sign); });
 }
 
 void kiv_form::machine_key_released(uint32_t virtual_key) {
     if (own.values[user_by_character] == 0 || virtual_key >= vk_matrix) return key_up(virtual_key);
-    by_character.release(virtual_key);
+    at_machine([this, virtual_key] { by_character.release(virtual_key); });
 }
 
 // The CPU thread being parked: of keys that were down in another time, or before a dialog, nobody lets go.

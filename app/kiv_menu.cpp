@@ -1,6 +1,7 @@
 // The menus: what is in them, and what their items do.
 #include "app/kiv_form.h"
 
+#include "app/form_debugger.h"
 #include "app/form_scopes.h"
 #include "app/program.h"
 #include "cpu/z80_thread.h"
@@ -111,6 +112,7 @@ const kiv_form::menu_command kiv_form::menu_commands[] = {
     {menu_frame_forth, 1, [](kiv_form &f, uint32_t) { f.step_time(false); }},
     {menu_frame_back, 1, [](kiv_form &f, uint32_t) { f.step_time(true); }},
     {menu_rewind, 1, [](kiv_form &f, uint32_t) { f.toggle_rewind(); }},
+    {menu_debugger, 1, [](kiv_form &f, uint32_t) { f.toggle_debugger(); }},
     {menu_language, 3, [](kiv_form &f, uint32_t n) { f.choose(user_language, static_cast<int>(n)); }},
 };
 
@@ -150,6 +152,7 @@ std::vector<menu_item> kiv_form::machine_menu() const {
             item(menu_frame_forth, "コマ送り(&N)", "Alt+N"),
             item(menu_frame_back, "コマ戻し(&B)", "Alt+Shift+N"),
             item(menu_reset, "リセット(&E)", "F12"),
+            check(menu_debugger, "デバッガ(&G)", debugging != nullptr, "Alt+D"),
             separator(),
             item(menu_quit, "終了(&X)", "End")};
 }
@@ -352,13 +355,13 @@ void kiv_form::toggle_pause() {
     if (in_dialog || deactivated) return;
     end_rewind();
     if (held) {
-        held = false;
-        program.cpu_thread->resume_run();
-        program.directx->play();
+        if (debugging) debugging->session.go();
+        resume_held();
         notify(text("再開"));
     } else if (pause_machine()) {
         held = true;
         program.directx->stop();
+        if (debugging) debugging->stopped_by_hand();
         notify(text("一時停止"));
     }
     window->menus_changed();
@@ -376,6 +379,7 @@ void kiv_form::tape_command(tape_action action) {
         tape_name.clear();
         break;
     }
+    machine_changed(action == tape_eject);
 }
 
 void kiv_form::open_recent(uint32_t n) {

@@ -157,6 +157,7 @@ std::string kiv_form::put_state(const std::vector<uint8_t> &bytes) {
     const snapshot_fault fault = snapshot_read({program.directx->sound_state()}, bytes.data(), bytes.size());
     if (fault != snapshot_fault::none) return snapshot_fault_text(fault);
     before_load = std::move(before);
+    machine_changed(true);
     release_keys();
     window->menus_changed();
     return {};

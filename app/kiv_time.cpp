@@ -1,6 +1,7 @@
 // Time at the person's will: other speeds, frame by frame, and backwards.
 #include "app/kiv_form.h"
 
+#include "app/form_debugger.h"
 #include "app/form_scopes.h"
 #include "app/program.h"
 #include "cpu/z80_thread.h"
@@ -47,6 +48,9 @@ void kiv_form::step_time(bool back) {
     end_rewind();
     if (!held) toggle_pause();
     if (!held) return;
+    if (debugging) // whose past it is
+        return debugging->debugger_acts(
+            back ? platform::debugger_action::back_frame : platform::debugger_action::frame, 0);
     if (!back) {
         if (program.cpu_thread->step_frame())
             kiv_directx::present_frame();
@@ -88,6 +92,7 @@ bool kiv_form::rewind_to(uint64_t stamp) {
     const bool was_at_beginning = history.at_beginning();
     const std::string wrong = history.go_back_to(stamp);
     kiv_directx::present_frame();
+    machine_changed(true);
     if (!wrong.empty()) {
         notify(wrong);
     } else if (history.at_beginning() && !was_at_beginning) {

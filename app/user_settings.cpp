@@ -69,6 +69,7 @@ user_settings read_user_settings(const std::string &path) {
         s.values[i] = value >= rules[i].lowest && value <= rules[i].highest ? value : rules[i].fallback;
     }
     s.window_place = platform::profile_string(path, section, "window");
+    s.debugger_layout = platform::profile_string(path, section, "debugger");
     s.rom_folder = platform::profile_string(path, section, "roms");
     for (size_t i = 0; i < most_recent_files; ++i)
         if (std::string file = platform::profile_string(path, recent_section, std::to_string(i));
@@ -85,6 +86,7 @@ bool write_user_settings(const std::string &path, const user_settings &s) {
     for (size_t i = 0; i < user_setting_count; ++i)
         values.emplace_back(rules[i].key, std::to_string(s.values[i]));
     values.emplace_back("window", s.window_place);
+    values.emplace_back("debugger", s.debugger_layout);
     values.emplace_back("roms", s.rom_folder);
     for (size_t i = 0; i < most_recent_files; ++i)
         files.emplace_back(std::to_string(i), i < s.recent.size() ? s.recent[i] : std::string());

@@ -34,6 +34,7 @@ constexpr size_t most_recent_files = 8;
 struct user_settings {
     std::array<int, user_setting_count> values;
     std::string window_place;        // as the host gave it; empty: none yet
+    std::string debugger_layout;     // likewise
     std::string rom_folder;          // chosen in place of the current directory; empty: none
     std::vector<std::string> recent; // files, the newest first
 };

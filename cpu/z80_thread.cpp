@@ -166,6 +166,11 @@ bool z80_thread::answer_request() {
     return control != control_stop;
 }
 
+void z80_thread::await_request() {
+    std::unique_lock lock(park_mutex);
+    park_changed.wait(lock, [this] { return control != control_run; });
+}
+
 // Acknowledges and waits for the release. False: the thread is to end.
 bool z80_thread::park(std::unique_lock<std::mutex> &lock) {
     control = control_run;
@@ -228,6 +233,10 @@ void z80_thread::run_machine() {
             // The clock goes on from where it was: the first slice after a pause is not waited for.
             if (!answer_request()) return;
         }
+        if (source != nullptr) {
+            run_source(clock, charged_cycles);
+            continue;
+        }
         const uint32_t of_slice = machine.cycles_per_slice - run.slice_cycles;
         const run_result ran = run_passes(std::min(of_slice, cycles_between_looks), run.charge_waits != 0);
         if (ran.outcome == pass_outcome::stopped) break;
@@ -256,20 +265,43 @@ void z80_thread::run_machine() {
             continue;
         }
         next_look = machine.cycles_per_slice / looks_per_slice;
-        wait_for_slice_end(clock, run.slice_cycles);
-        show_cycles(charged_cycles);
-        if (directx != nullptr && clock.speed != any_speed)
-            directx->tickPCM();
-        else
-            end_slice();
-        cassette_flush_output();
-        run.slice_cycles = 0;
-        follow_speed(clock);
+        finish_slice(clock, charged_cycles);
     }
     trace("Z80: HALT スレッド退出");
     cassette_flush_output();
     if (the_main_window != nullptr)
         the_main_window->post(WM_Z80ABORT, main_cpu.trace_pc, main_cpu.stop_reason);
+}
+
+void z80_thread::finish_slice(slice_clock &clock, uint64_t charged) {
+    wait_for_slice_end(clock, run_state.slice_cycles);
+    show_cycles(charged);
+    kiv_directx *const directx = kiv_directx::instance();
+    if (directx != nullptr && clock.speed != any_speed)
+        directx->tickPCM();
+    else
+        end_slice();
+    cassette_flush_output();
+    run_state.slice_cycles = 0;
+    follow_speed(clock);
+}
+
+void z80_thread::run_source(slice_clock &clock, uint64_t &charged) {
+    uint64_t seen = run_state.cycles;
+    const auto charge = [&] {
+        charged += run_state.cycles - seen;
+        seen = run_state.cycles;
+    };
+    const bool goes_on = source->run_slice(machine.cycles_per_slice - run_state.slice_cycles, [&] {
+        charge();
+        sleep_towards(clock, run_state.slice_cycles);
+        show_cycles(charged);
+        end_frame();
+        if (frame_is_wanted(clock)) render->post_message(render_frame, 0, 0);
+    });
+    charge();
+    if (run_state.slice_cycles >= machine.cycles_per_slice) finish_slice(clock, charged);
+    if (!goes_on) await_request();
 }
 
 void z80_thread::end_frame() {
@@ -393,3 +425,4 @@ void z80_thread::set_speed(uint32_t percent) { speed = percent; }
 void z80_thread::set_run_ahead(uint32_t frames) { frames_ahead = frames; }
 void z80_thread::set_fast_tape(bool on) { fast_tape = on; }
 void z80_thread::watch_frames(frame_watcher *who) { watcher = who; }
+void z80_thread::run_from(pass_source *runs) { source = runs; }

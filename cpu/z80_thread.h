@@ -13,6 +13,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 
@@ -25,6 +26,17 @@ class frame_watcher {
 
   protected:
     ~frame_watcher() = default;
+};
+
+// Who runs the machine in place of the thread's own passes: a debugger.
+class pass_source {
+  public:
+    // CPU thread: so many T-states, and no slice's end earlier; `frame_ended` is called behind every frame,
+    // which is counted already. False: the machine stands, until the next pause and release.
+    virtual bool run_slice(uint32_t t_states, const std::function<void()> &frame_ended) = 0;
+
+  protected:
+    ~pass_source() = default;
 };
 
 constexpr uint32_t full_speed = 100, any_speed = 0; // any_speed: as fast as the host goes
@@ -67,6 +79,7 @@ class z80_thread : public kel_thread, public emulated_clock {
     // Parked only: runs on the caller's thread, without a sound, to the next frame's end. False: the CPU has
     // stopped.
     virtual bool step_frame();
+    void run_from(pass_source *runs); // parked only; null: the thread runs its own passes again
 
   protected:
     uint32_t start_delay_ms = 1000; // from the thread's start to the first instruction
@@ -79,6 +92,9 @@ class z80_thread : public kel_thread, public emulated_clock {
     void run_machine();
     bool start_delay();
     bool answer_request();
+    void await_request();
+    void run_source(slice_clock &clock, uint64_t &charged);
+    void finish_slice(slice_clock &clock, uint64_t charged);
     bool park(std::unique_lock<std::mutex> &lock);
     void end_frame();
     void end_slice();
@@ -117,5 +133,6 @@ class z80_thread : public kel_thread, public emulated_clock {
     shared<uint32_t> fast_tape{0};
     uint32_t tape_seen = 0, tape_quiet = 0; // its position at a slice's end, and slices since it moved
     frame_watcher *watcher = nullptr;
+    pass_source *source = nullptr; // changes while the thread is parked only
     std::unique_ptr<kiv_render> render;
 };

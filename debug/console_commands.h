@@ -69,5 +69,7 @@ place place_of(debug_console &c, const std::string &text);
 std::vector<uint8_t> bytes_of(debug_console &c, const std::string &text);
 std::string instruction_line(debug_console &c, uint16_t address, uint8_t &length);
 std::string screen();
+// Whether a call stands in front of the address, so that it may be where that returns to.
+bool behind_call(uint16_t address);
 
 } // namespace console_text

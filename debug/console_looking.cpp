@@ -79,17 +79,6 @@ void mem(debug_console &c, const std::string &rest) {
     console_commands::next_dump(c) = static_cast<uint16_t>((p.address + count) % whole);
 }
 
-// Whether a call stands in front of the address, so that it may be where that returns to.
-bool behind_call(uint16_t address) {
-    uint8_t bytes[4];
-    for (const int back : {3, 1}) {
-        for (int i = 0; i < 4; ++i) bytes[i] = byte_at(static_cast<uint16_t>(address - back + i));
-        const flow f = flow_of(bytes);
-        if ((back == 3 && f == flow::call) || (back == 1 && f == flow::restart)) return true;
-    }
-    return false;
-}
-
 void stack(debug_console &c, const std::string &rest) {
     const uint64_t count = count_of(c, rest, 10);
     for (uint64_t i = 0; i < count; ++i) {
@@ -419,6 +408,16 @@ const command changing[] = {
 };
 
 } // namespace
+
+bool console_text::behind_call(uint16_t address) {
+    uint8_t bytes[4];
+    for (const int back : {3, 1}) {
+        for (int i = 0; i < 4; ++i) bytes[i] = byte_at(static_cast<uint16_t>(address - back + i));
+        const flow f = flow_of(bytes);
+        if ((back == 3 && f == flow::call) || (back == 1 && f == flow::restart)) return true;
+    }
+    return false;
+}
 
 std::span<const command> console_commands::of_looking() { return looking; }
 std::span<const command> console_commands::of_changing() { return changing; }

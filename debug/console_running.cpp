@@ -162,38 +162,15 @@ void take_options(debug_console &c, std::string rest, stop_point &p) {
     }
 }
 
-std::string describe_point(const stop_point &p) {
-    const std::string access = p.access == access_read ? "r" : p.access == access_write ? "w" : "rw";
-    const auto range = [&p](const char *format) {
-        std::string text = text_of(format, p.first);
-        if (p.last != p.first) text += std::string("..") + text_of(format, p.last);
-        return text;
-    };
-    std::string text = std::to_string(p.id) + " ";
-    switch (p.kind) {
-    case stop_kind::address: text += "at " + range("$%04X"); break;
-    case stop_kind::memory: text += "memory " + range("$%04X") + " " + access; break;
-    case stop_kind::port: text += "port " + range("$%02X") + " " + access; break;
-    case stop_kind::interrupt: text += "interrupt " + range("%u"); break;
-    case stop_kind::raster: text += "line " + range("%u"); break;
-    case stop_kind::frame: text += p.count == 0 ? "every frame" : "frame " + std::to_string(p.count); break;
-    case stop_kind::t_states: text += "time " + std::to_string(p.count); break;
-    case stop_kind::halt: text += "halt"; break;
-    case stop_kind::undefined: text += "undefined"; break;
-    default: break;
-    }
-    if (p.bank != memory_bank::any) text += std::string(" in ") + bank_name(p.bank);
-    if (!p.condition.empty()) text += " if " + p.condition;
-    if (p.ignore != 0) text += " ignore " + std::to_string(p.ignore);
-    if (p.once) text += " once";
-    if (!p.log.empty()) text += " log " + p.log;
+std::string line_of(const stop_point &p) {
+    std::string text = std::to_string(p.id) + " " + describe(p);
     if (p.hits != 0) text += ", " + std::to_string(p.hits) + (p.hits == 1 ? " hit" : " hits");
     return text + (p.enabled ? "" : ", off");
 }
 
 void add(debug_console &c, const stop_point &p) {
     const uint32_t id = driver(c).add(p);
-    print(c, describe_point(*driver(c).find(id)));
+    print(c, line_of(*driver(c).find(id)));
 }
 
 uint8_t take_access(std::string &rest, uint8_t none) {
@@ -275,7 +252,7 @@ void watch(debug_console &c, const std::string &all) {
 }
 
 void points(debug_console &c, const std::string &) {
-    for (const stop_point &p : driver(c).points()) print(c, describe_point(p));
+    for (const stop_point &p : driver(c).points()) print(c, line_of(p));
     if (driver(c).points().empty()) print(c, "no stop points");
 }
 
@@ -316,6 +293,34 @@ const command stopping[] = {
 };
 
 } // namespace
+
+std::string describe(const stop_point &p) {
+    const std::string access = p.access == access_read ? "r" : p.access == access_write ? "w" : "rw";
+    const auto range = [&p](const char *format) {
+        std::string text = text_of(format, p.first);
+        if (p.last != p.first) text += std::string("..") + text_of(format, p.last);
+        return text;
+    };
+    std::string text;
+    switch (p.kind) {
+    case stop_kind::address: text += "at " + range("$%04X"); break;
+    case stop_kind::memory: text += "memory " + range("$%04X") + " " + access; break;
+    case stop_kind::port: text += "port " + range("$%02X") + " " + access; break;
+    case stop_kind::interrupt: text += "interrupt " + range("%u"); break;
+    case stop_kind::raster: text += "line " + range("%u"); break;
+    case stop_kind::frame: text += p.count == 0 ? "every frame" : "frame " + std::to_string(p.count); break;
+    case stop_kind::t_states: text += "time " + std::to_string(p.count); break;
+    case stop_kind::halt: text += "halt"; break;
+    case stop_kind::undefined: text += "undefined"; break;
+    default: break;
+    }
+    if (p.bank != memory_bank::any) text += std::string(" in ") + bank_name(p.bank);
+    if (!p.condition.empty()) text += " if " + p.condition;
+    if (p.ignore != 0) text += " ignore " + std::to_string(p.ignore);
+    if (p.once) text += " once";
+    if (!p.log.empty()) text += " log " + p.log;
+    return text.starts_with(' ') ? text.substr(1) : text;
+}
 
 std::span<const command> console_commands::of_running() { return running; }
 std::span<const command> console_commands::of_stopping() { return stopping; }

@@ -135,6 +135,8 @@ bool debug_driver::enable(uint32_t id, bool on) {
 
 void debug_driver::aim(aim_kind kind, uint16_t address, memory_bank bank) { inner->aim(kind, address, bank); }
 
+void debug_driver::leave_here() { inner->leave_here(); }
+
 stop_report debug_driver::run_slice(uint64_t t_states) { return inner->run_slice(t_states); }
 
 stop_report debug_driver::run() {
@@ -151,6 +153,8 @@ void debug_driver::keep_history(const history_limits &limits) {
 void debug_driver::keep_no_history() { own_history.reset(); }
 stop_report debug_driver::back(aim_kind kind) { return inner->back(kind); }
 stop_report debug_driver::back_to(uint64_t t_states) { return inner->back_to(t_states); }
+
+bool debug_driver::in_the_past() const { return inner->in_the_past(); }
 
 void debug_driver::look_back(size_t count, const std::function<void(uint16_t, uint64_t)> &look) {
     inner->look_back(count, look);

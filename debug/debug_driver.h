@@ -67,6 +67,7 @@ class debug_driver {
     // ---- forwards
     void aim(aim_kind kind, uint16_t address = 0, memory_bank bank = memory_bank::any);
     void go_on() { aim(aim_kind::none); }
+    void leave_here(); // a stop point at the instruction that comes next is not met before the machine moves
     // Runs `t_states` at most, to the aim or to a stop. While it answers stop_kind::running, the aim stands.
     stop_report run_slice(uint64_t t_states);
     // The same to the end: until it stops or somebody asks.
@@ -83,6 +84,7 @@ class debug_driver {
     // none: to where a stop point would last have stopped; memory and ports: before the access, so that it is
     // undone. stop_kind::beginning: there was none, and the machine stands at the oldest place known.
     stop_report back(aim_kind kind);
+    bool in_the_past() const; // what runs now has run before
     // Shows the last `count` instructions before this instant, the oldest first: while `look` is called the
     // machine is as it was before each, and afterwards as it is now. Fewer where history ends.
     void look_back(size_t count, const std::function<void(uint16_t pc, uint64_t t_states)> &look);

@@ -391,6 +391,8 @@ stop_report debug_driver::machinery::run_slice(uint64_t t_states) {
     return {};
 }
 
+void debug_driver::machinery::leave_here() { resumed = place_now(); }
+
 void debug_driver::machinery::another_machine() {
     resumed.t_states = UINT64_MAX;
     pending.reset();

@@ -25,6 +25,8 @@ class debug_driver::machinery {
     stop_report back_to(uint64_t t_states);
     void look_back(size_t count, const std::function<void(uint16_t, uint64_t)> &look);
     void changed() { edited = true; }
+    void leave_here();
+    bool in_the_past() const { return visiting != nullptr; }
     void another_machine(); // is in the process's place
 
     static machinery *running; // the one whose functions are in the slots

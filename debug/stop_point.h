@@ -58,3 +58,5 @@ struct stop_report {
 
 // One line for a person: "breakpoint 3", "$C000 written: $00 -> $41 by $8123 (watchpoint 1)".
 std::string describe(const stop_report &report);
+// What a stop point waits for, as the console lists it, without its number and hits.
+std::string describe(const stop_point &point);

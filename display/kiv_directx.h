@@ -118,6 +118,7 @@ class kiv_directx {
 
     // The sound's state, for snapshots: while the CPU thread is parked.
     sound_block &sound_state() { return slices.record(); }
+    sound_slices &sound() { return slices; } // for who drives the machine in the CPU thread's place
     // Window thread; null: nobody. After the call the one before is not called any more.
     void set_tap(output_tap *listens);
     // Window thread, the CPU thread being parked: the text screen as UTF-8, empty while it is off.

@@ -5,6 +5,7 @@
 // otherwise. All texts are UTF-8.
 #pragma once
 
+#include "platform/debugger.h"
 #include "platform/texts.h"
 #include "platform/thread.h"
 #include "platform/view_settings.h"
@@ -156,6 +157,10 @@ class host_window {
     // A window beside this one, which keeps the keyboard; null: none. The person may close it.
     virtual void show_keyboard(const keyboard_page *page) = 0;
     virtual bool keyboard_shown() const = 0;
+    // A window of its own for a debugger, with the layout that an earlier one had; null: none.
+    virtual void show_debugger(debugger_listener *listener, const std::string &layout) = 0;
+    virtual void debugger_changed(bool stopped) = 0; // look again; `stopped`: and come to the front
+    virtual std::string debugger_layout() const = 0; // of the one that is shown
 };
 
 // Who receives a window's messages.

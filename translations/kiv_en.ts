@@ -835,5 +835,141 @@ exists already. Replace it?</translation>
         <source>START(&amp;T)</source>
         <translation>S&amp;tart</translation>
     </message>
+    <message>
+        <source>デバッガ(&amp;G)</source>
+        <translation>Debu&amp;gger</translation>
+    </message>
+    <message>
+        <source>Kiv デバッガ</source>
+        <translation>Kiv debugger</translation>
+    </message>
+    <message>
+        <source>レジスタ</source>
+        <translation>Registers</translation>
+    </message>
+    <message>
+        <source>スタック</source>
+        <translation>Stack</translation>
+    </message>
+    <message>
+        <source>メモリ</source>
+        <translation>Memory</translation>
+    </message>
+    <message>
+        <source>コンソール</source>
+        <translation>Console</translation>
+    </message>
+    <message>
+        <source>ブレークポイント</source>
+        <translation>Breakpoints</translation>
+    </message>
+    <message>
+        <source>デバイス</source>
+        <translation>Devices</translation>
+    </message>
+    <message>
+        <source>実行の跡</source>
+        <translation>Last instructions</translation>
+    </message>
+    <message>
+        <source>続ける / 止める(&amp;G)</source>
+        <translation>&amp;Go / stop</translation>
+    </message>
+    <message>
+        <source>一命令(&amp;I)</source>
+        <translation>&amp;Into</translation>
+    </message>
+    <message>
+        <source>呼び出しを越えて(&amp;O)</source>
+        <translation>&amp;Over</translation>
+    </message>
+    <message>
+        <source>戻りまで(&amp;U)</source>
+        <translation>O&amp;ut</translation>
+    </message>
+    <message>
+        <source>カーソルまで(&amp;C)</source>
+        <translation>To &amp;cursor</translation>
+    </message>
+    <message>
+        <source>次の画面まで(&amp;F)</source>
+        <translation>To next &amp;frame</translation>
+    </message>
+    <message>
+        <source>一命令戻る(&amp;B)</source>
+        <translation>&amp;Back</translation>
+    </message>
+    <message>
+        <source>呼び出しを越えて戻る(&amp;V)</source>
+        <translation>Back o&amp;ver</translation>
+    </message>
+    <message>
+        <source>呼び出しへ戻る(&amp;R)</source>
+        <translation>Back to the call (&amp;R)</translation>
+    </message>
+    <message>
+        <source>前の画面へ戻る(&amp;P)</source>
+        <translation>Back to the &amp;previous frame</translation>
+    </message>
+    <message>
+        <source>前の停止点へ戻る(&amp;S)</source>
+        <translation>Back to the last &amp;stop</translation>
+    </message>
+    <message>
+        <source>実行</source>
+        <translation>Run</translation>
+    </message>
+    <message>
+        <source>実行(&amp;R)</source>
+        <translation>&amp;Run</translation>
+    </message>
+    <message>
+        <source>ブレークポイント(&amp;K)</source>
+        <translation>Brea&amp;kpoint</translation>
+    </message>
+    <message>
+        <source>閉じる(&amp;X)</source>
+        <translation>Close (&amp;X)</translation>
+    </message>
+    <message>
+        <source>番地かラベル、空なら次の命令</source>
+        <translation>Address or label; empty: the next instruction</translation>
+    </message>
+    <message>
+        <source>ここまで実行</source>
+        <translation>Run to here</translation>
+    </message>
+    <message>
+        <source>次はここから実行</source>
+        <translation>Run from here next</translation>
+    </message>
+    <message>
+        <source>コマンド: help で一覧</source>
+        <translation>Command; help lists them</translation>
+    </message>
+    <message>
+        <source>: 値が大きすぎます</source>
+        <translation>: too large a value</translation>
+    </message>
+    <message>
+        <source>番地: $C000, HL, ラベル</source>
+        <translation>Address: $C000, HL, a label</translation>
+    </message>
+    <message>
+        <source>: 16進数で2桁です</source>
+        <translation>: two hexadecimal digits are wanted</translation>
+    </message>
+    <message>
+        <source>削除(&amp;D)</source>
+        <translation>&amp;Delete</translation>
+    </message>
+    <message>
+        <source>実行中</source>
+        <translation>Running</translation>
+    </message>
+    <message>
+        <source>停止中</source>
+        <translation>Stopped</translation>
+    </message>
 </context>
 </TS>

@@ -1,5 +1,6 @@
 // The window's life and its messages; its other subjects are in window_place.cpp, window_picture.cpp,
 // window_menu.cpp and window_keys.cpp.
+#include "platform/desktop/debugger_window.h"
 #include "platform/desktop/desktop_window_parts.h"
 
 #include <QtCore/QCoreApplication>

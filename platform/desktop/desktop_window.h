@@ -25,6 +25,8 @@ class QWidget;
 
 namespace platform {
 
+class debugger_window;
+
 class desktop_window : public host_window, public mode_switch {
   public:
     desktop_window(const window_options &options, window_listener &hears,
@@ -55,6 +57,9 @@ class desktop_window : public host_window, public mode_switch {
     std::string place() const override;
     void show_keyboard(const keyboard_page *page) override;
     bool keyboard_shown() const override;
+    void show_debugger(debugger_listener *hears, const std::string &layout) override;
+    void debugger_changed(bool stopped) override;
+    std::string debugger_layout() const override;
 
     void enter_mode(int width, int height) override;
     void leave_mode() override;
@@ -105,6 +110,7 @@ class desktop_window : public host_window, public mode_switch {
     std::unique_ptr<frame_widget> frame;
     view_widget *view = nullptr;          // the frame's
     keyboard_widget *keyboard = nullptr;  // likewise, once it was asked for
+    std::unique_ptr<debugger_window> debugger; // while there is one
     std::vector<QMenu *> menus;           // the menu bar's
     std::vector<QAction *> keys_of_menus; // items that have keys of their own
 

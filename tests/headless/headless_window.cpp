@@ -337,4 +337,15 @@ bool headless_window::keyboard_shown() const {
     return now.keyboard_shown;
 }
 
+void headless_window::show_debugger(debugger_listener *heard, const std::string &) {
+    const std::lock_guard lock(mutex);
+    now.debugger = heard;
+}
+
+void headless_window::debugger_changed(bool stopped) {
+    const std::lock_guard lock(mutex);
+    ++now.debugger_changes;
+    now.debugger_stops += stopped;
+}
+
 } // namespace platform

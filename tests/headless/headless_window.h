@@ -27,6 +27,8 @@ struct window_state {
     int brought_to_front = 0;
     int pictures_copied = 0;
     bool keyboard_shown = false;
+    debugger_listener *debugger = nullptr; // to be used on the window thread
+    int debugger_changes = 0, debugger_stops = 0;
     keyboard_page keyboard; // as it was shown last
     std::vector<std::string> pictures_saved;
 };
@@ -96,6 +98,9 @@ class headless_window : public host_window {
     std::string place() const override;
     void show_keyboard(const keyboard_page *page) override;
     bool keyboard_shown() const override;
+    void show_debugger(debugger_listener *heard, const std::string &layout) override;
+    void debugger_changed(bool stopped) override;
+    std::string debugger_layout() const override { return "layout"; }
 
   private:
     size2 client_size_locked() const;

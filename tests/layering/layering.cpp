@@ -34,8 +34,8 @@ const std::map<std::string, names> rooms = {
     {"debug", {"api", "display records", "display", "machine", "cpu", "support"}},
     {"debug/wire", {"debug", "api", "platform"}},
     {"app",
-     {"api", "display records", "z80_thread", "presentation", "sound", "display", "machine", "cpu", "support",
-      "platform", "machine files", "platform/desktop", "resources", "translations"}},
+     {"api", "debug", "display records", "z80_thread", "presentation", "sound", "display", "machine", "cpu",
+      "support", "platform", "machine files", "platform/desktop", "resources", "translations"}},
     {"translations", {"platform"}},
 };
 
