@@ -216,7 +216,7 @@ void debugger_window::make_listing() {
     listing->installEventFilter(this);
     listing->viewport()->installEventFilter(this);
     const int letter = QFontMetrics(fixed_font()).horizontalAdvance(u'0');
-    for (const auto &[column, letters] : {std::pair{0, 3}, {1, 15}, {2, 10}})
+    for (const auto &[column, letters] : {std::pair{0, 5}, {1, 15}, {2, 10}})
         listing->setColumnWidth(column, letter * letters);
     layout->addWidget(listing_address);
     layout->addWidget(listing);
