@@ -14,7 +14,7 @@ namespace {
 constexpr uint8_t magic[8] = {'K', 'I', 'V', 'S', 'N', 'A', 'P', 0x1A};
 constexpr uint32_t version = 1;
 constexpr size_t version_at = 8, sections_at = 12, length_at = 16, checksum_at = 24, header_size = 32;
-constexpr size_t tag_size = 4, section_header_size = tag_size + 8;
+constexpr size_t tag_size = 4, section_header_size = snapshot_section_head; // tag and length
 constexpr char tag_roms[] = "ROMS", tag_machine[] = "MACH", tag_processor[] = "Z80 ", tag_run[] = "RUN ",
                tag_sound[] = "SND ", tag_tape[] = "TAPE", tag_output[] = "TOUT", tag_resampler[] = "RSMP";
 
@@ -632,29 +632,27 @@ bool snapshot_seal(uint8_t *bytes, size_t size) {
     return true;
 }
 
-void snapshot_append(std::vector<uint8_t> &bytes, const char *tag, const std::vector<uint8_t> &body) {
-    if (bytes.size() < header_size) return;
-    const size_t at = bytes.size();
-    bytes.resize(at + section_header_size + body.size());
-    section_writer writer{bytes.data() + at};
-    writer.add(tag, [&](auto &a) { a.bytes(body.data(), body.size()); });
-    put_little_endian(bytes.data() + sections_at,
-                      get_little_endian<uint32_t>(bytes.data() + sections_at) + 1);
-    put_little_endian(bytes.data() + length_at, uint64_t{bytes.size()});
-    snapshot_seal(bytes.data(), bytes.size());
+void snapshot_append(uint8_t *bytes, size_t size, const char *tag, const uint8_t *body, size_t body_size) {
+    section_writer writer{bytes + size};
+    writer.add(tag, [&](auto &a) { a.bytes(body, body_size); });
+    size += snapshot_section_head + body_size;
+    put_little_endian(bytes + sections_at, get_little_endian<uint32_t>(bytes + sections_at) + 1);
+    put_little_endian(bytes + length_at, uint64_t{size});
+    snapshot_seal(bytes, size);
 }
 
-std::vector<uint8_t> snapshot_section(const uint8_t *bytes, size_t size, const char *tag) {
-    if (size < header_size || std::memcmp(bytes, magic, sizeof magic) != 0) return {};
+const uint8_t *snapshot_section(const uint8_t *bytes, size_t size, const char *tag, size_t &body_size) {
+    if (size < header_size || std::memcmp(bytes, magic, sizeof magic) != 0) return nullptr;
     source s{bytes + header_size, size - header_size};
     while (s.left != 0) {
         const uint8_t *const its_tag = s.take_bytes(tag_size);
         const auto length = s.take<uint64_t>();
-        if (!s.good || length > s.left) return {};
-        const uint8_t *const body = s.take_bytes(static_cast<size_t>(length));
-        if (std::memcmp(its_tag, tag, tag_size) == 0) return {body, body + length};
+        if (!s.good || length > s.left) return nullptr;
+        body_size = static_cast<size_t>(length);
+        const uint8_t *const body = s.take_bytes(body_size);
+        if (std::memcmp(its_tag, tag, tag_size) == 0) return body;
     }
-    return {};
+    return nullptr;
 }
 
 snapshot_fault snapshot_read(const snapshot_parts &parts, const uint8_t *bytes, size_t size) {

@@ -9,7 +9,6 @@
 #include "support/byte_store.h"
 #include <cstddef>
 #include <cstdint>
-#include <vector>
 
 struct resampler_block;
 
@@ -43,10 +42,13 @@ size_t snapshot_limit(tape_in_snapshot tape, size_t tape_output);
 // Writes snapshot_size bytes.
 void snapshot_write(const snapshot_parts &parts, tape_in_snapshot tape, uint8_t *bytes);
 
-// Appends a section of the caller's own to a snapshot; readers pass over it. `tag`: four characters.
-void snapshot_append(std::vector<uint8_t> &bytes, const char *tag, const std::vector<uint8_t> &body);
-// The body of a section; empty: none, or no snapshot. Its checksum is not looked at.
-std::vector<uint8_t> snapshot_section(const uint8_t *bytes, size_t size, const char *tag);
+// Appends a section of the caller's own to a snapshot of `size` bytes, behind which there is room for the
+// body and snapshot_section_head bytes; readers pass over it. `tag`: four characters.
+constexpr size_t snapshot_section_head = 12;
+void snapshot_append(uint8_t *bytes, size_t size, const char *tag, const uint8_t *body, size_t body_size);
+// The body of a section, where it stands in the snapshot; nullptr: none, or no snapshot. Its checksum is not
+// looked at.
+const uint8_t *snapshot_section(const uint8_t *bytes, size_t size, const char *tag, size_t &body_size);
 
 // Puts a snapshot into the machine. After any fault everything is as it was.
 [[nodiscard]] snapshot_fault snapshot_read(const snapshot_parts &parts, const uint8_t *bytes, size_t size);

@@ -50,15 +50,19 @@ std::vector<uint8_t> state_with_picture() {
                                  picture_height >> 8};
     for (const uint32_t p : pixels)
         for (const int shift : {16, 8, 0}) body.push_back(static_cast<uint8_t>(p >> shift));
-    snapshot_append(bytes, tag_of_picture, body);
+    const size_t size = bytes.size();
+    bytes.resize(size + snapshot_section_head + body.size());
+    snapshot_append(bytes.data(), size, tag_of_picture, body.data(), body.size());
     return bytes;
 }
 
 std::shared_ptr<const platform::menu_picture> picture_in(const std::vector<uint8_t> &state) {
-    const std::vector<uint8_t> body = snapshot_section(state.data(), state.size(), tag_of_picture);
-    if (body.size() != picture_bytes || body[0] != picture_width || body[2] != picture_height) return nullptr;
+    size_t size = 0;
+    const uint8_t *const body = snapshot_section(state.data(), state.size(), tag_of_picture, size);
+    if (body == nullptr || size != picture_bytes || body[0] != picture_width || body[2] != picture_height)
+        return nullptr;
     platform::menu_picture shown{picture_width, picture_height, {}};
-    for (size_t at = picture_head; at < body.size(); at += 3)
+    for (size_t at = picture_head; at < size; at += 3)
         shown.pixels.push_back(static_cast<uint32_t>(body[at] << 16 | body[at + 1] << 8 | body[at + 2]));
     return std::make_shared<const platform::menu_picture>(std::move(shown));
 }
