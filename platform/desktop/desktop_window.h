@@ -108,11 +108,11 @@ class desktop_window : public host_window, public mode_switch {
     window_listener &listener;
     std::shared_ptr<screen_link> link;
     std::unique_ptr<frame_widget> frame;
-    view_widget *view = nullptr;          // the frame's
-    keyboard_widget *keyboard = nullptr;  // likewise, once it was asked for
+    view_widget *view = nullptr;               // the frame's
+    keyboard_widget *keyboard = nullptr;       // likewise, once it was asked for
     std::unique_ptr<debugger_window> debugger; // while there is one
-    std::vector<QMenu *> menus;           // the menu bar's
-    std::vector<QAction *> keys_of_menus; // items that have keys of their own
+    std::vector<QMenu *> menus;                // the menu bar's
+    std::vector<QAction *> keys_of_menus;      // items that have keys of their own
 
     mutable std::mutex receiver_mutex;
     std::unique_ptr<receiver> inbox; // null when the window is gone

@@ -703,7 +703,7 @@ TEST_F(whole_program, TimeGoesBackwardsByFramesAndAtOtherSpeeds) {
         EXPECT_EQ(run_state.frames, frames);
         EXPECT_TRUE(choose_item(menu_pause));
         wait_until_running();
-        std::this_thread::sleep_for(std::chrono::seconds(1)); // long enough to be seen when it is passed again
+        std::this_thread::sleep_for(std::chrono::seconds(1)); // seen when it is passed again
         type('C', "ac");                                      // what came later is gone
 
         window().press_key(vk_scroll_lock);
