@@ -1,0 +1,154 @@
+// The debugger of the window.
+#include "tests/app/program_fixture.h"
+
+namespace {
+
+TEST_F(whole_program, TheDebuggerStopsStepsGoesBackAndLetsGo) {
+    using act = platform::debugger_action;
+    constexpr uint8_t begins[] = {0xE5, 0x7A, 0xFE, 0x30}; // the routine for a key that went down
+    const auto typed = static_cast<uint16_t>(
+        std::search(std::begin(test_rom), std::end(test_rom), std::begin(begins), std::end(begins)) -
+        std::begin(test_rom));
+    run([&] {
+        const auto item = [&](uint32_t id) {
+            on_window_thread([&] { EXPECT_TRUE(window().choose_menu_item(id)) << id; });
+            settle();
+        };
+        const auto debugger = [&](const std::function<void(platform::debugger_listener &)> &use) {
+            on_window_thread([&] {
+                platform::debugger_listener *const d = window().state().debugger;
+                ASSERT_NE(d, nullptr);
+                use(*d);
+            });
+        };
+        const auto look = [&] {
+            platform::debugger_look l;
+            debugger([&](auto &d) {
+                EXPECT_TRUE(d.debugger_looks({.listing_rows = 20, .stack = true, .points = true}, l));
+            });
+            return l;
+        };
+        const auto do_and_stop = [&](const std::function<void()> &what) {
+            const int stops = window().state().debugger_stops;
+            what();
+            wait_until("a stop", [&] { return window().state().debugger_stops == stops + 1; });
+            expect_parked(true);
+            return look();
+        };
+        const auto step = [&](act a) {
+            return do_and_stop([&] { debugger([&](auto &d) { d.debugger_acts(a, 0); }); });
+        };
+        const auto acts = [&](act a) { debugger([&](auto &d) { d.debugger_acts(a, 0); }); };
+        const auto said = [&](const std::string &line) {
+            std::string all;
+            debugger([&](auto &d) {
+                d.debugger_lines();
+                if (!line.empty()) d.debugger_command(line);
+                for (const std::string &l : d.debugger_lines()) all += l + "\n";
+            });
+            return all;
+        };
+        type('Z', "z");
+        item(menu_debugger);
+        EXPECT_TRUE(look().running);
+        wait_until_running();
+        expect_parked(false);
+        debugger([&](auto &d) {
+            d.debugger_toggles_point(typed);
+            EXPECT_NE(d.debugger_adds_point("nowhere"), "");
+        });
+
+        platform::debugger_look l = do_and_stop([&] { window().press_key('A'); });
+        EXPECT_EQ(l.pc, typed);
+        EXPECT_EQ(l.why, "breakpoint (1)");
+        EXPECT_FALSE(l.running);
+        EXPECT_EQ(screen_row(1), "z");
+        ASSERT_EQ(l.points.size(), 1u);
+        EXPECT_EQ(l.points[0].hits, 1u);
+        const auto here = std::find_if(l.listing.begin(), l.listing.end(),
+                                       [&](const auto &line) { return line.address == typed; });
+        ASSERT_NE(here, l.listing.end());
+        EXPECT_EQ(here->text, "PUSH HL");
+        EXPECT_EQ(here->point, platform::debugger_line::point_on);
+        EXPECT_NE(here, l.listing.begin()) << "what leads there is shown, too";
+        const uint16_t behind = l.stack[0].value;
+        EXPECT_NE(l.stack[0].text, "") << "a return address";
+
+        l = step(act::into);
+        EXPECT_EQ(l.pc, typed + 1);
+        EXPECT_EQ(l.stack[1].value, behind);
+        l = step(act::out);
+        EXPECT_EQ(l.pc, behind);
+        EXPECT_EQ(screen_row(1), "za");
+        window().release_key('A');
+
+        acts(act::back_over); // undone
+        EXPECT_EQ(look().pc, behind - 3);
+        EXPECT_EQ(screen_row(1), "z");
+        EXPECT_EQ(step(act::go_or_stop).pc, typed);
+        debugger([&](auto &d) { // the letter that is shown
+            EXPECT_EQ(d.debugger_sets_register(1, 0x1200), "");
+            EXPECT_EQ(d.debugger_writes(0, 0xE010 + 11, 0xFF), "");
+        });
+        EXPECT_EQ(step(act::out).pc, behind);
+        EXPECT_EQ(screen_row(1), "zb");
+        EXPECT_NE(said("regs").find("PC="), std::string::npos);
+        EXPECT_NE(said("back-go").find("breakpoint (1)"), std::string::npos);
+        EXPECT_EQ(look().pc, typed);
+        EXPECT_EQ(screen_row(1), "z");
+
+        // What is done otherwise while it stands leaves it standing, and ends the past where it must.
+        item(menu_state_save + 5);
+        strike(vk_f12);
+        expect_parked(true);
+        EXPECT_EQ(look().pc, 0);
+        EXPECT_EQ(step(act::frame).running, false);
+        item(menu_state_load + 5);
+        EXPECT_EQ(look().pc, typed);
+        acts(act::back_into);
+        EXPECT_EQ(look().why, "the history begins here");
+        EXPECT_EQ(look().pc, typed);
+        const uint64_t frames = run_state.frames;
+        EXPECT_TRUE(do_and_stop([&] { item(menu_frame_forth); }).why.empty());
+        EXPECT_EQ(run_state.frames, frames + 1);
+        item(menu_frame_back);
+        item(menu_pause); // goes on
+        wait_until_running();
+        expect_parked(false);
+        item(menu_pause);
+        expect_parked(true);
+        EXPECT_FALSE(look().running);
+
+        // A dialog in front of which the machine stops; the stop is told behind it.
+        debugger([&](auto &d) { d.debugger_acts(act::go_or_stop, 0); });
+        script.settings = [&](auto &) {
+            window().press_key('C');
+            return false;
+        };
+        host.set_script(script);
+        EXPECT_EQ(do_and_stop([&] { strike(vk_f7); }).pc, typed);
+
+        // Closed, the machine goes on, over what was a breakpoint.
+        debugger([](auto &d) { d.debugger_closed("there"); });
+        settle();
+        EXPECT_EQ(window().state().debugger, nullptr);
+        window().release_key('C');
+        wait_until_running();
+        expect_parked(false);
+        wait_for_row(1, "zbc");
+        type('D', "zbcd");
+
+        // A processor that has stopped is a stop like another, and can be taken back.
+        item(menu_debugger);
+        EXPECT_EQ(do_and_stop([&] { window().press_key('0'); }).why, "the processor has stopped: HALT");
+        window().release_key('0');
+        acts(act::back_into);
+        EXPECT_EQ(look().why, "");
+        acts(act::back_out);
+        acts(act::go_or_stop);
+        // and the end of the program closes the debugger
+    });
+    EXPECT_NE(platform::profile_string(folder / "config/kiv/kiv.ini", "Kiv", "debugger"), "");
+}
+
+} // namespace
