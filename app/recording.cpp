@@ -63,8 +63,11 @@ std::string recording::start(uint32_t frame_t_states) {
     return {};
 }
 
+// A picture that the computer has not come to draw by now is the one before it here, too.
 void recording::stop() {
+    const uint32_t missed = retraces_passed();
     const std::lock_guard lock(mutex);
+    if (!stopping && last_picture != nullptr && missed != 0) put_picture(last_picture, missed);
     stopping = true;
     changed.notify_all();
 }
@@ -84,24 +87,34 @@ void recording::samples(const int16_t *samples, size_t count) {
     changed.notify_all();
 }
 
+uint32_t recording::retraces_passed() {
+    const uint32_t now = machine.key_retraces;
+    const uint32_t passed = now - retraces;
+    retraces = now;
+    return passed > most_missed ? 1 : passed;
+}
+
 void recording::frame(const uint32_t *pixels, uint32_t pitch) {
     if (of_what != kind::video) return;
-    const uint32_t now = machine.key_retraces;
-    uint32_t times = now - retraces;
-    if (times > most_missed) times = 1;
-    retraces = now;
+    const uint32_t times = retraces_passed();
     if (times == 0) return; // drawn again
-    std::vector<uint32_t> copy(static_cast<size_t>(frame_width) * frame_height);
+    picture shown(static_cast<size_t>(frame_width) * frame_height);
     for (size_t y = 0; y < frame_height; ++y)
-        std::memcpy(&copy[y * frame_width], pixels + y * pitch, frame_width * sizeof(uint32_t));
+        std::memcpy(&shown[y * frame_width], pixels + y * pitch, frame_width * sizeof(uint32_t));
+    if (last_picture == nullptr || *last_picture != shown)
+        last_picture = std::make_shared<const picture>(std::move(shown));
     const std::lock_guard lock(mutex);
-    if (stopping) return;
-    if (!frame_queue.empty() && frame_queue.back().pixels == copy) {
+    if (!stopping) put_picture(last_picture, times);
+}
+
+// Under the lock.
+void recording::put_picture(const std::shared_ptr<const picture> &pixels, uint32_t times) {
+    if (!frame_queue.empty() && frame_queue.back().pixels == pixels)
         frame_queue.back().times += times;
-        return;
-    }
-    if (frame_queue.size() >= most_frames) return fail(platform::text("書き込みが間に合いません"));
-    frame_queue.push_back({std::move(copy), times});
+    else if (frame_queue.size() < most_frames)
+        frame_queue.push_back({pixels, times});
+    else
+        return fail(platform::text("書き込みが間に合いません"));
     changed.notify_all();
 }
 
@@ -159,7 +172,7 @@ void recording::write_video() {
         lock.unlock();
         bool written = true;
         for (uint32_t n = 0; n < next.times && written; ++n)
-            written = encoder.write(video_input, next.pixels.data(), next.pixels.size() * sizeof(uint32_t));
+            written = encoder.write(video_input, next.pixels->data(), next.pixels->size() * sizeof(uint32_t));
         lock.lock();
         if (written) continue;
         cut_off = true;

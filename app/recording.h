@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -29,7 +30,7 @@ class recording final : public output_tap {
 
     // While the machine stands. `frame_t_states`: of one picture. What is wrong, else empty.
     std::string start(uint32_t frame_t_states);
-    // What has come so far is written; `ended` tells when.
+    // Once no more comes. What has come so far is written; `ended` tells when.
     void stop();
     bool is_stopping() const;
     const std::string &path() const { return file_path; }
@@ -39,10 +40,13 @@ class recording final : public output_tap {
     void frame(const uint32_t *pixels, uint32_t pitch) override;
 
   private:
+    using picture = std::vector<uint32_t>;
     struct shown_frame {
-        std::vector<uint32_t> pixels;
+        std::shared_ptr<const picture> pixels;
         uint32_t times;
     };
+    uint32_t retraces_passed(); // since it was last asked
+    void put_picture(const std::shared_ptr<const picture> &pixels, uint32_t times);
     void write_sound();
     void write_video();
     bool put_sound(const std::vector<int16_t> &samples);
@@ -65,6 +69,7 @@ class recording final : public output_tap {
     std::string wrong;
 
     uint32_t retraces = 0; // the machine's, at the last picture
+    std::shared_ptr<const picture> last_picture;
     uint64_t wave_bytes = 0;
     platform::file_aside wave;
     platform::child_process encoder;
