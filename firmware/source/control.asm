@@ -360,8 +360,8 @@ on_error:
         RET Z
         XOR A                   ; inside a handler: the error as if there were none
         LD (error_handling),A
-        LD A,(error_number)
-        LD E,A
+        LD HL,resume_place
+        CALL place_go
         JP error_resumed
 _line:  POP HL
         CALL line_target
@@ -595,11 +595,9 @@ _float: PUSH DE
         LD (DE),A
         INC DE
         LD HL,for_step
-        LD BC,5
-        LDIR
+        CALL fac_copy
         LD HL,for_limit
-        LD BC,5
-        LDIR
+        CALL fac_copy
         POP HL
         JP place_put
 
@@ -617,8 +615,7 @@ _float: JP M,type_mismatch
         PUSH IX
         POP DE
         LD HL,FAC
-        LD BC,5
-        LDIR
+        CALL fac_copy
         POP HL
         RET
 
@@ -645,7 +642,7 @@ for_forget:
         LD HL,(frame_top)
 _look:  LD A,(HL)
         CP FRAME_INTEGER
-        JR C,_end
+        RET C
         CP FRAME_WHILE
         JR Z,_on
         INC HL
@@ -688,15 +685,14 @@ _found: DEC HL
 _moved: LD (frame_top),DE
         POP DE
         RET
-_end:   RET
 
 ; The loop is not run at all: on behind its NEXT. Text pointer on the stack.
 for_skip:
         POP HL
-        LD D,1                  ; loops open
+        LD DE,scan_place
+        CALL place_put
+        LD DE,0100h + ERR_FOR   ; D: loops open
 _next:  CALL scan_token
-        LD E,ERR_FOR
-        JP C,error
         CP TOK_FOR
         JR NZ,_no_for
         INC D
@@ -723,8 +719,8 @@ _found: LD A,(HL)
         INC HL
         JR next_variable
 
-; Moves on over one token, into following lines, too: A = it, HL behind it; carry at the end of the program.
-; D is kept.
+; Moves on over one token, into following lines, too: A = it, HL behind it. At the end of the program error E, of the
+; statement at scan_place. DE is kept.
 scan_token:
         LD A,(HL)
         OR A
@@ -732,42 +728,20 @@ scan_token:
         PUSH AF
         CALL token_skip
         POP AF
-        OR A
         RET
-_line:  PUSH DE
-        CALL line_on
-        POP DE
-        RET C
-        JR scan_token
-
-; HL at a line's 0: HL at the first token of the next one, which is the running one from here; carry: there is none.
-line_on:
-        INC HL
-        IF NBASIC = 0
-        LD A,H
-        SUB WINDOW_HIGH
-        JR Z,_there
-        CP 4
-        JR NC,_there
-        LD B,A
-        IN A,(WINDOW_PAGE)
-        ADD A,B
-        OUT (WINDOW_PAGE),A
-        LD H,WINDOW_HIGH
-        ENDIF
-_there: LD A,(HL)
-        INC HL
-        OR (HL)
-        SCF
-        RET Z
-        DEC HL
+_line:  CALL line_follow
+        JR C,_none
         LD (line_pointer),HL
         INC HL
         INC HL
         INC HL
         INC HL
-        OR A
-        RET
+        JR scan_token
+_none:  PUSH DE
+        LD HL,scan_place
+        CALL place_go
+        POP DE
+        JP error
 
 ; ---- NEXT
 
@@ -905,10 +879,7 @@ next_newest:
         CALL frame_before
         LD (frame_top),HL
         POP HL
-        JR do_next_newest
-do_next_newest:
-        XOR A
-        JP do_next
+        JR next_newest
 next_without:
         LD E,ERR_NEXT
         JP error
@@ -931,12 +902,7 @@ next_over:
         POP HL                  ; limit
         DEC HL
         DEC HL
-        DEC DE
-        LD DE,0
-        JR next_mixed_at
-
-; The frame holds integers, the variable a float (HL at the step, DE the variable), or the sum does not fit.
-next_mixed_at:
+; The frame holds integers, the variable a float (HL at the step), or the sum does not fit.
 next_mixed:
         DEC HL
         DEC HL
@@ -969,11 +935,9 @@ next_float:
         INC HL
         PUSH DE
         LD DE,for_step
-        LD BC,5
-        LDIR
+        CALL fac_copy
         LD DE,for_limit
-        LD BC,5
-        LDIR
+        CALL fac_copy
         POP DE
         DEC HL
         PUSH HL
@@ -1006,7 +970,7 @@ _store: POP HL
 
 do_while:
         PUSH HL                 ; the condition
-        CALL _condition
+        CALL while_condition
         JR Z,_skip
         EX (SP),HL
         LD C,GOSUB_SIZE
@@ -1018,10 +982,10 @@ do_while:
         POP HL
         RET
 _skip:  POP DE
-        LD D,1
+        LD DE,scan_place
+        CALL place_put
+        LD DE,0100h + ERR_WHILE
 _next:  CALL scan_token
-        LD E,ERR_WHILE
-        JP C,error
         CP TOK_WHILE
         JR NZ,_no_while
         INC D
@@ -1030,15 +994,6 @@ _no_while:
         JR NZ,_next
         DEC D
         JR NZ,_next
-        RET
-_condition:                     ; Z: false
-        CALL evaluate
-        LD A,B
-        OR A
-        JP M,type_mismatch
-        RET NZ
-        LD A,D
-        OR E
         RET
 
 do_wend:
@@ -1061,7 +1016,7 @@ _found: INC HL
         LD DE,(line_pointer)
         PUSH DE
         CALL place_go
-        CALL do_while_condition
+        CALL while_condition
         JR Z,_end
         POP DE
         POP DE
@@ -1080,7 +1035,7 @@ _end:   POP DE
         LD (frame_top),HL
         POP HL
         RET
-do_while_condition:
+while_condition:                ; Z: false
         CALL evaluate
         LD A,B
         OR A

@@ -32,6 +32,7 @@ expect: LD A,(HL)
         EX (SP),HL
         JR Z,next_char
 syntax_error:
+        INC HL                  ; what HL is at is to blame, not what stands before it
         LD E,ERR_SYNTAX
         JP error
 

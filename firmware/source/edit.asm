@@ -19,6 +19,8 @@ _named: CALL line_named
         JP this_char
 
 do_auto:
+        LD DE,TOKENS            ; the line that asked for it may go; errors name the one that is entered
+        LD (line_pointer),DE
         LD DE,10
         LD (auto_line),DE
         LD (auto_step),DE
@@ -44,8 +46,7 @@ _next:  LD HL,(auto_line)
         JR NC,_end
         CALL console_fresh
         LD HL,(auto_line)
-        CALL number_word
-        CALL console_text
+        CALL number_out
         LD DE,(auto_line)
         CALL find_line
         LD A," "
@@ -142,8 +143,6 @@ do_edit:
         CALL find_line
         LD E,ERR_LINE
         JP NZ,error
-        LD DE,0
-        LD (list_at),DE
         CALL list_line
         CALL console_fresh
         LD HL,LINE_TEXT

@@ -7,18 +7,34 @@
 ;   enter_line      HL = text: with a line number, the line is stored, C; without NC, HL behind blanks
 ;   direct_line     HL = text without a line number: it is run
 
-error:  LD SP,STACK
-        LD A,E
+error:  LD A,E
         LD (error_number),A
-        CALL error_map
-        LD HL,(line_pointer)    ; of the direct line FFFFh, or that of the line which is being entered
+        LD A,(page_borrowed)
+        INC A
+        JR NZ,_whole            ; what was read lies in another line
+; How far the statement was read: the text pointer is in HL, or the newest word on the stack that lies within it.
+_place: EX DE,HL
+        LD HL,(line_pointer)
+        LD C,(HL)
         INC HL
-        INC HL
-        LD A,(HL)
-        INC HL
-        LD H,(HL)
-        LD L,A
-        LD (error_line),HL
+        LD B,(HL)
+        ADD HL,BC
+        SBC HL,DE
+        JR C,_older
+        LD HL,(statement_pointer)
+        SBC HL,DE
+        JR C,_read
+_older: LD HL,0 - STACK
+        ADD HL,SP
+        JR C,_whole
+        POP HL
+        JR _place
+_whole: LD DE,(statement_pointer)
+        INC DE
+_read:  DEC DE                  ; what was read last
+        LD (list_at),DE
+        LD SP,STACK
+        CALL error_begin
         LD A,(error_handling)
         OR A
         JR NZ,error_message
@@ -39,7 +55,15 @@ error:  LD SP,STACK
         POP DE
         DEC DE
         JP goto_line
-; Everything back where statements expect it: memory at C000h, the main ROM, the running line's page.
+; Everything back where statements expect it; error_line = the running line's number: of the direct line FFFFh, or that
+; of the line which is being entered.
+error_begin:
+        CALL error_map
+        LD HL,(line_pointer)
+        CALL header_number
+        LD (error_line),HL
+        RET
+; Memory at C000h, the main ROM, the running line's page.
 error_map:
         OUT (SELECT_RAM),A
         IF NBASIC = 0
@@ -55,6 +79,13 @@ error_map:
         LD (page_borrowed),A
 _own:   EI
         RET
+break_message:
+        LD SP,STACK
+        CALL error_begin
+        XOR A
+        LD (error_number),A
+        JR error_show
+
 ; The number is already there, and its line.
 error_resumed:
         LD SP,STACK
@@ -68,9 +99,11 @@ error_message:
 _entered:
         LD HL,(error_line)      ; the tape that a line came from stops
         CALL Z,tape_stop
+error_show:
         CALL console_fresh
         LD A,(error_number)
         LD B,A
+        INC B
         LD HL,messages
 _look:  DEC B
         JR Z,_found
@@ -87,77 +120,51 @@ _found: LD A,(HL)
         JR NZ,_text
         LD HL,message_unprintable
 _text:  CALL console_text
-        JR error_place
+        LD HL,(error_line)
+        LD A,H
+        AND L
+        INC A
+        JR Z,_direct
+        LD HL,text_in
+        CALL console_text
+        LD HL,(error_line)
+        CALL number_out
+        LD A,(error_number)
+        OR A
+        JR Z,_direct            ; Break is none
+        CALL line_direct        ; one that is not in the program cannot be listed
+        LD (error_listed),A
+_direct:
+        CALL console_newline
+        JR ready
 tape_stop:
         LD A,H
         AND L
         INC A
         RET Z
         JP tape_close_in
-error_place:
-        LD DE,(error_line)
-        LD A,D
-        AND E
-        INC A
-        JR Z,_direct
-        LD HL,text_in
-        CALL console_text
-        LD HL,(error_line)
-        CALL number_word
-        CALL console_text
-        LD A,(error_number)
-        CP ERR_SYNTAX
-        JR NZ,_direct
-        CALL line_direct        ; one that is not in the program cannot be listed
-        LD (error_listed),A
-_direct:
-        CALL console_newline
-        JR ready
 
-; The line with the error, the cursor at its statement.
+; The line with the error, the cursor on its place.
 error_list:
         XOR A
         LD (error_listed),A
-        LD HL,(statement_pointer)
-        LD (list_at),HL
         LD HL,(line_pointer)
         CALL list_line
         LD HL,LINE_TEXT
-        CALL console_text
-        LD HL,(list_mark)
-        LD A,H
-        OR A
-        RET Z
-        EX DE,HL
-        OR A
-        SBC HL,DE
-        LD B,L
+        CALL console_text       ; HL ends one behind where the cursor is
+        LD DE,(list_mark)
+        LD A,(DE)               ; not on the blank before it
+        CP " "
+        JR NZ,_word
+        INC DE
+_word:  LD A,L
+        SUB E
+        LD B,A
+        JR _next
 _left:  LD A,CTRL_LEFT
         CALL console_out
-        DJNZ _left
+_next:  DJNZ _left
         RET
-
-break_message:
-        LD SP,STACK
-        CALL error_map
-        CALL line_direct
-        LD HL,0FFFFh
-        JR Z,_number
-        LD HL,(line_pointer)
-        INC HL
-        INC HL
-        LD A,(HL)
-        INC HL
-        LD H,(HL)
-        LD L,A
-_number:
-        LD (error_line),HL
-        XOR A
-        LD (error_number),A
-        CALL console_fresh
-        LD HL,text_break
-        CALL console_text
-        JR error_place
 
 ready:  LD SP,STACK
         CALL console_fresh
@@ -240,9 +247,8 @@ text_ok:
         DEFB "Ok",0
 text_in:
         DEFB " in ",0
-text_break:
-        DEFB "Break",0
 messages:
+        DEFB "Break",0
         DEFB "NEXT without FOR",0
         DEFB "Syntax error",0
         DEFB "RETURN without GOSUB",0

@@ -791,7 +791,7 @@ primary_constant:
         SUB TOK_DIGIT
         JR C,_below
         CP 10
-        JP NC,syntax_error
+        JP NC,primary_bad
         LD E,A
         XOR A
         LD D,A

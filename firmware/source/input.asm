@@ -213,10 +213,17 @@ do_read:
         RET NZ
         INC HL
         JR do_read
-_wrong: LD HL,(data_line)       ; the DATA line is to blame
+_wrong: LD DE,(error_target)    ; caught, it is an error of READ, which RESUME can go back to
+        LD A,D
+        OR E
+        JP NZ,syntax_error
+        EX DE,HL
+        LD HL,(data_line)       ; else the DATA line is to blame
         LD (line_pointer),HL
-        LD A,0FFh
+        LD (statement_pointer),HL
+        DEC A
         LD (page_borrowed),A
+        EX DE,HL
         JP syntax_error
 
 ; HL = the next item, page set.
@@ -260,11 +267,7 @@ _line:  CALL line_follow
         INC HL
         INC HL
         JR _token
-_none:  LD A,(page_borrowed)
-        OUT (WINDOW_PAGE),A
-        LD A,0FFh
-        LD (page_borrowed),A
-        LD E,ERR_DATA
+_none:  LD E,ERR_DATA
         JP error
 
 do_data:

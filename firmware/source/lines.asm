@@ -3,10 +3,12 @@
 ;
 ;   find_line       DE = number: Z, HL = its header, page set; or NZ, HL = the first line beyond
 ;   line_follow     HL at a line's 0: HL = the next header, page set; carry: there is none
-;   line_store      the line in TOKENS (see crunch) into the program; without tokens the line of its number goes
+;   line_store      the line in TOKENS (see crunch) into the program; without tokens the line of its number goes. One
+;                   that stands there already changes nothing: variables stay
 ;   line_remove     HL = header: the line goes. Between edit_begin and the next run only
 ;   edit_begin      before the program changes: line addresses become numbers again, variables go
-;   line_print_number  HL = header: prints its number
+;   header_number   HL = header: HL = its number
+;   number_out      prints the number HL, 0..65535
 ;   program_clear   NEW
 ;   program_free    HL = bytes left for lines
 ;   token_skip      HL at a token: behind it. BC, DE are kept
@@ -100,6 +102,12 @@ _direct:
 ; ---- Editing
 
 edit_begin:
+        CALL lines_unresolve
+        PUSH HL
+        CALL variables_reset
+        POP HL
+        RET
+lines_unresolve:
         PUSH HL
         LD A,(lines_resolved)
         OR A
@@ -107,7 +115,6 @@ edit_begin:
         CALL NZ,tokens_walk
         XOR A
         LD (lines_resolved),A
-        CALL variables_reset
         POP HL
         RET
 
@@ -139,13 +146,29 @@ line_unresolve:
         RET
 
 line_store:
-        CALL edit_begin
+        CALL lines_unresolve
         LD HL,(TOKENS)
         LD DE,0 - 64
         ADD HL,DE
         CALL C,list_check       ; one that is written shorter than it is listed
         LD DE,(TOKENS + 2)
         CALL find_line
+        PUSH HL
+        PUSH AF
+        JR NZ,_new
+        LD DE,TOKENS
+        LD BC,(TOKENS)
+_same:  LD A,(DE)
+        INC DE
+        CPI
+        JR NZ,_new
+        JP PE,_same
+        POP AF
+        POP HL
+        RET
+_new:   CALL variables_reset
+        POP AF
+        POP HL
         CALL Z,line_remove
         LD A,(TOKENS + 4)
         OR A
@@ -352,13 +375,15 @@ program_free:
         DEC HL
         RET
 
-line_print_number:
+header_number:
         INC HL
         INC HL
         LD A,(HL)
         INC HL
         LD H,(HL)
         LD L,A
+        RET
+number_out:
         CALL number_word
         JP console_text
 

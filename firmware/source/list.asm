@@ -1,7 +1,7 @@
 ; Tokens to text.
 ;
 ;   list_line       HL = header of a line: LINE_TEXT = its number and text, ended by 0; DE = the 0. The page is kept.
-;                   (list_mark) = where in LINE_TEXT the token at (list_at) came out, 0 if it did not
+;                   (list_mark) = where in LINE_TEXT the last token came out that begins at (list_at) or before
 ;   do_list         LIST [first][-[last]]
 ; What does not fit LINE_TEXT is cut.
 
@@ -11,12 +11,7 @@ LIST_WORD       EQU 2           ; a word that wants a blank behind it
 
 list_line:
         PUSH HL
-        INC HL
-        INC HL
-        LD A,(HL)
-        INC HL
-        LD H,(HL)
-        LD L,A
+        CALL header_number
         CALL number_word
         LD DE,LINE_TEXT
 _digit: LD A,(HL)
@@ -35,18 +30,8 @@ _numbered:
         LD (list_last),A
         LD A," "
         CALL list_put
-        LD BC,0
-        LD (list_mark),BC
 list_token:
-        LD BC,(list_at)
-        LD A,L
-        CP C
-        JR NZ,_unmarked
-        LD A,H
-        CP B
-        JR NZ,_unmarked
-        LD (list_mark),DE
-_unmarked:
+        CALL list_note
         LD A,(HL)
         OR A
         JR Z,_end
@@ -109,6 +94,17 @@ _letter:
 _close_end:
         LD A,LIST_NAME
         LD (list_last),A
+        RET
+
+; Notes where the text stands unless HL is beyond (list_at). Uses AF, BC.
+list_note:
+        LD BC,(list_at)
+        LD A,C
+        SUB L
+        LD A,B
+        SBC A,H
+        RET C
+        LD (list_mark),DE
         RET
 
 ; A into the text, if there is room. All are kept.
@@ -197,7 +193,7 @@ _mod:   LD BC,w_mod
         JP list_name_of
 _word:  SUB TOK_IMP
         LD BC,word_operators
-        JR list_indexed
+        JP list_indexed
 _signs: DEFB "=",0,"<",0,">",0,"<=",">=","<>","+",0,"-",0,0,0,5Ch,0,"*",0,"/",0,"^",0
 
 list_word:
@@ -224,7 +220,8 @@ _data:  SUB TOK_FIRST
         CALL list_indexed
         LD A," "
         CALL list_put
-_item:  LD A,(HL)
+_item:  CALL list_note
+        LD A,(HL)
         OR A
         RET Z
         CP ":"
@@ -377,9 +374,7 @@ _digit: ADD A,"0" - TOK_DIGIT
         CALL list_put
         JR _name
 _float: PUSH DE
-        LD DE,FAC
-        LD BC,5
-        LDIR
+        CALL fac_load
         POP DE
         PUSH HL
         PUSH DE
@@ -472,8 +467,6 @@ do_list:
         LD D,B
         LD E,C
         CALL find_line
-        LD DE,0
-        LD (list_at),DE
 _line:  POP DE
         LD A,(HL)
         INC HL

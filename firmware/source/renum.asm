@@ -183,13 +183,11 @@ _missing:
         LD HL,renum_undefined
         CALL console_text
         LD HL,(renum_wanted)
-        CALL number_word
-        CALL console_text
-        LD HL,renum_in
+        CALL number_out
+        LD HL,text_in
         CALL console_text
         LD HL,(renum_line)
-        CALL number_word
-        CALL console_text
+        CALL number_out
         CALL console_newline
         LD DE,(renum_wanted)
 _found: POP AF
@@ -204,8 +202,6 @@ _found: POP AF
         RET
 renum_undefined:
         DEFB "Undefined line ",0
-renum_in:
-        DEFB " in ",0
 
 ; HL at a line: at the next, page set. Carry: there is none.
 renum_next:

@@ -298,14 +298,8 @@ trace_line:
         LD A,"["
         CALL console_out
         LD HL,(line_pointer)
-        INC HL
-        INC HL
-        LD A,(HL)
-        INC HL
-        LD H,(HL)
-        LD L,A
-        CALL number_word
-        CALL console_text
+        CALL header_number
+        CALL number_out
         LD A,"]"
         CALL console_out
 _end:   POP HL

@@ -37,8 +37,6 @@ do_save:
         CALL tape_statement_end
         LD A,TAPE_PROGRAM
         CALL tape_begin
-        LD DE,0
-        LD (list_at),DE
         LD DE,PROGRAM_START
 _line:  CALL place_to_text
         LD C,(HL)
@@ -126,6 +124,8 @@ tape_stopped:
         CALL tape_close_out
         LD HL,0                 ; the monitor is left as well
         LD (monitor_stack),HL
+        DEC HL                  ; no line is to blame
+        LD (TOKENS + 2),HL
         XOR A
         LD (stop_flag),A
         JP break_message

@@ -353,21 +353,12 @@ _letter:
 _value: LD (DE),A
         INC DE
         LD HL,FAC
-        LD BC,5
-        LDIR
-        RET
+        JP fac_copy
 ; Z: the number in FAC is printed as it was typed. DE, FAC are kept.
 _as_printed:
-        LD HL,FAC
-        LD BC,(name_length)
-        LD B,0
         PUSH DE
-        LD DE,val_text
-        LDI
-        LDI
-        LDI
-        LDI
-        LDI
+        LD HL,val_text
+        CALL fac_store
         CALL number_print
         INC HL                  ; not the blank
         LD A,(name_length)

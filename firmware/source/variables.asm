@@ -204,15 +204,7 @@ variable_ref:
         LD D,(HL)
         INC HL
         CP TOK_VAR_STRING
-        LD A,KIND_STRING
-        RET Z
-        DEC HL
-        DEC HL
-        DEC HL
-        LD A,(HL)
-        INC HL
-        INC HL
-        INC HL
+        JR Z,_string
         CP TOK_VAR
         JP NZ,array_element_next
         PUSH HL
@@ -223,6 +215,9 @@ variable_ref:
         AND TYPE_VALUE
         RET Z
         LD A,KIND_NUMBER
+        RET
+_string:
+        LD A,KIND_STRING
         RET
 
 ; HL at a variable: its target noted.

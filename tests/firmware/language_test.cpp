@@ -39,14 +39,16 @@ const language_case cases[] = {
 15 NEXT
 20 WHILE A<1:A=A+1:FOR J=.5 TO 1.5:FOR K=1 TO 2:PRINT J;K;:NEXT K:NEXT J:WEND:PRINT A
 30 FOR K=1 TO 2:FOR K=5 TO 6:PRINT K;:NEXT:NEXT)",
-     " .5  1  .5  2  1.5  1  1.5  2  1\n 5  6\nNEXT without FOR in 30\nOk"},
-    {"NEXT without FOR", "10 FOR I=1 TO 2:GOSUB 20\n20 NEXT I", "NEXT without FOR in 20\nOk"},
-    {"FOR without NEXT", "10 FOR I=2 TO 1", "FOR without NEXT in 10\nOk"},
+     " .5  1  .5  2  1.5  1  1.5  2  1\n 5  6\nNEXT without FOR in 30\nOk\n30 FOR K=1 TO 2:FOR K=5 TO "
+     "6:PRINT K;:NEXT:NEXT"},
+    {"NEXT without FOR", "10 FOR I=1 TO 2:GOSUB 20\n20 NEXT I", "NEXT without FOR in 20\nOk\n20 NEXT I"},
+    {"FOR without NEXT", "10 FOR I=2 TO 1\n20 END", "FOR without NEXT in 10\nOk\n10 FOR I=2 TO 1"},
     {"WHILE", R"(
 10 WHILE A<3:A=A+1:B=0
 20 WHILE B<2:B=B+1:PRINT A*10+B;:WEND:WEND:PRINT
 30 WHILE 0:PRINT "NO":WHILE 1:WEND:WEND:PRINT "SKIPPED":WEND)",
-     " 11  12  21  22  31  32\nSKIPPED\nWEND without WHILE in 30\nOk"},
+     " 11  12  21  22  31  32\nSKIPPED\nWEND without WHILE in 30\nOk\n30 WHILE 0:PRINT \"NO\":WHILE "
+     "1:WEND:WEND:PRINT \"SKIPPED\":WEND"},
     {"GOSUB", R"(
 10 GOSUB 40:PRINT "BACK":ON 2 GOSUB 60,40,60:PRINT "ON"
 20 ON 3 GOTO 50,50:ON 0 GOTO 50:PRINT "NEITHER"
@@ -56,7 +58,7 @@ const language_case cases[] = {
 60 RETURN 50
 70 GO SUB 40:GO TO 80
 80 RETURN)",
-     "SUBBACK\nSUBON\nNEITHER\nSUB\nRETURN without GOSUB in 80\nOk"},
+     "SUBBACK\nSUBON\nNEITHER\nSUB\nRETURN without GOSUB in 80\nOk\n80 RETURN"},
     {"letters that meet", R"(
 10 FORI=1TO3:PRINTI;:NEXTI:A=5:B=6:IFA=5ANDB=6THENPRINT"YES"ELSEPRINT"NO"
 20 X1=1:X2=3:FORJ=X1TOX2STEPX1:PRINTJ;:NEXTJ:FORK=ATOB:PRINTK;:NEXT:DIMQ(5)
@@ -77,7 +79,7 @@ const language_case cases[] = {
      "PRINT [USING \"format\";]value[;|,]...\nOk\nHELP ON\n"
      "ON n GOTO|GOSUB line[,...]  ON ERROR GOTO line  ON KEY|STOP GOSUB line[,...]\nOk",
      "HELP PRINT\nHELP ON\n"},
-    {"endless recursion", "10 GOSUB 10", "Out of memory in 10\nOk"},
+    {"endless recursion", "10 GOSUB 10", "Out of memory in 10\nOk\n10 GOSUB 10"},
     {"IF", R"(
 10 FOR I=-1 TO 1
 20 IF I<0 THEN PRINT "NEG";:IF I=0 THEN PRINT "NO" ELSE PRINT "ELSE":GOTO 40
@@ -94,9 +96,9 @@ const language_case cases[] = {
      " 19  9 -4  64  .5  1 -1  3 -3  4\n-1  1  7  6 -7 -5 -1  0 -1  0\n"
      " 32768 -32769  40000  40000  32761  2  3.5  32768\n"
      " 255 -1  15  1000  .0005  3  9.5 -1 -1  .333333333\nOk"},
-    {"overflow of a word", "10 PRINT 40000 AND 1", "Overflow in 10\nOk"},
-    {"division", "10 PRINT 1/0", "Division by zero in 10\nOk"},
-    {"MOD 0", "10 PRINT 1 MOD 0", "Division by zero in 10\nOk"},
+    {"overflow of a word", "10 PRINT 40000 AND 1", "Overflow in 10\nOk\n10 PRINT 40000 AND 1"},
+    {"division", "10 PRINT 1/0", "Division by zero in 10\nOk\n10 PRINT 1/0"},
+    {"MOD 0", "10 PRINT 1 MOD 0", "Division by zero in 10\nOk\n10 PRINT 1 MOD 0"},
     {"strings", R"(
 10 A$="KIV":B$=A$+" BASIC":PRINT B$;LEN(B$);LEN("")
 20 PRINT LEFT$(B$,3);"|";RIGHT$(B$,5);"|";MID$(B$,2,3);"|";MID$(B$,8);"|";MID$(B$,20);"|";LEFT$(B$,0);"|"
@@ -112,41 +114,83 @@ const language_case cases[] = {
 30 NEXT K,J:SWAP S$(1),S$(2):ERASE S$:F=FRE(""):PRINT T$="B"+"X";LEN(T$)
 40 FOR I=1 TO 260:U$=LEFT$(U$+CHR$(65+I MOD 26),250):V$=U$+"":NEXT:PRINT LEN(U$);LEFT$(V$,3);F-FRE(0))",
      " 0  1\n 250 BCD 506\nOk"},
-    {"string too long", "10 A$=STRING$(200,65):A$=A$+A$", "String too long in 10\nOk"},
-    {"string and number", "10 A$=5", "Type mismatch in 10\nOk"},
-    {"number and string", "10 A=1+\"A\"", "Type mismatch in 10\nOk"},
+    {"string too long", "10 A$=STRING$(200,65):A$=A$+A$",
+     "String too long in 10\nOk\n10 A$=STRING$(200,65):A$=A$+A$"},
+    {"string and number", "10 A$=5", "Type mismatch in 10\nOk\n10 A$=5"},
+    {"number and string", "10 A=1+\"A\"", "Type mismatch in 10\nOk\n10 A=1+\"A\""},
+    {"WHILE without WEND", "10 WHILE A\n20 END", "WHILE without WEND in 10\nOk\n10 WHILE A"},
+    {"an error's place", "10 PRINT 1:IF A=0 THEN PRINT 2:B=B+7/A:PRINT 3",
+     " 1\n 2\nDivision by zero in 10\nOk\n10 PRINT 1:IF A=0 THEN PRINT 2:B=B+7/*:PRINT 3", "RUN\n\\p*"},
+    {"the place of what is missing", "10 PRINT 1:A=(5+3:PRINT X",
+     " 1\nSyntax error in 10\nOk\n10 PRINT 1:A=(5+3*PRINT X", "RUN\n\\p*"},
+    {"the place behind a blank", "10 FOR I=1 TO 3:NEXT JK",
+     "NEXT without FOR in 10\nOk\n10 FOR I=1 TO 3:NEXT *K", "RUN\n\\p*"},
+    {"the place in DATA", "10 READ A,B$,C\n20 DATA 1,Q,X7", "Syntax error in 20\nOk\n20 DATA 1,Q,*7",
+     "RUN\n\\p*"},
+    {"the place in a function's own line", "10 DEF FNA(X)=1/X\n20 PRINT 1;:PRINT FNA(0)",
+     " 1\nDivision by zero in 20\nOk\n20 PRINT 1;:*RINT FNA(0)", "RUN\n\\p*"},
+    {"a place some rows above the line's end", R"(
+10 A$="X":PRINT A$+5:PRINT "0123456789012345678901234567890123456789012345678901234567890123456789":PRINT "012345678901234567890123456789")",
+     "Type mismatch in 10\nOk\n"
+     "10 A$=\"X\":PRINT A$+*:PRINT \"0123456789012345678901234567890123456789012345678901\n"
+     "234567890123456789\":PRINT \"012345678901234567890123456789\"",
+     "RUN\n\\p*"},
+    {"an error mended in its place", "10 A$=\"X\":PRINT 1+A$:PRINT 2",
+     "Type mismatch in 10\nOk\n10 A$=\"X\":PRINT 1+B!:PRINT 2\nRUN\n 1\n 2\nOk", "RUN\n\\pB!\nRUN\n"},
+    {"RETURN on a line that stays as it is", "10 A=7:GOTO 20\n20 GOTO 30\n30 PRINT 1/0:GOTO 10",
+     "Division by zero in 30\nOk\n30 PRINT 1/0:GOTO 10\nLIST 20\n20 GOTO 30\nOk\n20 GOTO 30\nPRINT A\n "
+     "7\nOk\n"
+     "20 GOTO 10\nPRINT A\n 0\nOk",
+     "RUN\n\\p\nLIST 20\n20 GOTO 30\nPRINT A\n20 GOTO 10\nPRINT A\n"},
+    {"RESUME goes back to READ", R"(
+10 ON ERROR GOTO 80
+20 READ A:PRINT "ON";A:END
+30 REM 34567890123456789012345678901234567890123456789012345678901234567890
+40 REM 34567890123456789012345678901234567890123456789012345678901234567890
+50 REM 34567890123456789012345678901234567890123456789012345678901234567890
+60 REM 34567890123456789012345678901234567890123456789012345678901234567890
+70 DATA X:PRINT "NO"
+80 PRINT ERR;ERL;:RESUME NEXT)",
+     " 2  20 ON 0\nOk"},
     {"arrays", R"(
 10 DIM A(3),B(2,3),C%(5),D$(1,1,1):A(3)=1.5:B(2,3)=7:C%(5)=2.5:D$(1,0,1)="X"
 20 B(0,1)=4:PRINT A(3);A(0);B(2,3);B(0,1);C%(5);D$(1,0,1);D$(0,0,0);E(10)
 30 ERASE A,B:PRINT C%(5);D$(1,0,1);A(10):DIM B(1):I=1:B(I)=B(I)+A(B(0)+I-1)+5:PRINT B(1)
 40 OPTION BASE 0:SWAP B(0),B(1):PRINT B(0);B(1):DIM C%(2))",
-     " 1.5  0  7  4  3 X 0\n 3 X 0\n 5\n 5  0\nDuplicate definition in 40\nOk"},
-    {"subscript", "10 PRINT A(11)", "Subscript out of range in 10\nOk"},
-    {"too few subscripts", "10 DIM A(2,2):PRINT A(1)", "Subscript out of range in 10\nOk"},
-    {"negative subscript", "10 PRINT A(-1)", "Subscript out of range in 10\nOk"},
-    {"array beyond memory", "10 DIM A(3000),B(3000)", "Out of memory in 10\nOk"},
+     " 1.5  0  7  4  3 X 0\n 3 X 0\n 5\n 5  0\nDuplicate definition in 40\nOk\n40 OPTION BASE 0:SWAP "
+     "B(0),B(1):PRINT B(0);B(1):DIM C%(2)"},
+    {"subscript", "10 PRINT A(11)", "Subscript out of range in 10\nOk\n10 PRINT A(11)"},
+    {"too few subscripts", "10 DIM A(2,2):PRINT A(1)",
+     "Subscript out of range in 10\nOk\n10 DIM A(2,2):PRINT A(1)"},
+    {"negative subscript", "10 PRINT A(-1)", "Subscript out of range in 10\nOk\n10 PRINT A(-1)"},
+    {"array beyond memory", "10 DIM A(3000),B(3000)", "Out of memory in 10\nOk\n10 DIM A(3000),B(3000)"},
     {"types", R"(
 10 DEFINT A-C,I:A=2.5:X=2.5:PRINT A;X;A!:DEFSTR S:S="T":PRINT S+"X";S1;"|"
 20 LONGNAME=1:LONGNAMES=2:L.1=3:PRINT LONGNAME;LONGNAMES;L.1:A$="S":A%=1:A=2:A(1)=3:PRINT A$;A%;A;A(1)
 30 I=40000)",
-     " 3  2.5  0\nTX|\n 1  2  3\nS 1  2  3\nOverflow in 30\nOk"},
+     " 3  2.5  0\nTX|\n 1  2  3\nS 1  2  3\nOverflow in 30\nOk\n30 I=40000"},
     {"names of one kind of number", R"(
 10 DEFSNG A:DEFDBL B:LET A=1/3:LET B=A:PRINT A=B;A!=A;B#=B;CSNG(B);CDBL(2);CSNG("X"))",
-     "-1  0  0  .333333333  2\nType mismatch in 10\nOk"},
+     "-1  0  0  .333333333  2\nType mismatch in 10\nOk\n10 DEFSNG A:DEFDBL B:LET A=1/3:LET B=A:PRINT "
+     "A=B;A!=A;B#=B;CSNG(B);CDBL(2);CSNG(\n\"X\")"},
     {"MOTOR", "10 MOTOR ON:PRINT INP(&H30) AND 0;:MOTOR OFF:MOTOR:MOTOR 0:MOTOR 1:MOTOR 2:MOTOR A$",
-     " 0\nType mismatch in 10\nOk"},
+     " 0\nType mismatch in 10\nOk\n10 MOTOR ON:PRINT INP(&H30) AND 0;:MOTOR OFF:MOTOR:MOTOR 0:MOTOR 1:MOTOR "
+     "2:MOTOR\n A$"},
     {"DEF FN", R"(
 10 DEF FNA(X,Y)=X*10+Y:DEF FNB$(A$)=A$+"!"+A$:DEF FN C=Z+1:X=7:A$="KEPT"
 20 PRINT FNA(2,3);FNA(FNA(1,1),5);FNB$("AB");FN C;X;A$:Y=1:PRINT FNA(Y,X)
 30 PRINT FNB$(FNB$("X")):PRINT FND(1))",
-     " 23  115 AB!AB 1  7 KEPT\n 17\nX!X!X!X\nUndefined user function in 30\nOk"},
-    {"DEF FN that calls itself", "10 DEF FNA(X)=FNA(X+1)\n20 PRINT FNA(1)", "Formula too complex in 20\nOk"},
+     " 23  115 AB!AB 1  7 KEPT\n 17\nX!X!X!X\nUndefined user function in 30\nOk\n30 PRINT "
+     "FNB$(FNB$(\"X\")):PRINT FND(1)"},
+    {"DEF FN that calls itself", "10 DEF FNA(X)=FNA(X+1)\n20 PRINT FNA(1)",
+     "Formula too complex in 20\nOk\n20 PRINT FNA(1)"},
     {"READ", R"(
 10 READ A,B$,C,D$,E:PRINT A;B$;C;D$;"|";E:RESTORE 40:READ A$,B:PRINT A$;B
 20 RESTORE:READ A:PRINT A:READ A$,A$,A$,A$,A$,A,A,A
 30 DATA 1," X,Y",-3.5E1, two words ,&HF
 40 DATA "A:B",2:DATA 9)",
-     " 1  X,Y-35 two words| 15\nA:B 2\n 1\nOut of DATA in 20\nOk"},
+     " 1  X,Y-35 two words| 15\nA:B 2\n 1\nOut of DATA in 20\nOk\n20 RESTORE:READ A:PRINT A:READ "
+     "A$,A$,A$,A$,A$,A,A,A"},
     {"READ of what is no number", "10 READ A\n20 DATA X", "Syntax error in 20\nOk\n20 DATA X"},
     {"INPUT", R"(
 10 INPUT "NAME";N$:INPUT A,B$:PRINT N$;A;B$:INPUT "NO MARK",C:LINE INPUT "LINE ";L$
@@ -169,10 +213,10 @@ const language_case cases[] = {
 60 PRINT ERR;ERL;:IF ERL=40 THEN A=1:RESUME
 70 IF ERR=200 THEN RESUME 40
 80 RESUME NEXT)",
-     " 11  20 NEXT\n 200  30  5  40 DONE\nIllegal function call in 50\nOk"},
+     " 11  20 NEXT\n 200  30  5  40 DONE\nIllegal function call in 50\nOk\n50 PRINT LEFT$(\"A\",-1)"},
     {"ON ERROR GOTO 0 in the handler", "10 ON ERROR GOTO 30\n20 PRINT 1/0\n30 ON ERROR GOTO 0",
-     "Division by zero in 20\nOk"},
-    {"RESUME without error", "10 RESUME", "RESUME without error in 10\nOk"},
+     "Division by zero in 20\nOk\n20 PRINT 1/0"},
+    {"RESUME without error", "10 RESUME", "RESUME without error in 10\nOk\n10 RESUME"},
     {"no RESUME", "10 ON ERROR GOTO 20:ERROR 3\n20 PRINT ERR", " 3\nNo RESUME\nOk"},
     {"STOP and CONT", "10 FOR I=1 TO 2:STOP:PRINT I\n20 NEXT",
      "Break in 10\nOk\nPRINT I*10\n 10\nOk\nCONT\n 1\n"
@@ -181,12 +225,15 @@ const language_case cases[] = {
     {"END and CONT", "10 PRINT 1:END:PRINT 2\n20 PRINT 3",
      " 1\nOk\nCONT\n 2\n 3\nOk\nCONT\nCan't continue\nOk", "RUN\nCONT\nCONT\n"},
     {"no CONT behind an error", "10 STOP\n20 PRINT 1/0",
-     "Break in 10\nOk\nCONT\nDivision by zero in 20\nOk\nCONT\nCan't continue\nOk", "RUN\nCONT\nCONT\n"},
+     "Break in 10\nOk\nCONT\nDivision by zero in 20\nOk\n20 PRINT 1/0\nCONT\nCan't continue\nOk",
+     "RUN\nCONT\n\\bCONT\n"},
     {"loops that an error left", "10 FOR I=1 TO 3\n20 IF I=2 AND J=0 THEN PRINT 1/0\n30 PRINT I;:NEXT",
-     " 1\nDivision by zero in 20\nOk\nJ=1:GOTO 20\n 2  3\nOk\nGOTO 30\n 4\nNEXT without FOR in 30\nOk",
-     "RUN\nJ=1:GOTO 20\nGOTO 30\n"},
+     " 1\nDivision by zero in 20\nOk\n20 IF I=2 AND J=0 THEN PRINT 1/0\nJ=1:GOTO 20\n 2  3\nOk\nGOTO 30\n "
+     "4\nNEXT without FOR in 30\nOk\n30 PRINT I;:NEXT",
+     "RUN\n\\bJ=1:GOTO 20\nGOTO 30\n"},
     {"frames full of what an error left", "10 GOSUB 10",
-     "Out of memory in 10\nOk\nFOR I=1 TO 2:PRINT I;:NEXT\n 1  2\nOk", "RUN\nFOR I=1 TO 2:PRINT I;:NEXT\n"},
+     "Out of memory in 10\nOk\n10 GOSUB 10\nFOR I=1 TO 2:PRINT I;:NEXT\n 1  2\nOk",
+     "RUN\n\\bFOR I=1 TO 2:PRINT I;:NEXT\n"},
     {"a typed line with an error", "", "Syntax error in 10\nOk\nPRINT 1\n 1\nOk", "10 FN1=1\nPRINT 1\n"},
     {"ON KEY", R"(
 10 ON KEY GOSUB 100,,300:KEY(1) ON:KEY(2) ON:KEY(3) ON
@@ -204,11 +251,12 @@ const language_case cases[] = {
 10 POKE &HA000,201:POKE 40961,7:PRINT PEEK(40960);PEEK(&HA001);INP(&H71):DEF USR1=&HA000:PRINT USR1(5)
 20 OUT &H71,255:WAIT &H71,255:A=VARPTR(X):X=258:PRINT PEEK(A);PEEK(A+1);PEEK(A+2)
 30 CLEAR 100,&HE000:POKE &HE000,1:DIM A(2500):PRINT X;FRE(0)<10000:PRINT USR(1))",
-     " 201  7  255\n 5\n 0  2  1\n 0 -1\nIllegal function call in 30\nOk"},
+     " 201  7  255\n 5\n 0  2  1\n 0 -1\nIllegal function call in 30\nOk\n30 CLEAR 100,&HE000:POKE "
+     "&HE000,1:DIM A(2500):PRINT X;FRE(0)<10000:PRINT USR(1)"},
     {"TRON", "10 TRON:A=1\n20 PRINT A:TROFF\n30 PRINT", "[20] 1\n\nOk"},
-    {"undefined line", "10 GOTO 20", "Undefined line number in 10\nOk"},
+    {"undefined line", "10 GOTO 20", "Undefined line number in 10\nOk\n10 GOTO 20"},
     {"what no word begins", "10 X=1:(", "Syntax error in 10\nOk\n10 X=1:("},
-    {"missing operand", "10 PRINT 1+", "Missing operand in 10\nOk"},
+    {"missing operand", "10 PRINT 1+", "Missing operand in 10\nOk\n10 PRINT 1+"},
     {"RUN clears, RUN line, END", "10 PRINT A:A=5\n20 PRINT \"TWENTY\":END\n30 PRINT 30",
      " 0\nTWENTY\nOk\nRUN 20\nTWENTY\nOk\nPRINT A\n 0\nOk", "RUN\nRUN 20\nPRINT A\n"},
     {"LIST", R"(
@@ -238,8 +286,10 @@ const language_case cases[] = {
      "10 PRINT 1+(2*(3+(4*(5+(6*(7+(8*(9+(10*(11+12))))))))))\n20 PRINT 1+("
      "1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+("
      "1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1",
-     " 92159\nFormula too complex in 20\nOk"},
-    {"printers and disks", "10 LPRINT 1", "Device unavailable in 10\nOk"},
+     " 92159\nFormula too complex in 20\nOk\n20 PRINT "
+     "1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+\n(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+"
+     "(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1\n+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1+(1"},
+    {"printers and disks", "10 LPRINT 1", "Device unavailable in 10\nOk\n10 LPRINT 1"},
 };
 
 class language : public testing::TestWithParam<bool> {
