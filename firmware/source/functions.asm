@@ -149,7 +149,8 @@ _bit:   SRL B
         RET
 
 ; The magnitude of FAC, a float, times the constant at IX, 48 bits, lowest first -> integer part in L, fraction in BCDEH;
-; A: the exponent of the fraction, 0 or negative. A is on entry what the constant lacks.
+; A: the exponent of the fraction, 0 or negative; carry: bit 8 of the integer part. A is on entry what the constant
+; lacks.
 fraction_of_product:
         LD L,A
         LD A,(FAC)
@@ -377,9 +378,10 @@ float_exp:
         JR NC,power_far
         LD IX,half_log2_e
         LD A,1
-; 2^(FAC x IX): FAC a float, IX a constant of 48 bits times 2^A; the product is below 2^8
+; 2^(FAC x IX): FAC a float, IX a constant of 48 bits times 2^A; the product is below 2^9
 power_of_two:
         CALL fraction_of_product
+        JR C,power_far          ; it has 2^8 or more
         NEG
         CALL fraction_right
         LD A,(FAC + 4)
@@ -845,7 +847,7 @@ _positive:
         ADD A,B                 ; exponent of y log2 x
         JP PE,_extreme
         JP M,_near
-        CP 9
+        CP 10
         JR NC,_far
 _near:  LD A,B
         CALL power_of_two

@@ -233,6 +233,8 @@ H_DEF           EQU 19
 H_LINE_OR_NOT   EQU 20
 H_OR            EQU 21
 H_SWITCH        EQU 22
+H_THEN          EQU 23
+H_PRINTED       EQU 24
 help_phrases:
         DEFB "(x,y",")"+80h
         DEFB "lin","e"+80h
@@ -255,6 +257,8 @@ help_phrases:
         DEFB H_OPEN,H_LINE,"]"+80h
         DEFB "o","r"+80h
         DEFB "ON|OF","F"+80h
+        DEFB " ",H_FALSE," THEN ",H_STATEMENTS,H_OPEN,"ELSE ",H_STATEMENTS,"]"+80h
+        DEFB H_OPEN,"USING \"f",H_OR,"mat\";]",H_VALUE,"[;|,]..","."+80h
 
 help_texts:
         DEFB 1,"Progra","m"+80h
@@ -283,7 +287,8 @@ help_texts:
         DEFB "GOTO ",H_LINE+80h
         DEFB "GOSUB ",H_LINE+80h
         DEFB "RETURN",H_LINE_OR_NOT+80h
-        DEFB "IF ",H_FALSE," THEN ",H_STATEMENTS,H_OPEN,"ELSE ",H_STATEMENTS,"]"+80h
+        DEFB "IF",H_THEN+80h
+        DEFB "ELSE: IF",H_THEN+80h
         DEFB "FOR ",H_VARIABLE,"=first TO last",H_OPEN,"STEP n","]"+80h
         DEFB "NEXT",H_OPEN,H_VARIABLE,H_MORE,"]"+80h
         DEFB "WHILE ",H_FALSE+80h
@@ -308,7 +313,8 @@ help_texts:
         DEFB "OPTION BASE 0|","1"+80h
         DEFB "RANDOMIZE",H_OPEN,"n","]"+80h
         DEFB 1,"Scree","n"+80h
-        DEFB "PRINT",H_OPEN,"USING \"f",H_OR,"mat\";]",H_VALUE,"[;|,]..","."+80h
+        DEFB "PRINT",H_PRINTED+80h
+        DEFB "USING: PRINT",H_PRINTED+80h
         DEFB "TAB",H_N+80h
         DEFB "SPC",H_N+80h
         DEFB "LOCATE x,y",H_COMMA,"curs",H_OR,"]"+80h

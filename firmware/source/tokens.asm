@@ -809,6 +809,8 @@ crunch_name:
         LD A,(HL)
         CP " "                  ; FN A is FNA
         JR NZ,_function
+        XOR A                   ; its letters are not those that met others
+        LD (crunch_letters),A
         CALL skip_blanks
 _function:
         LD (name_start),HL

@@ -73,12 +73,16 @@ const language_case cases[] = {
      "60\nOk\n"
      "NEWS\nSyntax error\nOk\nLIST 70\n70 PRINT \"SUB\":RETURN\nOk",
      "RUN\nLIST 30-50\nNEWS\nLIST 70\n"},
-    {"letters that meet, and FN", "10 DEF FN A(X)=X*2\n20 PRINTFN A(4):IFFN A(1)=2THENPRINTFNA(5)",
-     " 8\n 10\nOk"},
+    {"letters that meet, and FN",
+     "10 DEF FN A(X)=X*2\n20 PRINTFN A(4):IFFN A(1)=2THENPRINTFNA(5)\n"
+     "30 DEF FN AB(X)=X+1:C=1\n40 PRINTFN AB(4):IFFN AB(1)=2THENPRINTC",
+     " 8\n 10\n 5\n 1\nOk"},
     {"HELP", "10 REM",
      "PRINT [USING \"format\";]value[;|,]...\nOk\nHELP ON\n"
-     "ON n GOTO|GOSUB line[,...]  ON ERROR GOTO line  ON KEY|STOP GOSUB line[,...]\nOk",
-     "HELP PRINT\nHELP ON\n"},
+     "ON n GOTO|GOSUB line[,...]  ON ERROR GOTO line  ON KEY|STOP GOSUB line[,...]\nOk\n"
+     "HELP ELSE\nELSE: IF condition THEN statements [ELSE statements]\nOk\n"
+     "HELP USING\nUSING: PRINT [USING \"format\";]value[;|,]...\nOk",
+     "HELP PRINT\nHELP ON\nHELP ELSE\nHELP USING\n"},
     {"endless recursion", "10 GOSUB 10", "Out of memory in 10\nOk\n10 GOSUB 10"},
     {"IF", R"(
 10 FOR I=-1 TO 1
@@ -152,6 +156,9 @@ const language_case cases[] = {
 70 DATA X:PRINT "NO"
 80 PRINT ERR;ERL;:RESUME NEXT)",
      " 2  20 ON 0\nOk"},
+    {"powers at the end of the range",
+     "10 PRINT .5^128;2^-128=.5^128;.25^64=.5^128;.5^128.5;2^-127.5>.5^128\n20 PRINT 2^128",
+     " 2.93873588E-39 -1 -1  0 -1\nOverflow in 20\nOk\n20 PRINT 2^128"},
     {"arrays", R"(
 10 DIM A(3),B(2,3),C%(5),D$(1,1,1):A(3)=1.5:B(2,3)=7:C%(5)=2.5:D$(1,0,1)="X"
 20 B(0,1)=4:PRINT A(3);A(0);B(2,3);B(0,1);C%(5);D$(1,0,1);D$(0,0,0);E(10)
