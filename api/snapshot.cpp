@@ -655,6 +655,16 @@ const uint8_t *snapshot_section(const uint8_t *bytes, size_t size, const char *t
     return nullptr;
 }
 
+uint64_t snapshot_tape(const uint8_t *bytes, size_t size) {
+    size_t body_size = 0;
+    const uint8_t *const body = snapshot_section(bytes, size, tag_tape, body_size);
+    if (body == nullptr) return 0;
+    loading in{{body, body_size}};
+    tape_head head;
+    head.list(fields<loading>{in});
+    return in.good ? head.checksum : 0;
+}
+
 snapshot_fault snapshot_read(const snapshot_parts &parts, const uint8_t *bytes, size_t size) {
     if (const snapshot_fault fault = look_at_header(bytes, size); fault != snapshot_fault::none) return fault;
     arrival a{};

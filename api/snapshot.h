@@ -50,6 +50,9 @@ void snapshot_append(uint8_t *bytes, size_t size, const char *tag, const uint8_t
 // looked at.
 const uint8_t *snapshot_section(const uint8_t *bytes, size_t size, const char *tag, size_t &body_size);
 
+// The checksum of the tape in the deck when the snapshot was taken; 0: there was none, or it is no snapshot.
+uint64_t snapshot_tape(const uint8_t *bytes, size_t size);
+
 // Puts a snapshot into the machine. After any fault everything is as it was.
 [[nodiscard]] snapshot_fault snapshot_read(const snapshot_parts &parts, const uint8_t *bytes, size_t size);
 

@@ -6,6 +6,7 @@
 #include "api/snapshot_ring.h"
 #include "cpu/z80_thread.h"
 
+#include <deque>
 #include <string>
 
 class frame_history final : public frame_watcher {
@@ -22,11 +23,18 @@ class frame_history final : public frame_watcher {
     size_t memory() const { return ring.memory(); }
 
   private:
+    struct kept_tape {
+        uint64_t checksum;
+        std::vector<uint8_t> bytes;
+    };
     std::string go_back(size_t count);
+    void keep_tape();
+    bool put_in_tape(uint64_t checksum);
     uint64_t stamp_of_now();
 
     snapshot_ring ring{{size_t{64} << 20, uint64_t{120} * 3993600}};
     std::vector<uint8_t> bytes;
+    std::deque<kept_tape> tapes; // of the frames, as they hold none; the newest last
     run_ahead ahead;
     uint64_t offset = 0; // of the stamps from run_state.cycles, which a loaded state sets anywhere
 };

@@ -12,6 +12,7 @@
 #include "machine/kiv_machine.h"
 #include "machine/machine_boot.h"
 #include "machine/rom_loader.h"
+#include "machine/tape_files.h"
 #include "platform/file.h"
 #include "platform/resources.h"
 #include "resources/resources.h"
@@ -58,6 +59,14 @@ int kiv_form::initialize() {
     }
     apply_volumes();
     if (!options.tape.empty()) machine.cassette_set_stopped(load_file(options.tape));
+    cassette_on_output_failure([](const std::string &path, const std::string &reason) {
+        kiv_form &form = *program.form;
+        {
+            const std::lock_guard lock(form.tape_fault_mutex);
+            form.tape_fault = path + ": " + reason;
+        }
+        form.post(WM_TAPE_FAULT, 0, 0);
+    });
     post(WM_Z80START, 0, 0);
     return 1;
 }
@@ -130,7 +139,8 @@ void kiv_form::use_rom_folder(const std::string &folder) {
         const pause_scope pause(*this);
         if (!pause) return;
         if (const std::string wrong = load_rom_images(folder); !wrong.empty()) {
-            notify(wrong);
+            const std::string fault = rom_fault(folder);
+            notify(fault.empty() ? wrong : fault);
             load_roms(); // what may have been overwritten
             return;
         }

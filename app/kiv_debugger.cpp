@@ -66,6 +66,10 @@ void kiv_form::at_machine(std::function<void()> change) {
 }
 
 void kiv_form::machine_changed(bool another) {
+    if (another) { // its tape may have come with it
+        const auto known = tape_names.find(cassette_tape_checksum());
+        tape_name = known == tape_names.end() ? std::string() : known->second;
+    }
     if (debugging) debugging->session.changed(another);
 }
 

@@ -48,6 +48,7 @@ kiv_form::kiv_form(platform::host &on, const program_options &from_command_line)
 
 kiv_form::~kiv_form() {
     trace("ENTER ~kiv_form");
+    cassette_on_output_failure(nullptr);
     sync_event.close();
     ack_event.close();
     the_main_window = nullptr;
@@ -86,10 +87,12 @@ int64_t kiv_form::window_proc(platform::host_window &, const platform::message &
     try {
         return dispatch(m, handled);
     } catch (const kel_exception &) {
-        trace("window_proc: message 0x%X: a file could not be read or written: %s", m.id,
-              platform::last_file_error().c_str());
+        const std::string why = platform::last_file_error();
+        trace("window_proc: message 0x%X: a file could not be read or written: %s", m.id, why.c_str());
+        notify(why);
     } catch (const std::exception &e) {
         trace("window_proc: message 0x%X: %s", m.id, e.what());
+        notify(e.what());
     }
     return 0;
 }
@@ -137,6 +140,7 @@ int64_t kiv_form::dispatch(const platform::message &m, bool &handled) {
     case platform::wm_sys_command: handled = run_menu_command(m.wparam & 0xFFFF); return 0;
     case WM_Z80START: start_emulation(); return 0;
     case WM_RECORDED: recorded(); return 0;
+    case WM_TAPE_FAULT: tape_output_failed(); return 0;
     case WM_DEBUG_STOPPED:
         if (debugging) debugging->stopped();
         return 0;
@@ -467,12 +471,15 @@ void kiv_form::open_file() {
     machine.cassette_set_stopped(host.open_file(*window, dialog, path) && load_file(path));
 }
 
-// Why a dump was not loaded: a file that could be read was too short.
-static std::string dump_fault(const std::string &path) {
+// Why a file was not loaded, which may be its size.
+static std::string load_fault(const std::string &path, bool dump) {
     std::error_code error;
     const uintmax_t size = std::filesystem::file_size(path, error);
-    if (error || size >= dump_minimum) return platform::last_file_error();
-    return std::to_string(size) + " bytes, fewer than " + std::to_string(dump_minimum);
+    if (!error && dump && size < dump_minimum)
+        return std::to_string(size) + platform::text(" バイト: 最低 ") + std::to_string(dump_minimum);
+    if (!error && !dump && size >= UINT32_MAX)
+        return std::to_string(size) + platform::text(" バイト: 上限は ") + std::to_string(UINT32_MAX - 1);
+    return platform::last_file_error();
 }
 
 // A dump, where the path says so anywhere, folders included; else a tape.
@@ -480,11 +487,11 @@ bool kiv_form::load_file(const std::string &path) {
     if (refuse_long_path("open_file", path)) return false;
     const bool dump = path.find(".KIV") != std::string::npos || path.find(".kiv") != std::string::npos;
     if (!(dump ? memory_dump_load(path, main_cpu) : cassette_load_tape(path))) {
-        notify(path + ": " + (dump ? dump_fault(path) : platform::last_file_error()));
+        notify(path + ": " + load_fault(path, dump));
         return false;
     }
+    if (!dump) tape_names[cassette_tape_checksum()] = path;
     machine_changed(!dump);
-    if (!dump) tape_name = path;
     add_recent(own, path);
     save_user_settings();
     window->menus_changed();
@@ -509,6 +516,11 @@ void kiv_form::select_tape_output() {
     if (refuse_long_path("select_tape_output", path) || cassette_set_output(path)) return;
     trace("select_tape_output: %s cannot be taken", path.c_str());
     notify(path + ": " + platform::last_file_error());
+}
+
+void kiv_form::tape_output_failed() {
+    const std::lock_guard lock(tape_fault_mutex);
+    notify(tape_fault);
 }
 
 void kiv_form::settings_command() {

@@ -20,6 +20,7 @@
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -29,6 +30,7 @@
 enum form_message : uint32_t {
     WM_Z80START = platform::wm_private + 1,      // from the boot: start the emulation
     WM_RECORDED = platform::wm_private + 3,      // from a recording's thread: it has ended
+    WM_TAPE_FAULT = platform::wm_private + 5,    // from whoever wrote to the tape output: it failed
     WM_DEBUG_STOPPED = platform::wm_private + 4, // from the debugger on the CPU thread: the machine stands
 };
 
@@ -170,6 +172,7 @@ class kiv_form final : public main_window, public platform::window_listener {
     std::vector<platform::menu_item> settings_menu() const;
     enum tape_action { tape_play, tape_stop, tape_rewind, tape_eject };
     void tape_command(tape_action action);
+    void tape_output_failed();
     void toggle_pause();
     void copy_text();
 
@@ -291,11 +294,14 @@ class kiv_form final : public main_window, public platform::window_listener {
     bool held = false; // paused by the person
     character_keys by_character;
     std::array<uint32_t, platform::pad_inputs> pad_keys_down{}; // virtual keys; 0: none
+    std::mutex tape_fault_mutex;
+    std::string tape_fault; // of its output, as last told
     std::mutex recording_mutex;
-    std::string recording_fault;         // of the one that has ended; empty: none
-    std::unique_ptr<recording> recorder; // null: none is made
-    std::string tape_name;               // of the tape that is in; empty: none
-    uint64_t shifted_presses = 0;        // key_commands, by index: pressed with Shift
+    std::string recording_fault;                // of the one that has ended; empty: none
+    std::unique_ptr<recording> recorder;        // null: none is made
+    std::map<uint64_t, std::string> tape_names; // by checksum, of all that were put in
+    std::string tape_name;                      // of the tape that is in; empty: none
+    uint64_t shifted_presses = 0;               // key_commands, by index: pressed with Shift
     frame_history history;
     uint32_t speed = 100;                // per cent
     bool fast_forward = false;           // switched on, and

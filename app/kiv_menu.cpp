@@ -38,6 +38,15 @@ menu_item submenu(const char *japanese, std::vector<menu_item> items) {
 }
 menu_item separator() { return {}; }
 
+// In seconds and bytes, as in "12 / 305 s  (1459 / 36630)".
+std::string tape_position() {
+    const uint32_t at = machine.tape_position, size = machine.tape_size;
+    char position[96];
+    std::snprintf(position, sizeof position, "%u / %u s  (%u / %u)", at / tape_bytes_per_second,
+                  size / tape_bytes_per_second, at, size);
+    return position;
+}
+
 // "/home/a/games/x.cmt" as a menu shows it: the name, and no mnemonic made of what it holds.
 std::string label_of(size_t number, const std::string &path) {
     std::string name = path.substr(path.rfind('/') + 1), shown = "&" + std::to_string(number + 1) + "  ";
@@ -189,14 +198,10 @@ std::vector<menu_item> kiv_form::edit_menu() const {
 
 std::vector<menu_item> kiv_form::tape_menu() const {
     const bool loaded = machine.tape_image != nullptr;
-    const uint32_t at = machine.tape_position, size = machine.tape_size;
     std::string what = text("テープなし");
-    if (loaded) {
-        char position[96];
-        std::snprintf(position, sizeof position, "  %u / %u s  (%u / %u)", at / tape_bytes_per_second,
-                      size / tape_bytes_per_second, at, size);
-        what = label_of(0, tape_name.empty() ? text("ステートのテープ") : tape_name).substr(4) + position;
-    }
+    if (loaded)
+        what = label_of(0, tape_name.empty() ? text("ステートのテープ") : tape_name).substr(4) + "  " +
+               tape_position();
     const bool stopped = (machine.cassette_flags & cassette_stopped) != 0;
     return {{0, what, "", false, menu_item::plain, false, {}},
             separator(),
@@ -311,10 +316,9 @@ void kiv_form::apply_user_settings() {
     z80_lenient.halt_waits = lenient(user_halt_waits);
     z80_lenient.undefined_runs = lenient(user_steps_over);
     program.cpu_thread->set_run_ahead(static_cast<uint32_t>(own.values[user_run_ahead]));
-    program.cpu_thread->set_fast_tape(lenient(user_fast_tape));
     apply_language();
     if (window->keyboard_shown()) show_keyboard();
-    window->menus_changed();
+    apply_speed();
 }
 
 void kiv_form::save_user_settings() {
@@ -374,12 +378,11 @@ void kiv_form::tape_command(tape_action action) {
     case tape_play: machine.cassette_set_stopped(1); break;
     case tape_stop: machine.cassette_set_stopped(0); break;
     case tape_rewind: machine.tape_position = 0; break;
-    case tape_eject:
-        cassette_eject(machine);
-        tape_name.clear();
-        break;
+    case tape_eject: cassette_eject(machine); break;
     }
     machine_changed(action == tape_eject);
+    constexpr const char *done[] = {"テープ再生: ", "テープ停止: ", "テープ巻き戻し: "};
+    notify(action == tape_eject ? text("テープを取り出しました") : text(done[action]) + tape_position());
 }
 
 void kiv_form::open_recent(uint32_t n) {

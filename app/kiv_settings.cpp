@@ -20,13 +20,13 @@ constexpr char settings_file_name[] = "/KIV.INI";
 int kiv_form::load_settings_file() {
     const std::string folder = platform::current_directory();
     if (folder.empty()) {
-        settings_fault = "the current directory is gone";
+        settings_fault = platform::text("今のフォルダがなくなっています");
         trace("load_settings_file: %s", settings_fault.c_str());
         return 0;
     }
     ini_path = options.settings.empty() ? folder + settings_file_name : options.settings;
     if (ini_path.size() >= path_limit) {
-        settings_fault = ini_path + ": the path is too long";
+        settings_fault = ini_path + ": " + platform::text("パス名が長すぎます");
         trace("load_settings_file: %s", settings_fault.c_str());
         return 0;
     }

@@ -4,6 +4,7 @@
 
 #include "api/snapshot.h"
 #include "app/program.h"
+#include "app/state_fault.h"
 #include "display/kiv_directx.h"
 #include "machine/kiv_machine.h"
 #include "platform/file.h"
@@ -78,13 +79,13 @@ std::vector<uint8_t> bytes_of(const std::string &path, std::string &wrong) {
     std::error_code error;
     const uint64_t size = fs::file_size(path, error);
     if (error || size > most_state_bytes) {
-        wrong = snapshot_fault_text(snapshot_fault::no_snapshot);
+        wrong = state_fault(snapshot_fault::no_snapshot);
         return bytes;
     }
     bytes.resize(size);
     try {
         if (file.read(bytes.data(), 1, static_cast<uint32_t>(size)) != size)
-            wrong = snapshot_fault_text(snapshot_fault::damaged);
+            wrong = state_fault(snapshot_fault::damaged);
     } catch (const kel_exception &) {
         wrong = platform::last_file_error();
     }
@@ -159,7 +160,7 @@ std::string kiv_form::put_state(const std::vector<uint8_t> &bytes) {
     if (!pause) return platform::text("本体が動いていません");
     std::vector<uint8_t> before = state_now();
     const snapshot_fault fault = snapshot_read({program.directx->sound_state()}, bytes.data(), bytes.size());
-    if (fault != snapshot_fault::none) return snapshot_fault_text(fault);
+    if (fault != snapshot_fault::none) return state_fault(fault);
     before_load = std::move(before);
     machine_changed(true);
     release_keys();

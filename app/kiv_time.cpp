@@ -32,7 +32,9 @@ void kiv_form::choose_speed(uint32_t percent) {
 }
 
 void kiv_form::apply_speed() {
-    program.cpu_thread->set_speed(fast_forward || fast_key ? any_speed : speed);
+    const bool fast = (fast_forward || fast_key) && !typing_ticks;
+    program.cpu_thread->set_speed(fast ? any_speed : speed);
+    program.cpu_thread->set_fast_tape(lenient(user_fast_tape) && !typing_ticks);
     window->menus_changed();
 }
 
@@ -64,6 +66,7 @@ void kiv_form::step_time(bool back) {
     }
     const std::string wrong = history.one_back();
     if (!wrong.empty()) notify(wrong);
+    machine_changed(true);
     release_keys();
     kiv_directx::present_frame();
 }

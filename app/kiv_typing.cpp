@@ -58,6 +58,7 @@ void kiv_form::type_text(const std::string &text) {
     if (left_out != 0) notify(std::to_string(left_out) + platform::text(" 文字は打てません"));
     if (typing_ticks || typing.waiting() == 0) return;
     typing_ticks = true;
+    apply_speed(); // as fast as the host goes a key would be down for many frames, and repeat
     host.every(typing_tick_ms, [this] { return type_on(); });
 }
 
@@ -66,6 +67,7 @@ bool kiv_form::type_on() {
     if (in_dialog || deactivated || held) return attached;
     typing.at_frame(program.directx->frames_drawn());
     typing_ticks = typing.waiting() != 0 && attached;
+    if (!typing_ticks && attached) apply_speed();
     if (const uint32_t done = typing_total - typing.waiting(); typing_ticks && done % 64 == 1 && done > 64)
         notify(std::to_string(done) + " / " + std::to_string(typing_total) + platform::text("  (Escで中止)"));
     return typing_ticks;

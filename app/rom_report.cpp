@@ -19,15 +19,23 @@ fs::path folder_or_current(const std::string &folder) {
     return folder.empty() ? fs::current_path(ignored) : fs::path(folder);
 }
 
-std::string state_of(const fs::path &file) {
+// Empty: nothing is wrong with it.
+std::string fault_of(const fs::path &file, uintmax_t &size) {
     kel_fstream stream;
     if (!stream.open(file.c_str(), 1, 0)) return platform::last_file_error();
     stream.close();
     std::error_code error;
-    const uintmax_t size = fs::file_size(file, error);
+    size = fs::file_size(file, error);
     if (error) return error.message();
-    if (size > most_bytes) return std::to_string(size) + " bytes, more than " + std::to_string(most_bytes);
-    return platform::text("問題なし") + " (" + std::to_string(size) + ")";
+    if (size > most_bytes)
+        return std::to_string(size) + platform::text(" バイト: 上限は ") + std::to_string(most_bytes);
+    return {};
+}
+
+std::string state_of(const fs::path &file) {
+    uintmax_t size = 0;
+    const std::string fault = fault_of(file, size);
+    return fault.empty() ? platform::text("問題なし") + " (" + std::to_string(size) + ")" : fault;
 }
 
 bool holds_all(const fs::path &folder) {
@@ -44,6 +52,16 @@ std::string rom_report(const std::string &folder) {
     std::string report = where.string() + ":";
     for (const char *name : names) report += "\n" + std::string(name) + ": " + state_of(where / name);
     return report;
+}
+
+std::string rom_fault(const std::string &folder) {
+    for (const char *name : names) {
+        const fs::path file = folder_or_current(folder) / name;
+        uintmax_t size = 0;
+        if (const std::string fault = fault_of(file, size); !fault.empty())
+            return file.string() + ": " + fault;
+    }
+    return {};
 }
 
 bool any_rom_in(const std::string &folder) {

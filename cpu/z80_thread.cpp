@@ -226,7 +226,7 @@ void z80_thread::run_machine() {
     clock.slice_start = platform::performance_counter();
     follow_speed(clock);
     run_block &run = run_state;
-    uint32_t next_look = 0;                   // in slice_cycles
+    uint32_t stop_at = 0;                     // in slice_cycles
     uint64_t charged_cycles = elapsed_cycles; // of this object's runs, whatever a snapshot brings
     for (;;) {
         if (control.load(std::memory_order_relaxed) != control_run) {
@@ -237,16 +237,19 @@ void z80_thread::run_machine() {
             run_source(clock, charged_cycles);
             continue;
         }
-        const uint32_t of_slice = machine.cycles_per_slice - run.slice_cycles;
-        const run_result ran = run_passes(std::min(of_slice, cycles_between_looks), run.charge_waits != 0);
+        // A stretch runs in a fraction of a millisecond: at its end rather than at its beginning, so that it
+        // sees the keys that were struck meanwhile.
+        if (run.slice_cycles >= stop_at) sleep_towards(clock, stop_at = next_stop());
+        const run_result ran =
+            run_passes(std::min(stop_at - run.slice_cycles, cycles_between_looks), run.charge_waits != 0);
         if (ran.outcome == pass_outcome::stopped) break;
         charged_cycles += ran.cycles;
         run.slice_cycles += ran.cycles;
         if (ran.outcome == pass_outcome::frame) {
             ++run.frames;
             run.calendar.now_cycles = run.cycles;
-            // A slice runs in a fraction of a millisecond. Two frames that fall into one would be drawn as
-            // one, and the picture would move at 50 instead of the machine's 55 Hz: each waits for its time.
+            // Two frames of one slice would be drawn as one, and the picture would move at 50 instead of the
+            // machine's 55 Hz: each waits for its time, wherever the stretch ends.
             do sleep_towards(clock, run.slice_cycles);
             while (clock.speed < full_speed && control == control_run &&
                    clock.seconds_left(run.slice_cycles) >= shortest_sleep);
@@ -255,22 +258,22 @@ void z80_thread::run_machine() {
             if (clock.speed != any_speed || run.frames % 8 == 0) end_frame();
             show_frame(clock);
         }
-        if (run.slice_cycles < machine.cycles_per_slice) {
-            // Keys are seen by passes that come after them: a slice run at once would have them wait for its
-            // end.
-            if (run.slice_cycles >= next_look) {
-                sleep_towards(clock, run.slice_cycles);
-                next_look = run.slice_cycles + machine.cycles_per_slice / looks_per_slice;
-            }
-            continue;
-        }
-        next_look = machine.cycles_per_slice / looks_per_slice;
+        if (run.slice_cycles < machine.cycles_per_slice) continue;
         finish_slice(clock, charged_cycles);
+        stop_at = 0;
     }
     trace("Z80: HALT スレッド退出");
     cassette_flush_output();
     if (the_main_window != nullptr)
         the_main_window->post(WM_Z80ABORT, main_cpu.trace_pc, main_cpu.stop_reason);
+}
+
+// In slice_cycles: the next part of the slice, or a frame's end, which is shown at its time.
+uint32_t z80_thread::next_stop() {
+    const uint32_t now = run_state.slice_cycles, part = machine.cycles_per_slice / looks_per_slice + 1;
+    const uint32_t part_end = std::min(now + part - now % part, machine.cycles_per_slice);
+    const uint32_t frame = timing_frame_left();
+    return frame == 0 ? part_end : std::min(part_end, now + frame);
 }
 
 void z80_thread::finish_slice(slice_clock &clock, uint64_t charged) {

@@ -105,6 +105,7 @@ class z80_thread : public kel_thread, public emulated_clock {
     void show_cycles(uint64_t charged);
     void sleep_towards(slice_clock &clock, uint64_t cycles);
     void wait_for_slice_end(slice_clock &clock, uint64_t cycles);
+    static uint32_t next_stop();
 
     // The park protocol: request, acknowledgement and release under one mutex. `control` is also looked at
     // without it, so that a pass costs no lock.

@@ -104,6 +104,12 @@ uint32_t timing_room() {
     return lines * machine.line_clocks - machine.line_clock;
 }
 
+uint32_t timing_frame_left() {
+    if (in_vblank()) return machine.vblank_clocks - std::min(machine.vblank_clock, machine.vblank_clocks);
+    const uint32_t lines = (machine.display_lines - machine.raster_line) * machine.line_clocks;
+    return lines - std::min(machine.line_clock, lines) + machine.vblank_clocks;
+}
+
 bool timing_fetches() { return !in_vblank() && !dma_is_off(); }
 
 void timing_fetch() {

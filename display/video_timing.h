@@ -43,6 +43,8 @@ uint32_t timing_tick(uint32_t clocks);
 // T-states that may pass before a character row or the vertical blank begins or the blank ends, while no port
 // is accessed; 0: it may be with the next tick.
 uint32_t timing_room();
+// T-states until the blank ends, this one or the next, while no port is accessed.
+uint32_t timing_frame_left();
 // Whether ticks within the room fetch a row's bytes: timing_fetch is then called for each of them.
 bool timing_fetches();
 void timing_fetch();

@@ -43,6 +43,7 @@ set(CPACK_DEBIAN_LIBKIV-DEV_PACKAGE_SHLIBDEPS OFF)
 set(CPACK_DEBIAN_KIV_PACKAGE_DEPENDS "fonts-vlgothic, kiv-tools (= ${PROJECT_VERSION})")
 set(CPACK_DEBIAN_LIBKIV-DEV_PACKAGE_DEPENDS "libstdc++-12-dev | libstdc++-dev")
 set(CPACK_DEBIAN_LIBRETRO-KIV_PACKAGE_ENHANCES "retroarch")
+set(CPACK_DEBIAN_KIV_PACKAGE_RECOMMENDS "qt6-translations-l10n") # the file dialog in Japanese
 set(CPACK_DEBIAN_KIV_PACKAGE_SUGGESTS "ffmpeg") # for videos
 set(CPACK_DEBIAN_KIV-WEB_PACKAGE_SUGGESTS "httpd, python3")
 include(CPack)

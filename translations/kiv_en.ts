@@ -971,5 +971,61 @@ exists already. Replace it?</translation>
         <source>停止中</source>
         <translation>Stopped</translation>
     </message>
+    <message>
+        <source>ステートのファイルではありません</source>
+        <translation>not a saved state</translation>
+    </message>
+    <message>
+        <source>別の版のKivのステートです</source>
+        <translation>a state of another version of Kiv</translation>
+    </message>
+    <message>
+        <source>壊れています (途中で切れたか、書き換わったか)</source>
+        <translation>damaged (cut off, or bytes changed)</translation>
+    </message>
+    <message>
+        <source>別のROMイメージで作られたステートです</source>
+        <translation>a state made with other ROM images</translation>
+    </message>
+    <message>
+        <source>このときのテープが入っていません</source>
+        <translation>the tape of that moment is not in the deck</translation>
+    </message>
+    <message>
+        <source>テープを入れるメモリが足りません</source>
+        <translation>not enough memory for the tape</translation>
+    </message>
+    <message>
+        <source> バイト: 上限は </source>
+        <translation> bytes, more than </translation>
+    </message>
+    <message>
+        <source> バイト: 最低 </source>
+        <translation> bytes, fewer than </translation>
+    </message>
+    <message>
+        <source>今のフォルダがなくなっています</source>
+        <translation>the current directory is gone</translation>
+    </message>
+    <message>
+        <source>テープ再生: </source>
+        <translation>Tape playing: </translation>
+    </message>
+    <message>
+        <source>テープ停止: </source>
+        <translation>Tape stopped: </translation>
+    </message>
+    <message>
+        <source>テープ巻き戻し: </source>
+        <translation>Tape rewound: </translation>
+    </message>
+    <message>
+        <source>テープを取り出しました</source>
+        <translation>The tape is out</translation>
+    </message>
+    <message>
+        <source>フォルダ(&amp;F):</source>
+        <translation>&amp;Folder:</translation>
+    </message>
 </context>
 </TS>

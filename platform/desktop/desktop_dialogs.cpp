@@ -44,6 +44,13 @@ int ask(QWidget *owner, QMessageBox::Icon icon, const QString &text, const QStri
 
 // ---- files -------------------------------------------------------------------------------------------
 
+void name_parts(QFileDialog &chooser, const QString &accept) {
+    chooser.setLabelText(QFileDialog::LookIn, translated("場所:"));
+    chooser.setLabelText(QFileDialog::FileType, translated("種類:"));
+    chooser.setLabelText(QFileDialog::Accept, accept);
+    chooser.setLabelText(QFileDialog::Reject, translated("キャンセル"));
+}
+
 class file_chooser : public QFileDialog {
   public:
     file_chooser(QWidget *owner, const file_dialog_options &o, bool saving)
@@ -58,11 +65,8 @@ class file_chooser : public QFileDialog {
         for (const std::string &pattern : o.patterns) patterns << text_of(pattern);
         filter(patterns);
         if (saving) setDefaultSuffix(text_of(o.default_extension));
-        setLabelText(QFileDialog::LookIn, translated("場所:"));
+        name_parts(*this, saving ? translated("保存(&S)") : translated("開く(&O)"));
         setLabelText(QFileDialog::FileName, translated("ファイル名(&N):"));
-        setLabelText(QFileDialog::FileType, translated("種類:"));
-        setLabelText(QFileDialog::Accept, saving ? translated("保存(&S)") : translated("開く(&O)"));
-        setLabelText(QFileDialog::Reject, translated("キャンセル"));
         name = findChild<QLineEdit *>(QStringLiteral("fileNameEdit"));
         if (name != nullptr) {
             name->setText(text_of(o.file_name));
@@ -179,8 +183,8 @@ std::string choose_folder(QWidget *owner, const std::string &title) {
     QFileDialog chooser(owner, text_of(title));
     chooser.setOption(QFileDialog::DontUseNativeDialog);
     chooser.setFileMode(QFileDialog::Directory);
-    chooser.setLabelText(QFileDialog::Accept, translated("開く(&O)"));
-    chooser.setLabelText(QFileDialog::Reject, translated("キャンセル"));
+    name_parts(chooser, translated("開く(&O)"));
+    chooser.setLabelText(QFileDialog::FileName, translated("フォルダ(&F):"));
     chooser.resize(720, 440);
     if (chooser.exec() != QDialog::Accepted) return {};
     return QDir::toNativeSeparators(chooser.selectedFiles().value(0)).toStdString();

@@ -269,6 +269,43 @@ TEST_F(whole_program, TextIsTypedAtTheMachinesPace) {
     });
 }
 
+// Kiv BASIC reads a listing at either speed. What is typed is typed at the machine's own: at any other a key
+// would be down for so long that it repeats.
+TEST_F(whole_program, ATapeIsReadFastButNotWhileSomethingIsTyped) {
+    for (const char *rom : {"8801-zun.rom", "8801-kiv.rom", "8801-4th.rom"})
+        fs::copy_file(fs::path(KIV_FIRMWARE_DIR) / rom, folder / rom, fs::copy_options::overwrite_existing);
+    const auto choose_item = [&](uint32_t id) {
+        on_window_thread([&] { EXPECT_TRUE(window().choose_menu_item(id)); });
+        settle();
+    };
+    const auto paste = [&](const std::string &text) {
+        host.copy_text(text);
+        choose_item(menu_paste);
+    };
+    const auto wait_for_text = [&](const std::string &text) {
+        wait_until(text, [&] { return memory().find(text) != std::string::npos; });
+    };
+    run(
+        [&] {
+            for (const int lines : {9, 99}) { // at the machine's speed 2 and 20 seconds
+                std::string listing, last;
+                for (int n = 1; n <= lines; ++n)
+                    listing += last = std::to_string(10 * n) + " REM A LINE OF A TAPE\r\n";
+                put_file(folder / "t.cmt", listing);
+                choose(folder / "t.cmt");
+                strike(vk_f9);
+                paste("NEW\nCLS\nCLOAD\n");
+                if (lines > 9) wait_until("silence", [&] { return !host.sound.is_playing(); });
+                paste("PRINT \"DO\";\"NE\"\n");
+                wait_for_text("DONE");
+                paste("LIST\n");
+                wait_for_text(last.substr(0, last.size() - 2));
+                choose_item(menu_fast_tape);
+            }
+        },
+        "bytes free");
+}
+
 TEST_F(whole_program, ShiftCountsAtThePressOrAtTheRelease) {
     run([&] {
         const auto full_screen = [&] { return host.screen.current_mode().width != 0; };

@@ -35,14 +35,14 @@ class whole_program : public testing::Test {
   protected:
     // Runs the program on this thread to a normal end; another one does what the person does once the machine
     // has booted, and closes it at last.
-    void run(const std::function<void()> &person) {
+    void run(const std::function<void()> &person, const std::string &greeting = "READY") {
         std::fill(std::begin(machine.ram), std::end(machine.ram), uint8_t{0}); // READY of an earlier run
         const uint64_t frames_before = host.screen.shown().number;
         std::thread other([&] {
             try {
                 wait_until("the window", [&] { return host.window() != nullptr; });
                 wait_until("the first frame", [&] { return host.screen.shown().number != frames_before; });
-                wait_for_row(0, "READY");
+                wait_until(greeting, [&] { return memory().find(greeting) != std::string::npos; });
                 person();
                 window().strike_key(vk_end);
             } catch (const gave_up &) {
@@ -78,6 +78,12 @@ class whole_program : public testing::Test {
 
     platform::headless_window &window() { return *host.window(); }
 
+    static std::string memory() {
+        std::string all;
+        for (const uint8_t &byte : machine.ram)
+            all += static_cast<char>(__atomic_load_n(&byte, __ATOMIC_RELAXED));
+        return all;
+    }
     static std::string screen_row(uint16_t row) {
         return text_row([](uint16_t at) { return __atomic_load_n(&machine.ram[at], __ATOMIC_RELAXED); }, row);
     }

@@ -115,6 +115,27 @@ TEST_F(whole_program, TimeGoesBackwardsByFramesAndAtOtherSpeeds) {
         wait_until_running();
         wait_for_row(0, "READY");
 
+        // Back over a change of tapes: what lay in the deck then lies in it again, under its name.
+        for (const char *name : {"one.cmt", "other.cmt"}) {
+            put_file(folder / name, std::string(name) + name);
+            choose(folder / name);
+            strike(vk_f9);
+            EXPECT_TRUE(has_frames(2));
+        }
+        EXPECT_TRUE(choose_item(menu_tape_eject));
+        for (const uint32_t size : {18u, 14u}) {
+            for (int i = 0; i < 500 && machine.tape_size != size; ++i)
+                EXPECT_TRUE(choose_item(menu_frame_back));
+            EXPECT_EQ(machine.tape_size, size);
+            on_window_thread([&] {
+                const std::string tape = program.form->menus().at(4).items.at(0).text;
+                EXPECT_EQ(tape.starts_with(size == 14 ? "one.cmt" : "other.cmt"), true) << tape;
+            });
+        }
+        EXPECT_EQ(std::string(reinterpret_cast<char *>(machine.tape_image), 14), "one.cmtone.cmt");
+        EXPECT_TRUE(choose_item(menu_pause));
+        wait_until_running();
+
         EXPECT_TRUE(choose_item(menu_speed)); // 25 %
         const uint64_t slow = frames_in(std::chrono::milliseconds(600));
         EXPECT_EQ(host.sound.speed(), 25u);

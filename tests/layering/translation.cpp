@@ -28,6 +28,8 @@ bool has_japanese(const std::string &text) {
                        [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
 }
 
+bool in_word(char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_'; }
+
 // String literals with Japanese in them, neighbours joined; comments and log lines are for nobody's eyes.
 std::set<std::string> texts_in(std::string source) {
     std::set<std::string> texts;
@@ -52,11 +54,14 @@ std::set<std::string> texts_in(std::string source) {
                 joined += c == 'n' ? '\n' : c == 'r' ? '\r' : c;
             }
         } else if (source[i] == '\'') {
-            i = source.find('\'', i + (source[i + 1] == '\\' ? 3 : 2));
+            i = std::min(source.find('\'', i + (source[i + 1] == '\\' ? 3 : 2)), source.size());
         } else if (!std::isspace(static_cast<unsigned char>(source[i]))) {
             end_text();
             if (source.compare(i, 6, "trace(") == 0) in_trace = true;
             if (source[i] == ';') in_trace = false;
+            // A whole word or number: the mark in 1'000 begins no character.
+            const bool number = std::isdigit(static_cast<unsigned char>(source[i])) != 0;
+            while (in_word(source[i]) && (in_word(source[i + 1]) || (number && source[i + 1] == '\''))) ++i;
         }
     }
     end_text();
@@ -68,6 +73,12 @@ std::string of_xml(std::string text) {
          {std::pair{"&#xd;", "\r"}, {"&quot;", "\""}, {"&lt;", "<"}, {"&gt;", ">"}, {"&amp;", "&"}})
         text = replaced(text, entity, c);
     return text;
+}
+
+TEST(Translation, TextsAreFoundAmongCharactersAndNumbers) {
+    EXPECT_EQ(texts_in(R"(a(1'000, "あ"); b(u'"', '\'', 0x1'F); trace("い"); c(u8'x', "う" // え
+                         "お", retrace_3 = 2'000'000);)"),
+              (std::set<std::string>{"あ", "うお"}));
 }
 
 TEST(Translation, EveryTextHasItsEnglishOne) {
