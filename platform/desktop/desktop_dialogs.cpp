@@ -6,6 +6,7 @@
 #include <QtGui/QFontDatabase>
 #include <QtGui/QIcon>
 #include <QtGui/QKeyEvent>
+#include <QtGui/QScreen>
 #include <QtWidgets/QAbstractButton>
 #include <QtWidgets/QAbstractItemView>
 #include <QtWidgets/QApplication>
@@ -28,6 +29,7 @@ namespace platform {
 namespace {
 
 constexpr int icon_size = 32;
+constexpr QSize file_dialog_size(720, 440);
 constexpr int help_lines_shown = 30;
 
 // A plain message, with a button text in the language of the rest.
@@ -44,11 +46,16 @@ int ask(QWidget *owner, QMessageBox::Icon icon, const QString &text, const QStri
 
 // ---- files -------------------------------------------------------------------------------------------
 
-void name_parts(QFileDialog &chooser, const QString &accept) {
+void set_up(QFileDialog &chooser, const QString &accept) {
     chooser.setLabelText(QFileDialog::LookIn, translated("場所:"));
     chooser.setLabelText(QFileDialog::FileType, translated("種類:"));
     chooser.setLabelText(QFileDialog::Accept, accept);
     chooser.setLabelText(QFileDialog::Reject, translated("キャンセル"));
+    if (auto *list = chooser.findChild<QTreeView *>(QStringLiteral("treeView"))) { // dates and sizes whole
+        list->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+        list->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+    }
+    chooser.resize(within_desktop(chooser, file_dialog_size));
 }
 
 class file_chooser : public QFileDialog {
@@ -65,7 +72,7 @@ class file_chooser : public QFileDialog {
         for (const std::string &pattern : o.patterns) patterns << text_of(pattern);
         filter(patterns);
         if (saving) setDefaultSuffix(text_of(o.default_extension));
-        name_parts(*this, saving ? translated("保存(&S)") : translated("開く(&O)"));
+        set_up(*this, saving ? translated("保存(&S)") : translated("開く(&O)"));
         setLabelText(QFileDialog::FileName, translated("ファイル名(&N):"));
         name = findChild<QLineEdit *>(QStringLiteral("fileNameEdit"));
         if (name != nullptr) {
@@ -73,11 +80,6 @@ class file_chooser : public QFileDialog {
             name->selectAll();
             name->setFocus();
         }
-        if (auto *list = findChild<QTreeView *>(QStringLiteral("treeView"))) { // dates and sizes whole
-            list->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
-            list->header()->setSectionResizeMode(0, QHeaderView::Stretch);
-        }
-        resize(720, 440);
     }
 
     void accept() override {
@@ -136,6 +138,12 @@ QFont fixed_font() {
 
 } // namespace
 
+QSize within_desktop(const QWidget &window, const QSize &wanted) {
+    constexpr QSize frame(8, 48);
+    const QScreen *screen = window.screen();
+    return screen == nullptr ? wanted : wanted.boundedTo(screen->availableSize() - frame);
+}
+
 // The icon with the program's two lines beside it.
 QLayout *program_lines(const std::string &program, const std::string &copyright) {
     auto *row = new QHBoxLayout;
@@ -183,9 +191,8 @@ std::string choose_folder(QWidget *owner, const std::string &title) {
     QFileDialog chooser(owner, text_of(title));
     chooser.setOption(QFileDialog::DontUseNativeDialog);
     chooser.setFileMode(QFileDialog::Directory);
-    name_parts(chooser, translated("開く(&O)"));
+    set_up(chooser, translated("開く(&O)"));
     chooser.setLabelText(QFileDialog::FileName, translated("フォルダ(&F):"));
-    chooser.resize(720, 440);
     if (chooser.exec() != QDialog::Accepted) return {};
     return QDir::toNativeSeparators(chooser.selectedFiles().value(0)).toStdString();
 }
@@ -231,9 +238,10 @@ void run_help_dialog(QWidget *owner, const help_dialog &dialog) {
     const QMargins margins = all->contentsMargins();
     const int height = metrics.lineSpacing() * help_lines_shown + edge -
                        static_cast<int>(help->document()->documentMargin()); // none below a cut text
-    box.resize(widest + edge + help->verticalScrollBar()->sizeHint().width() +
-                   metrics.averageCharWidth() * 2 + margins.left() + margins.right(),
-               box.sizeHint().height() - help->sizeHint().height() + height);
+    const QSize whole(widest + edge + help->verticalScrollBar()->sizeHint().width() +
+                          metrics.averageCharWidth() * 2 + margins.left() + margins.right(),
+                      box.sizeHint().height() - help->sizeHint().height() + height);
+    box.resize(within_desktop(box, whole));
     box.exec();
 }
 

@@ -41,7 +41,8 @@ class desktop_window::keyboard_widget : public QWidget {
         }
         down.assign(page.keys.size(), false);
         setMinimumSize(columns * 5, lines * 5);
-        resize(columns * quarter, lines * quarter + hint_height());
+        const QSize wanted(columns * quarter, lines * quarter + hint_height());
+        resize(wanted.scaled(within_desktop(*this, wanted), Qt::KeepAspectRatio));
         update();
     }
     // What the mouse holds is let go.

@@ -52,62 +52,63 @@ TEST_F(whole_program, OneDayWithEveryCommand) {
         window().release_key('D');
         wait_for_row(1, "");
 
+        for (const char *name :
              {"none/out.cmt", "out.cmt"}) { // a folder that is not there, and the current one
-                 choose(folder / name);
-                 strike_with_shift(vk_f9);
-                 window().press_key('9');
-                 wait_until("the tape output", [&] {
-                     return name[0] == 'o'
-                                ? get_file(folder / name) == "HI"
-                                : window().state().notices.back().find("none/out.cmt: ") != std::string::npos;
-                 });
-                 window().release_key('9');
-             }
+            choose(folder / name);
+            strike_with_shift(vk_f9);
+            window().press_key('9');
+            wait_until("the tape output", [&] {
+                return name[0] == 'o'
+                           ? get_file(folder / name) == "HI"
+                           : window().state().notices.back().find("none/out.cmt: ") != std::string::npos;
+            });
+            window().release_key('9');
+        }
 
-             for (const int on : {1, 0, 1}) {
-                 strike(vk_f11);
-                 EXPECT_EQ(machine.pcg_glyphs_on, on);
-             }
-             strike(vk_f8);
-             EXPECT_EQ(program.directx->isSoundOff(), 1u);
-             strike(vk_f12); // brings both back
-             EXPECT_EQ(machine.pcg_glyphs_on, 0);
-             EXPECT_EQ(program.directx->isSoundOff(), 0u);
+        for (const int on : {1, 0, 1}) {
+            strike(vk_f11);
+            EXPECT_EQ(machine.pcg_glyphs_on, on);
+        }
+        strike(vk_f8);
+        EXPECT_EQ(program.directx->isSoundOff(), 1u);
+        strike(vk_f12); // brings both back
+        EXPECT_EQ(machine.pcg_glyphs_on, 0);
+        EXPECT_EQ(program.directx->isSoundOff(), 0u);
 
-             // The speed line fills the top left corner, beyond what READY covers.
-             strike_with_shift(vk_f6);
-             wait_until("the speed line", [&] {
-                 const platform::rgb_picture p = host.screen.shown().picture;
-                 for (int y = 0; y < 12; ++y)
-                     for (int x = 60; x < 200; ++x)
-                         if (p.at(x, y) == 0xFFFFFF) return true;
-                 return false;
-             });
-             strike_with_shift(vk_f6);
+        // The speed line fills the top left corner, beyond what READY covers.
+        strike_with_shift(vk_f6);
+        wait_until("the speed line", [&] {
+            const platform::rgb_picture p = host.screen.shown().picture;
+            for (int y = 0; y < 12; ++y)
+                for (int x = 60; x < 200; ++x)
+                    if (p.at(x, y) == 0xFFFFFF) return true;
+            return false;
+        });
+        strike_with_shift(vk_f6);
 
-             for (int i = 0; i < 4; ++i) {
-                 strike_with_shift(vk_f12);
-                 EXPECT_EQ(host.screen.current_mode().width, i % 2 == 0 ? 640 : 0);
-                 EXPECT_EQ(window().state().cursor_count < 0, i % 2 == 0) << "the cursor";
-                 EXPECT_TRUE(has_frames(3));
-             }
-             const platform::window_state state = window().state();
-             EXPECT_TRUE(state.framed);
-             EXPECT_EQ(state.width, 640);
-             EXPECT_EQ(state.height, 400);
-             on_window_thread([] {
-                 const auto given = program.form->menus().at(0).items;
-                 ASSERT_EQ(given.size(), 2u);
-                 EXPECT_EQ(given[0].text + ", " + given[1].text, "Kivについて, Kivの設定");
-             });
+        for (int i = 0; i < 4; ++i) {
+            strike_with_shift(vk_f12);
+            EXPECT_EQ(host.screen.current_mode().width, i % 2 == 0 ? 640 : 0);
+            EXPECT_EQ(window().state().cursor_count < 0, i % 2 == 0) << "the cursor";
+            EXPECT_TRUE(has_frames(3));
+        }
+        const platform::window_state state = window().state();
+        EXPECT_TRUE(state.framed);
+        EXPECT_EQ(state.width, 640);
+        EXPECT_EQ(state.height, 400);
+        on_window_thread([] {
+            const auto given = program.form->menus().at(0).items;
+            ASSERT_EQ(given.size(), 2u);
+            EXPECT_EQ(given[0].text + ", " + given[1].text, "Kivについて, Kivの設定");
+        });
 
-             settings_text = get_file(folder / "KIV.INI");
-             EXPECT_TRUE(window().choose_menu_item(menu_about));
-             EXPECT_TRUE(window().choose_menu_item(menu_settings)); // and cancelled
-             settle();
-             EXPECT_TRUE(has_frames(3));
-             expect_parked(false);
-             type('E', "e");
+        settings_text = get_file(folder / "KIV.INI");
+        EXPECT_TRUE(window().choose_menu_item(menu_about));
+        EXPECT_TRUE(window().choose_menu_item(menu_settings)); // and cancelled
+        settle();
+        EXPECT_TRUE(has_frames(3));
+        expect_parked(false);
+        type('E', "e");
     });
     EXPECT_EQ(get_file(folder / "KIV.INI"), settings_text);
 
