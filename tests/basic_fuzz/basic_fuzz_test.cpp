@@ -15,7 +15,7 @@ TEST(BasicFuzz, FoundLinesStayMended) {
     const std::vector<std::string> found[] = {
         {"20 '" + std::string(240, 'X') + "\x0B", "EDIT 20",
          "PRINT 1:PRINT 2"},                            // the cursor went home meanwhile
-        {"PRINTX:" + std::string(240, 'Q'), "PRINT 1"}, // letters in which words are looked for
+        {"PRINTX:" + std::string(240, 'C'), "PRINT 1"}, // letters with which many words begin
     };
     for (const auto &lines : found)
         for (const basic_fault &fault : replay_basic(lines).faults)

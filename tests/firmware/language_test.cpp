@@ -129,7 +129,7 @@ const language_case cases[] = {
      " 1\nSyntax error in 10\nOk\n10 PRINT 1:A=(5+3*PRINT X", "RUN\n\\p*"},
     {"the place behind a blank", "10 FOR I=1 TO 3:NEXT JK",
      "NEXT without FOR in 10\nOk\n10 FOR I=1 TO 3:NEXT *K", "RUN\n\\p*"},
-    {"the place in DATA", "10 READ A,B$,C\n20 DATA 1,Q,X7", "Syntax error in 20\nOk\n20 DATA 1,Q,*7",
+    {"the place in DATA", "20 DATA 1,Q,X7\n30 READ A,B$,C", "Syntax error in 20\nOk\n20 DATA 1,Q,*7",
      "RUN\n\\p*"},
     {"the place in a function's own line", "10 DEF FNA(X)=1/X\n20 PRINT 1;:PRINT FNA(0)",
      " 1\nDivision by zero in 20\nOk\n20 PRINT 1;:*RINT FNA(0)", "RUN\n\\p*"},
@@ -157,8 +157,8 @@ const language_case cases[] = {
 80 PRINT ERR;ERL;:RESUME NEXT)",
      " 2  20 ON 0\nOk"},
     {"powers at the end of the range",
-     "10 PRINT .5^128;2^-128=.5^128;.25^64=.5^128;.5^128.5;2^-127.5>.5^128\n20 PRINT 2^128",
-     " 2.93873588E-39 -1 -1  0 -1\nOverflow in 20\nOk\n20 PRINT 2^128"},
+     "10 PRINT .5^128;2^-128=.5^128;.25^64=.5^128;.5^128.5;2.3^-255;2^-127.5>.5^128\n20 PRINT 2^128",
+     " 2.93873588E-39 -1 -1  0  0 -1\nOverflow in 20\nOk\n20 PRINT 2^128"},
     {"arrays", R"(
 10 DIM A(3),B(2,3),C%(5),D$(1,1,1):A(3)=1.5:B(2,3)=7:C%(5)=2.5:D$(1,0,1)="X"
 20 B(0,1)=4:PRINT A(3);A(0);B(2,3);B(0,1);C%(5);D$(1,0,1);D$(0,0,0);E(10)
@@ -241,6 +241,8 @@ const language_case cases[] = {
     {"frames full of what an error left", "10 GOSUB 10",
      "Out of memory in 10\nOk\n10 GOSUB 10\nFOR I=1 TO 2:PRINT I;:NEXT\n 1  2\nOk",
      "RUN\n\\bFOR I=1 TO 2:PRINT I;:NEXT\n"},
+    {"a line that AUTO asked for, with an error", "10 AUTO 100", "100 FN1=1\nSyntax error in 100\nOk",
+     "RUN\nFN1=1\n"},
     {"a typed line with an error", "", "Syntax error in 10\nOk\nPRINT 1\n 1\nOk", "10 FN1=1\nPRINT 1\n"},
     {"ON KEY", R"(
 10 ON KEY GOSUB 100,,300:KEY(1) ON:KEY(2) ON:KEY(3) ON
