@@ -3,6 +3,7 @@
 #include "api/kiv.h"
 #include "machine/cassette.h"
 #include "platform/file.h"
+#include "platform/texts.h"
 
 #include <fstream>
 #include <iterator>
@@ -11,7 +12,6 @@
 
 namespace {
 
-constexpr auto longest_command = std::chrono::seconds(2);
 constexpr size_t most_lines = 10000; // that wait for the window
 
 std::string whole_file(const std::string &path) {
@@ -43,7 +43,10 @@ debug_session::debug_session(sound_slices &sounds, std::function<void()> stopped
     driver.keep_history({});
     driver.on_run = [this](int32_t ended_by) {
         if (ended_by == KIV_RUN_FRAME && at_frame != nullptr) (*at_frame)();
-        if (at_frame == nullptr && std::chrono::steady_clock::now() > until) driver.ask_to_stop();
+        if (at_frame == nullptr && goes_on && !goes_on(-1)) driver.ask_to_stop();
+    };
+    driver.on_work = [this](double part) {
+        if (goes_on && !goes_on(part)) driver.ask_to_stop();
     };
 }
 
@@ -111,7 +114,7 @@ void debug_session::stop_here() {
 void debug_session::take(const stop_report &report) {
     standing = true;
     last_stop = report;
-    reason = describe(report);
+    reason = describe(report, platform::texts_are_japanese() ? japanese_words : nullptr);
 }
 
 bool debug_session::run_slice(uint32_t t_states, const std::function<void()> &frame_ended) {
@@ -181,10 +184,10 @@ std::string debug_session::command(const std::string &line) {
 bool debug_session::execute(const std::string &line, bool may_run) {
     take_changes();
     console.may_run = may_run;
-    until = std::chrono::steady_clock::now() + longest_command;
     const recorder_scope tape(*this);
     const uint64_t before = kiv_t_states();
-    const bool goes_on = console.execute(line);
+    const bool lives = console.execute(line);
+    driver.never_mind();
     if (kiv_t_states() != before) reason.clear();
-    return goes_on;
+    return lives;
 }

@@ -9,7 +9,6 @@
 #include "debug/console.h"
 #include "debug/debug_driver.h"
 #include <atomic>
-#include <chrono>
 #include <functional>
 #include <mutex>
 #include <string>
@@ -36,13 +35,17 @@ class debug_session final : public pass_source, private machine_owner {
     void stop_here();
     stop_report back(aim_kind kind);
     void look_back(size_t count, const std::function<void(uint16_t pc, uint64_t t_states)> &look);
-    // One line of the command language. What runs the machine runs it at once and ends after two seconds.
-    // False: `quit` was said.
+    // One line of the command language. What runs the machine runs it at once. False: `quit` was said.
     // `may_run`: such commands are not refused.
     bool execute(const std::string &line, bool may_run);
     // The same for a command that runs nothing; what was wrong with it.
     std::string command(const std::string &line);
-    void show_stop(); // on the console
+    void show_stop();                                              // on the console
+    const profile *profiled() const { return console.profiled(); } // null: none is taken
+    bool profiling() const { return console.profiling(); }
+    // Asked every few frames while a command or a way back takes its time, with the part of the past that has
+    // been looked through, 0 to 1, or less than 0 where no end is known. False: it is to end.
+    std::function<bool(double part)> goes_on;
     // The window could not attend to the stop: it is told when the CPU thread is released.
     void tell_again() { told = false; }
     std::vector<std::string> complete(const std::string &line) const { return console.complete(line); }
@@ -73,8 +76,7 @@ class debug_session final : public pass_source, private machine_owner {
     stop_report last_stop;
     std::string reason;
     const std::function<void()> *at_frame = nullptr;
-    std::chrono::steady_clock::time_point until; // of a command
-    std::mutex mutex;                            // of what follows
+    std::mutex mutex; // of what follows
     std::vector<std::function<void()>> changes;
     std::vector<std::string> lines;
     std::atomic<uint8_t> change_seen{0};

@@ -4,6 +4,7 @@
 #include "debug/console_commands.h"
 #include "debug/devices_text.h"
 #include "debug/disassembler.h"
+#include "platform/texts.h"
 
 #include <algorithm>
 
@@ -21,6 +22,9 @@ const debugger_register register_list[] = {
 
 constexpr int stack_words = 24, rows_before_pc = 6;
 constexpr int area_count = KIV_AREA_PCG + 1;
+constexpr size_t most_costs = 1000;
+
+debug_words words() { return platform::texts_are_japanese() ? japanese_words : nullptr; }
 
 uint8_t byte_at(uint16_t address) { return static_cast<uint8_t>(kiv_peek(KIV_AREA_CPU, address)); }
 
@@ -32,7 +36,7 @@ debugger_line line_at(const debug_driver &driver, uint16_t address, uint8_t &len
     line.label = driver.symbols.name_of(address);
     for (int i = 0; i < d.length; ++i) line.bytes += console_text::text_of("%02X", d.bytes[i]);
     line.text = d.text;
-    line.note = d.note;
+    line.note = debug_teller{words()}.say(d.note.c_str());
     if (const source_line *source = driver.symbols.line_of(address); source != nullptr)
         line.note += (line.note.empty() ? "" : "; ") + source->text;
     for (const stop_point &p : driver.points())
@@ -69,6 +73,21 @@ void list_stack(const debug_driver &driver, debugger_look &look) {
     }
 }
 
+void list_profile(const debug_session &session, bool by_address, debugger_look &look) {
+    look.profiling = session.profiling();
+    if (session.profiled() == nullptr) return;
+    const symbol_table &symbols = session.driver.symbols;
+    const auto costs = by_address ? session.profiled()->by_address() : session.profiled()->by_routine();
+    for (const profile::spent &c : costs) look.profiled += c.own;
+    for (const profile::spent &c : costs) {
+        if (look.profile.size() == most_costs) break;
+        const source_line *source = symbols.line_of(c.address);
+        look.profile.push_back({c.address, by_address ? symbols.place_of(c.address) : c.routine,
+                                source != nullptr ? source->text : std::string(), c.own, c.with_calls,
+                                c.times});
+    }
+}
+
 } // namespace
 
 void look_at_machine(debug_session &session, const debugger_request &at, debugger_look &look) {
@@ -95,12 +114,13 @@ void look_at_machine(debug_session &session, const debugger_request &at, debugge
     if (at.points)
         for (const stop_point &p : driver.points())
             look.points.push_back({p.id, p.enabled, describe(p), p.hits});
-    std::vector<device_text> devices = devices_now();
-    for (const auto &[what, text] : devices[0].lines)
-        if (what == "line" || what == "frame")
-            look.place += (look.place.empty() ? "" : "  ") + what + " " + text;
+    std::vector<device_text> devices = devices_now(words());
+    const auto &raster = devices[0].lines; // its line and the frame stand first
+    look.place = raster[0].first + " " + raster[0].second + "  " + raster[1].first + " " + raster[1].second;
     if (at.devices)
         for (device_text &d : devices) look.devices.push_back({d.name, std::move(d.lines)});
+    if (at.profile != debugger_request::no_profile)
+        list_profile(session, at.profile == debugger_request::by_address, look);
     if (at.past != 0)
         session.look_back(at.past, [&](uint16_t pc, uint64_t) {
             uint8_t length = 1;

@@ -17,7 +17,7 @@ class kiv_form::debugger final : public platform::debugger_listener {
     bool debugger_looks(const platform::debugger_request &at, platform::debugger_look &look) override;
     void debugger_acts(platform::debugger_action action, uint16_t value) override;
     std::string debugger_sets_register(int index, uint32_t value) override;
-    std::string debugger_writes(int area, uint32_t address, uint8_t value) override;
+    std::string debugger_writes(int area, uint32_t address, const std::vector<uint8_t> &bytes) override;
     void debugger_toggles_point(uint16_t address) override;
     std::string debugger_adds_point(const std::string &text) override;
     void debugger_removes_point(uint32_t id) override;
@@ -30,6 +30,7 @@ class kiv_form::debugger final : public platform::debugger_listener {
 
   private:
     template <class Do> bool while_parked(Do what); // false: there is no thread that could be parked
+    template <class Do> bool work(Do what);         // what may take long, parked; false: the program ends
     void run(aim_kind kind, uint16_t address);
     void step_back(aim_kind kind);
     void show_machine();
@@ -37,4 +38,5 @@ class kiv_form::debugger final : public platform::debugger_listener {
 
     kiv_form &form;
     uint64_t changes = 0;
+    bool working = false;
 };

@@ -94,6 +94,20 @@ template <class Do> bool kiv_form::debugger::while_parked(Do what) {
     return true;
 }
 
+template <class Do> bool kiv_form::debugger::work(Do what) {
+    while_parked([&] {
+        form.in_dialog = working = true;
+        const auto shown = form.host.begin_work(*form.window, platform::text("デバッガが実行しています"));
+        session.goes_on = [&shown](double part) { return shown->goes_on(part); };
+        what();
+        session.goes_on = nullptr;
+        form.in_dialog = working = false;
+    });
+    if (!form.session_ends) return true;
+    pause_scope(form).end();
+    return false;
+}
+
 void kiv_form::debugger::stopped() {
     if (form.in_dialog || form.deactivated) return session.tell_again(); // once that is over
     if (!form.held && !form.pause_machine()) return;
@@ -149,7 +163,7 @@ void kiv_form::debugger::step_back(aim_kind kind) {
     form.end_rewind();
     if (!form.held) form.toggle_pause();
     if (!form.held) return;
-    session.back(kind);
+    if (!work([&] { session.back(kind); })) return;
     form.release_keys();
     show_machine();
     session.show_stop();
@@ -184,10 +198,12 @@ std::string kiv_form::debugger::debugger_sets_register(int index, uint32_t value
     return wrong;
 }
 
-std::string kiv_form::debugger::debugger_writes(int area, uint32_t address, uint8_t value) {
+std::string kiv_form::debugger::debugger_writes(int area, uint32_t address,
+                                                const std::vector<uint8_t> &bytes) {
     std::string wrong;
     while_parked([&] {
-        if (session.driver.write(area, address, &value, 1) != KIV_OK) wrong = kiv_error_text();
+        if (session.driver.write(area, address, bytes.data(), bytes.size()) != KIV_OK)
+            wrong = kiv_error_text();
     });
     if (form.held) show_machine();
     moved();
@@ -235,11 +251,12 @@ void kiv_form::debugger::debugger_command(const std::string &line) {
         }
     }
     bool goes_on = true, another_place = false;
-    while_parked([&] {
+    const bool lives = work([&] {
         const uint64_t before = kiv_t_states();
         goes_on = session.execute(line, form.held);
         another_place = kiv_t_states() != before;
     });
+    if (!lives) return;
     if (another_place) form.release_keys();
     if (form.held) show_machine();
     moved();
@@ -270,6 +287,7 @@ void kiv_form::debugger::debugger_closed(const std::string &layout) {
 }
 
 bool kiv_form::debugger::debugger_looks(const platform::debugger_request &at, platform::debugger_look &look) {
+    if (working) return false;
     look.running = !form.held;
     look.changes = changes;
     return while_parked([&] {

@@ -216,6 +216,10 @@ bool debug_console::execute(const std::string &line) {
     std::string rest;
     const std::string name = first_word(line, rest);
     if (name.empty() || name[0] == '#') return !has_quit;
+    if (depth++ == 0)
+        was_interrupted = false;
+    else if (driver.on_work)
+        driver.on_work(-1);
     try {
         const command *const found = find(name);
         if (found == nullptr) fail(name + ": no such command; help lists them");
@@ -225,6 +229,8 @@ bool debug_console::execute(const std::string &line) {
         ++failures;
         print(error.what());
     }
+    --depth;
+    was_interrupted |= driver.is_asked();
     return !has_quit;
 }
 
@@ -235,7 +241,7 @@ bool debug_console::run_script(const std::string &path) {
     const int failures_before = failures;
     ++script_depth;
     int number = 0;
-    for (size_t at = 0; at < text.size() && !has_quit;) {
+    for (size_t at = 0; at < text.size() && !has_quit && !was_interrupted;) {
         const size_t end = std::min(text.find('\n', at), text.size());
         ++number;
         const int before = failures;
@@ -281,6 +287,7 @@ void debug_console::show_place() {
 }
 
 void debug_console::show_stop(const stop_report &report) {
+    was_interrupted |= report.kind == stop_kind::asked;
     if (const std::string text = describe(report); !text.empty()) print(text);
     show_place();
 }
@@ -302,8 +309,25 @@ void debug_console::trace_into(const std::string &path) {
 void debug_console::profile_into(const std::string &path) {
     console_commands::stop_recording(*this, "profile");
     profile_path = path;
-    profiler = std::make_unique<profile>(driver.symbols);
-    driver.listen(*profiler);
+    console_commands::profile_anew(*this);
+    console_commands::profile_goes_on(*this, true);
+}
+
+void console_commands::profile_anew(debug_console &c) {
+    const bool goes_on = c.profiling();
+    if (goes_on) c.driver.unlisten(*c.profiler);
+    c.profiler = std::make_unique<profile>(c.driver.symbols);
+    if (goes_on) c.driver.listen(*c.profiler);
+}
+
+// A pause ends what runs: what comes behind it has other callers.
+void console_commands::profile_goes_on(debug_console &c, bool on) {
+    c.driver.unlisten(*c.profiler);
+    if (on)
+        c.driver.listen(*c.profiler);
+    else
+        c.profiler->moved(false);
+    c.profile_pauses = !on;
 }
 
 void debug_console::coverage_into(const std::string &path) {

@@ -40,6 +40,8 @@ class debug_console {
     int exit_code = 0;   // of `quit`
     int failures = 0;    // of `expect`, and lines that were wrong
     bool may_run = true; // false: commands that run the machine are refused
+    // Somebody asked for the end of the line under way: repetitions and scripts end, too.
+    bool interrupted() const { return was_interrupted; }
     // Shows where the machine stands, as after a stop.
     void show_stop(const stop_report &report);
     void show_place();
@@ -47,6 +49,8 @@ class debug_console {
     // ---- recorders, also for who starts them by other ways than commands; throw debug_error
     void trace_into(const std::string &path);
     void profile_into(const std::string &path);
+    const profile *profiled() const { return profiler.get(); } // null: no profile is taken
+    bool profiling() const { return profiler && !profile_pauses; }
     void coverage_into(const std::string &path);
     void watch_faults(uint8_t kinds, bool of_roms, bool stop, int32_t port_of_a_test = -1);
     uint64_t faults() const { return fault_watch ? fault_watch->count() : 0; }
@@ -68,6 +72,8 @@ class debug_console {
     debug_driver &driver;
     console_host host;
     bool has_quit = false;
+    bool was_interrupted = false;
+    int depth = 0; // of lines within lines
     int script_depth = 0;
     uint16_t next_dump = 0, next_listing = 0;
     int32_t dump_area = 0;
@@ -79,6 +85,7 @@ class debug_console {
     std::unique_ptr<coverage> covered;
     std::unique_ptr<memory_faults> fault_watch;
     std::string profile_path, coverage_path;
+    bool profile_pauses = false;
 };
 
 // The areas of memory by the names that expressions know: "cpu" and the others; -1: none.

@@ -31,7 +31,8 @@ struct console_commands {
     static uint16_t &next_listing(debug_console &c) { return c.next_listing; }
     static auto &displays(debug_console &c) { return c.displays; }
     static void stop_recording(debug_console &c, const std::string &what);
-    static profile *profiler(debug_console &c) { return c.profiler.get(); }
+    static void profile_goes_on(debug_console &c, bool on);
+    static void profile_anew(debug_console &c);
     static coverage *covered(debug_console &c) { return c.covered.get(); }
     static void set_quit(debug_console &c) { c.has_quit = true; }
     // Runs to the aim or a stop, and shows where that is.

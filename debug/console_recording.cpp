@@ -28,10 +28,15 @@ void trace(debug_console &c, const std::string &rest) {
 
 void profile_command(debug_console &c, const std::string &rest) {
     if (rest == "off") return console_commands::stop_recording(c, "profile");
+    const bool paused = c.profiled() != nullptr && !c.profiling();
+    if (rest == "on" && paused) return console_commands::profile_goes_on(c, true);
     if (rest == "on") return c.profile_into("");
-    if (!rest.empty() && rest != "show") return c.profile_into(rest);
-    if (console_commands::profiler(c) == nullptr) fail("no profile is taken: profile FILE, or profile on");
-    print_lines(c, console_commands::profiler(c)->table(20));
+    const bool of_one = rest.empty() || rest == "show" || rest == "pause" || rest == "clear";
+    if (!of_one) return c.profile_into(rest);
+    if (c.profiled() == nullptr) fail("no profile is taken: profile FILE, or profile on");
+    if (rest == "pause") return console_commands::profile_goes_on(c, false);
+    if (rest == "clear") return console_commands::profile_anew(c);
+    print_lines(c, c.profiled()->table(20));
 }
 
 void coverage_command(debug_console &c, const std::string &rest) {
@@ -93,7 +98,7 @@ void repeat(debug_console &c, const std::string &rest) {
     std::string line;
     const uint64_t times = count_of(c, first_word(rest, line), 0);
     if (line.empty()) fail("repeat N COMMAND");
-    for (uint64_t i = 0; i < times && !c.quit(); ++i) {
+    for (uint64_t i = 0; i < times && !c.quit() && !c.interrupted(); ++i) {
         const int before = c.failures;
         c.execute(line);
         if (c.failures != before) return;
@@ -139,7 +144,7 @@ const command recording[] = {
      [](debug_console &c, const std::string &rest) { c.load_listing(rest); }},
     {"symbol", "NAME=VALUE", "one symbol", symbol},
     {"trace", "FILE|off", "writes down every instruction", trace},
-    {"profile", "[FILE|on|off|show]", "T-states by routine and address, in callgrind's format",
+    {"profile", "[FILE|on|pause|clear|off|show]", "T-states by routine and address, in callgrind's format",
      profile_command},
     {"coverage", "[FILE|on|off|show]", "lines of the listings that have run, in lcov's format",
      coverage_command},

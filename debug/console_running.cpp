@@ -112,7 +112,7 @@ const command running[] = {
      [](debug_console &c, const std::string &rest) { repeat_back(c, rest, aim_kind::frame); }, true},
     {"back-go bg", "", "back to where a stop point would have stopped last; before an access",
      [](debug_console &c, const std::string &rest) { repeat_back(c, rest, aim_kind::none); }, true},
-    {"back-to bt", "TSTATES", "back to that many T-states since the boot", back_to, true},
+    {"back-to", "TSTATES", "back to that many T-states since the boot", back_to, true},
     {"last", "[N]", "the last 20 instructions, or N, with the registers before each", last},
     {"history", "[on|off]", "how far back it goes", history_command},
     {"reset", "", "the machine's reset key", reset},

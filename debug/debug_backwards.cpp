@@ -33,6 +33,7 @@ void debug_driver::machinery::run_again(const visitor &visit) {
         const uint64_t left = std::min(driver.own_history->put_in_again(), a_piece);
         const int32_t ended_by = kiv_run(static_cast<uint32_t>(left));
         frame_seen |= ended_by == KIV_RUN_FRAME;
+        if (driver.on_work) driver.on_work(looked_through);
         if (ended_by != KIV_RUN_STOPPED || stopped) continue;
         driver.own_history->put_in_again(); // a reset may have set it going again, at this very instant
         if (has_stopped()) break;
@@ -176,7 +177,9 @@ debug_driver::machinery::search(uint64_t before, bool to_the_end, looker &lookin
     history &past = *driver.own_history;
     size_t index = past.find(before - 1), step = 1;
     for (uint64_t to = before;;) {
-        if (driver.asked.load(std::memory_order_relaxed) || !past.restore(index)) return std::nullopt;
+        if (driver.is_asked() || !past.restore(index)) return std::nullopt;
+        looked_through = static_cast<double>(before - past.stamp(index)) /
+                         static_cast<double>(std::max<uint64_t>(before - past.oldest(), 1));
         looking.begin();
         run_again([&](const debug_place &here) {
             if (here.t_states >= before) {
@@ -231,6 +234,7 @@ stop_report debug_driver::machinery::go_to(const found_place &found) {
     run_again([&](const debug_place &here) { return here.t_states >= found.place.t_states; });
     past.cut_here();
     moved();
+    driver.never_mind(); // it is over
     stop_report report = found.report;
     return finish(report);
 }
@@ -308,7 +312,7 @@ void debug_driver::machinery::look_back(size_t count, const std::function<void(u
     const std::vector<uint8_t> present = history::state_now();
     size_t index = past.find(before - 1), step = 1;
     uint64_t found = steps_between(index, before);
-    while (found < count && index != 0) {
+    while (found < count && index != 0 && !driver.is_asked()) {
         index -= std::min(step, index);
         step = std::min(step * 2, most_at_once);
         found = steps_between(index, before);
@@ -320,5 +324,6 @@ void debug_driver::machinery::look_back(size_t count, const std::function<void(u
         return false;
     });
     history::put_state(present);
+    driver.never_mind();
     if (driver.on_run) kiv_tape_output_clear();
 }

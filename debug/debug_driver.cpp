@@ -4,7 +4,7 @@
 #include "debug/debug_machinery.h"
 #include "machine/system_ports.h"
 #include <algorithm>
-#include <cstdio>
+#include <cinttypes>
 
 namespace {
 
@@ -19,21 +19,15 @@ void check(const stop_point &p) {
     if (p.kind == stop_kind::condition && p.condition.empty()) wrong("a condition is wanted");
 }
 
-std::string text_of(const char *format, auto... values) {
-    char text[128];
-    std::snprintf(text, sizeof text, format, values...);
-    return text;
-}
-
-std::string describe_access(const stop_report &r) {
+std::string describe_access(const stop_report &r, const debug_teller &t) {
     if (r.kind == stop_kind::port)
-        return (r.access & access_read) ? text_of("port $%02X read: $%02X", r.address & 0xFF, r.value)
-                                        : text_of("port $%02X written: $%02X", r.address & 0xFF, r.value);
-    if (r.access & access_read) return text_of("$%04X read: $%02X", r.address, r.value);
-    return text_of("$%04X written: $%02X -> $%02X", r.address, r.before, r.value);
+        return t.text_of((r.access & access_read) ? "port $%02X read: $%02X" : "port $%02X written: $%02X",
+                         r.address & 0xFF, r.value);
+    if (r.access & access_read) return t.text_of("$%04X read: $%02X", r.address, r.value);
+    return t.text_of("$%04X written: $%02X -> $%02X", r.address, r.before, r.value);
 }
 
-std::string describe_processor() {
+const char *describe_processor() {
     switch (kiv_stop_reason()) {
     case KIV_STOP_HALT: return "the processor has stopped: HALT";
     case KIV_STOP_UNDEFINED: return "the processor has stopped: an undefined instruction";
@@ -42,29 +36,32 @@ std::string describe_processor() {
     }
 }
 
-} // namespace
-
-std::string describe(const stop_report &r) {
-    const std::string of_point = r.id != 0 ? " (" + std::to_string(r.id) + ")" : std::string();
+std::string describe_kind(const stop_report &r, const debug_teller &t) {
     switch (r.kind) {
-    case stop_kind::address: return "breakpoint" + of_point;
+    case stop_kind::address: return t.say("breakpoint");
     case stop_kind::memory:
-    case stop_kind::port: return describe_access(r) + text_of(" by $%04X", r.by) + of_point;
-    case stop_kind::interrupt: return text_of("interrupt of level %u at $%04X", r.address, r.by) + of_point;
-    case stop_kind::raster: return text_of("raster line %u", r.address) + of_point;
-    case stop_kind::frame: return "frame " + std::to_string(kiv_frames()) + of_point;
-    case stop_kind::t_states: return std::to_string(kiv_t_states()) + " T-states" + of_point;
-    case stop_kind::halt: return "HALT comes next" + of_point;
-    case stop_kind::undefined: return "an instruction comes next that stops the processor" + of_point;
-    case stop_kind::condition: return "the condition holds" + of_point;
-    case stop_kind::running: return "running";
+    case stop_kind::port: return describe_access(r, t) + t.text_of(" by $%04X", r.by);
+    case stop_kind::interrupt: return t.text_of("interrupt of level %u at $%04X", r.address, r.by);
+    case stop_kind::raster: return t.text_of("raster line %u", r.address);
+    case stop_kind::frame: return t.text_of("frame %" PRIu64, kiv_frames());
+    case stop_kind::t_states: return t.text_of("%" PRIu64 " T-states", kiv_t_states());
+    case stop_kind::halt: return t.say("HALT comes next");
+    case stop_kind::undefined: return t.say("an instruction comes next that stops the processor");
+    case stop_kind::condition: return t.say("the condition holds");
+    case stop_kind::running: return t.say("running");
     case stop_kind::aim: return "";
-    case stop_kind::asked: return "interrupted";
-    case stop_kind::processor: return describe_processor();
-    case stop_kind::beginning: return "the history begins here";
+    case stop_kind::asked: return t.say("interrupted");
+    case stop_kind::processor: return t.say(describe_processor());
+    case stop_kind::beginning: return t.say("the history begins here");
     case stop_kind::observer: return r.text;
     }
     return "";
+}
+
+} // namespace
+
+std::string describe(const stop_report &r, debug_words words) {
+    return describe_kind(r, {words}) + (r.id != 0 ? " (" + std::to_string(r.id) + ")" : std::string());
 }
 
 debug_driver::debug_driver() : inner(std::make_unique<machinery>(*this)) {}

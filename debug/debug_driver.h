@@ -76,6 +76,8 @@ class debug_driver {
     // From any thread, from a signal's handler, too: the next run ends at once, the present one within a
     // frame of the machine.
     void ask_to_stop() { asked.store(true, std::memory_order_relaxed); }
+    bool is_asked() const { return asked.load(std::memory_order_relaxed); } // and nothing has ended yet
+    void never_mind() { asked.store(false, std::memory_order_relaxed); }
 
     // ---- backwards, as far as history goes; what came later is forgotten
     void keep_history(const history_limits &limits);
@@ -107,6 +109,9 @@ class debug_driver {
     // After each piece of a run, with what kiv_run returned: sound and tape output are to be taken now; after
     // KIV_RUN_FRAME it is the time for keys and pictures. It may call ask_to_stop.
     std::function<void(int32_t ended_by)> on_run;
+    // Now and then while the past is run again, with the part that has been looked through, 0 to 1, and
+    // between the lines of scripts and repetitions (-1). It may call ask_to_stop.
+    std::function<void(double part)> on_work;
 
     class machinery; // what the machine's slots reach; the driver's own
 

@@ -122,6 +122,7 @@ class debug_driver::machinery {
     const visitor *visiting = nullptr; // the past is run again
     std::vector<stop_report> seen;     // since the step before, while that is done
     bool frame_seen = false;           // likewise
+    double looked_through = 0;         // part of the past
 };
 
 debug_place place_now();

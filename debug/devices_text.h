@@ -1,6 +1,7 @@
 // The devices of the machine in words, with their bits decoded: for the console and for whoever shows them.
 #pragma once
 
+#include "debug/debug_words.h"
 #include <string>
 #include <utility>
 #include <vector>
@@ -11,4 +12,4 @@ struct device_text {
 };
 
 // All of them, as they are now. Looking changes nothing.
-std::vector<device_text> devices_now();
+std::vector<device_text> devices_now(debug_words words = nullptr);

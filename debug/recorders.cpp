@@ -152,13 +152,44 @@ void profile::moved(bool) {
     while (!stack.empty()) leave_one(began);
 }
 
-std::string profile::callgrind() {
-    while (!stack.empty()) leave_one(began); // what runs still
+profile profile::ended_now() const {
+    profile p = *this;
+    while (!p.stack.empty()) p.leave_one(p.began);
+    return p;
+}
+
+namespace {
+
+void sort_costs(std::vector<profile::spent> &costs) {
+    std::stable_sort(costs.begin(), costs.end(), [](auto &a, auto &b) { return a.own > b.own; });
+}
+
+} // namespace
+
+std::vector<profile::spent> profile::by_routine() const {
+    std::vector<spent> costs;
+    for (const routine &r : ended_now().routines)
+        costs.push_back({r.address, r.name, r.own, r.with_calls, r.calls});
+    sort_costs(costs);
+    return costs;
+}
+
+std::vector<profile::spent> profile::by_address() const {
+    std::vector<spent> costs;
+    for (const routine &r : routines)
+        for (const auto &[address, cost] : r.lines)
+            costs.push_back({address, r.name, cost.first, cost.first, cost.second});
+    sort_costs(costs);
+    return costs;
+}
+
+std::string profile::callgrind() const {
+    const std::vector<routine> all = ended_now().routines;
     std::string out = "# callgrind format\nversion: 1\ncreator: kiv\npositions: instr line\n"
                       "event: Ts : T-states\nevent: In : Instructions\nevents: Ts In\n\n";
     uint64_t t_states = 0, instructions = 0;
-    for (size_t i = 0; i < routines.size(); ++i) {
-        const routine &r = routines[i];
+    for (size_t i = 0; i < all.size(); ++i) {
+        const routine &r = all[i];
         const source_line *first = symbols.line_of(r.address);
         out += "fl=" + (first != nullptr ? first->file : std::string("memory")) + "\nfn=" + r.name + "\n";
         const auto number = [&](uint16_t address) {
@@ -173,7 +204,7 @@ std::string profile::callgrind() {
             instructions += cost.second;
         }
         for (const auto &[key, call] : r.called) {
-            const routine &callee = routines[key.second];
+            const routine &callee = all[key.second];
             const source_line *l = symbols.line_of(callee.address);
             out += "cfi=" + (l != nullptr ? l->file : std::string("memory")) + "\ncfn=" + callee.name + "\n";
             out +=
@@ -187,22 +218,17 @@ std::string profile::callgrind() {
                          static_cast<unsigned long long>(instructions));
 }
 
-std::string profile::table(size_t count) {
-    while (!stack.empty()) leave_one(began);
-    std::vector<const routine *> sorted;
+std::string profile::table(size_t count) const {
+    const std::vector<spent> costs = by_routine();
     uint64_t all = 0;
-    for (const routine &r : routines) {
-        sorted.push_back(&r);
-        all += r.own;
-    }
-    std::sort(sorted.begin(), sorted.end(), [](auto a, auto b) { return a->own > b->own; });
+    for (const spent &c : costs) all += c.own;
     std::string out = "   own      %    with calls      calls  routine\n";
-    for (size_t i = 0; i < std::min(count, sorted.size()); ++i) {
-        const routine &r = *sorted[i];
-        out += text_of("%10llu %5.1f %12llu %10llu  $%04X %s\n", static_cast<unsigned long long>(r.own),
-                       all != 0 ? 100.0 * static_cast<double>(r.own) / static_cast<double>(all) : 0.0,
-                       static_cast<unsigned long long>(r.with_calls),
-                       static_cast<unsigned long long>(r.calls), r.address, r.name.c_str());
+    for (size_t i = 0; i < std::min(count, costs.size()); ++i) {
+        const spent &c = costs[i];
+        out += text_of("%10llu %5.1f %12llu %10llu  $%04X %s\n", static_cast<unsigned long long>(c.own),
+                       all != 0 ? 100.0 * static_cast<double>(c.own) / static_cast<double>(all) : 0.0,
+                       static_cast<unsigned long long>(c.with_calls),
+                       static_cast<unsigned long long>(c.times), c.address, c.routine.c_str());
     }
     return out;
 }

@@ -48,12 +48,21 @@ class profile final : public debug_observer {
     void interrupt(uint8_t level) override;
     void moved(bool another) override;
 
+    // What it has counted until now, the most expensive first. `times`: calls, or instructions.
+    struct spent {
+        uint16_t address;
+        std::string routine;
+        uint64_t own, with_calls, times; // T-states
+    };
+    std::vector<spent> by_routine() const;
+    std::vector<spent> by_address() const; // `with_calls` is `own`
     // Callgrind's format, for kcachegrind and callgrind_annotate.
-    std::string callgrind();
+    std::string callgrind() const;
     // The `count` routines that took most themselves: a line each.
-    std::string table(size_t count);
+    std::string table(size_t count) const;
 
   private:
+    profile ended_now() const; // a copy in which all that runs has returned
     struct routine {
         uint16_t address;
         std::string name;

@@ -1,6 +1,7 @@
 // What a debugged machine stops at, and what it says when it has stopped.
 #pragma once
 
+#include "debug/debug_words.h"
 #include "debug/memory_banks.h"
 #include <cstdint>
 #include <string>
@@ -57,6 +58,6 @@ struct stop_report {
 };
 
 // One line for a person: "breakpoint 3", "$C000 written: $00 -> $41 by $8123 (watchpoint 1)".
-std::string describe(const stop_report &report);
+std::string describe(const stop_report &report, debug_words words = nullptr);
 // What a stop point waits for, as the console lists it, without its number and hits.
 std::string describe(const stop_point &point);

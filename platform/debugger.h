@@ -31,6 +31,7 @@ struct debugger_request {
     int area = 0; // of debugger_look::areas
     uint32_t memory_at = 0, memory_size = 0;
     bool stack = false, points = false, devices = false;
+    enum : uint8_t { no_profile, by_routine, by_address } profile = no_profile;
     uint32_t past = 0; // the last so many instructions; asked for only while the machine stands
 };
 
@@ -59,6 +60,12 @@ struct debugger_point {
     std::string text;
     uint64_t hits;
 };
+struct debugger_cost { // of a routine, or of one instruction
+    uint16_t address;
+    std::string name, source;
+    uint64_t own, with_calls; // T-states
+    uint64_t times;           // calls, or how often it ran
+};
 struct debugger_device {
     std::string name;
     std::vector<std::pair<std::string, std::string>> lines;
@@ -77,6 +84,9 @@ struct debugger_look {
     std::vector<debugger_word> stack;
     std::vector<debugger_point> points;
     std::vector<debugger_device> devices;
+    std::vector<debugger_cost> profile; // the most expensive first
+    uint64_t profiled = 0;              // T-states in all
+    bool profiling = false;
 };
 
 // What stands behind the window. Everything on the window thread; a text that comes back says what was wrong.
@@ -86,7 +96,7 @@ class debugger_listener {
     virtual bool debugger_looks(const debugger_request &at, debugger_look &look) = 0; // false: not now
     virtual void debugger_acts(debugger_action action, uint16_t value) = 0;
     virtual std::string debugger_sets_register(int index, uint32_t value) = 0;
-    virtual std::string debugger_writes(int area, uint32_t address, uint8_t value) = 0;
+    virtual std::string debugger_writes(int area, uint32_t address, const std::vector<uint8_t> &bytes) = 0;
     virtual void debugger_toggles_point(uint16_t address) = 0;
     virtual std::string debugger_adds_point(const std::string &text) = 0; // as the console takes it
     virtual void debugger_removes_point(uint32_t id) = 0;

@@ -213,6 +213,15 @@ struct settings_dialog {
     std::vector<settings_slider> sliders;
     std::vector<settings_check> checks;
 };
+// A command that takes long on the window thread. It shows itself once it has taken a moment, with how far it
+// has come, and is asked now and then whether the person lets it go on.
+class long_work {
+  public:
+    virtual ~long_work() = default;
+    // `part` that is done, 0 to 1; less than 0: not known.
+    virtual bool goes_on(double part) = 0;
+};
+
 // An error box with more than OK to answer it with.
 struct question_box {
     std::string text, caption;
@@ -357,6 +366,8 @@ class host {
     virtual bool settings(host_window &owner, settings_dialog &dialog) = 0;
     virtual bool pads(host_window &owner, pad_dialog &dialog) = 0; // likewise
     virtual void help(host_window &owner, const help_dialog &dialog) = 0;
+    // While it exists, as with a dialog, posted messages wait.
+    virtual std::unique_ptr<long_work> begin_work(host_window &owner, const std::string &text) = 0;
 
     virtual display &get_display() = 0;
     virtual sound_device &get_sound() = 0;

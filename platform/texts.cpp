@@ -10,6 +10,8 @@ text_translator translator = nullptr;
 
 std::string text(const char *japanese) { return translator != nullptr ? translator(japanese) : japanese; }
 
+bool texts_are_japanese() { return translator == nullptr; }
+
 void set_text_translator(text_translator translate) { translator = translate; }
 
 } // namespace platform

@@ -1027,5 +1027,77 @@ exists already. Replace it?</translation>
         <source>フォルダ(&amp;F):</source>
         <translation>&amp;Folder:</translation>
     </message>
+    <message>
+        <source>中止</source>
+        <translation>Cancel</translation>
+    </message>
+    <message>
+        <source>デバッガが実行しています</source>
+        <translation>The debugger is at work</translation>
+    </message>
+    <message>
+        <source>: この文字は書けません</source>
+        <translation>: this character cannot be written</translation>
+    </message>
+    <message>
+        <source>プロファイル</source>
+        <translation>Profile</translation>
+    </message>
+    <message>
+        <source>デスクトップの配色(&amp;D)</source>
+        <translation>Colours of the &amp;desktop</translation>
+    </message>
+    <message>
+        <source>明るい配色(&amp;L)</source>
+        <translation>&amp;Light colours</translation>
+    </message>
+    <message>
+        <source>暗い配色(&amp;K)</source>
+        <translation>Dar&amp;k colours</translation>
+    </message>
+    <message>
+        <source>消去(&amp;E)</source>
+        <translation>Cl&amp;ear</translation>
+    </message>
+    <message>
+        <source>ルーチン別</source>
+        <translation>By routine</translation>
+    </message>
+    <message>
+        <source>番地別</source>
+        <translation>By address</translation>
+    </message>
+    <message>
+        <source>番地</source>
+        <translation>Address</translation>
+    </message>
+    <message>
+        <source>名前</source>
+        <translation>Name</translation>
+    </message>
+    <message>
+        <source>Tステート</source>
+        <translation>T-states</translation>
+    </message>
+    <message>
+        <source>呼び出し先込み</source>
+        <translation>With calls</translation>
+    </message>
+    <message>
+        <source>回数</source>
+        <translation>Times</translation>
+    </message>
+    <message>
+        <source>ソース</source>
+        <translation>Source</translation>
+    </message>
+    <message>
+        <source>停止(&amp;S)</source>
+        <translation>&amp;Stop</translation>
+    </message>
+    <message>
+        <source>開始(&amp;S)</source>
+        <translation>&amp;Start</translation>
+    </message>
 </context>
 </TS>

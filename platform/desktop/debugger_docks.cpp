@@ -1,7 +1,9 @@
 // What the docks of the debugger's window show, and what is edited there.
 #include "platform/desktop/debugger_window.h"
 
+#include "platform/desktop/debugger_tables.h"
 #include "platform/desktop/dialog_parts.h"
+#include <QtCore/QTimer>
 #include <QtGui/QFontDatabase>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QCheckBox>
@@ -25,17 +27,7 @@ namespace {
 constexpr uint32_t past_instructions = 10000;
 constexpr int bytes_a_line = 16;
 constexpr int register_columns = 3; // each a name and a value
-
-QString hex(uint32_t value, int digits) {
-    return QString::number(value, 16).toUpper().rightJustified(digits, u'0');
-}
-
-void put(QTableWidget *table, int row, int column, const QString &text, bool editable = false) {
-    QTableWidgetItem *item = table->item(row, column);
-    if (item == nullptr) table->setItem(row, column, item = new QTableWidgetItem);
-    if (item->text() != text) item->setText(text);
-    item->setFlags(editable ? item->flags() | Qt::ItemIsEditable : item->flags() & ~Qt::ItemIsEditable);
-}
+constexpr qint64 profile_ms = 1000; // between two looks at it while the machine runs
 
 // As far as the font has it: what has none shows as a point.
 QChar sign_of(uint8_t byte) {
@@ -43,7 +35,12 @@ QChar sign_of(uint8_t byte) {
     return byte >= 0xA1 && byte <= 0xDF ? QChar(0xFF61 + byte - 0xA1) : QChar(u'.'); // half-width katakana
 }
 
-bool is_seen(const QWidget *w) { return w != nullptr && w->isVisible() && !w->visibleRegion().isEmpty(); }
+// What `sign_of` shows so; -1: nothing.
+int byte_of(QChar sign) {
+    const char16_t c = sign.unicode();
+    if (c >= 0x20 && c < 0x7F) return c;
+    return c >= 0xFF61 && c <= 0xFF9F ? c - 0xFF61 + 0xA1 : -1;
+}
 
 int rows_of(const QTableWidget *table) {
     return std::max(1, table->viewport()->height() / table->verticalHeader()->defaultSectionSize());
@@ -62,31 +59,30 @@ debugger_request debugger_window::request() const {
     r.stack = is_seen(stack);
     r.points = is_seen(points);
     r.devices = is_seen(devices);
+    if (is_seen(costs) && (!shown.running || !profile_age.isValid() || profile_age.elapsed() > profile_ms))
+        r.profile =
+            by_address->currentIndex() == 0 ? debugger_request::by_routine : debugger_request::by_address;
     return r;
 }
 
 void debugger_window::look() {
     if (!isVisible() || filling) return;
     debugger_look l;
-    if (!listener.debugger_looks(request(), l)) return;
-    if (!l.running && is_seen(past) && past_of != l.changes) {
-        debugger_request back;
-        back.past = past_instructions;
-        debugger_look of_past;
-        if (listener.debugger_looks(back, of_past)) show_past(of_past);
-        past_of = l.changes;
-    }
+    const debugger_request wanted = request();
+    if (!listener.debugger_looks(wanted, l)) return;
+    if (!l.running && is_seen(past) && past_of != l.changes) past_time->start();
     filling = true;
     show_listing(l);
     show_registers(l);
     show_memory(l);
     show_points(l);
     show_devices(l);
+    if (wanted.profile != debugger_request::no_profile) show_profile(l);
     // What moves is grey: it is of a moment ago.
     for (QWidget *w : std::initializer_list<QWidget *>{listing, registers, stack, devices}) {
-        QPalette colours = QApplication::palette(w);
-        if (l.running) colours.setColor(QPalette::Text, colours.color(QPalette::Disabled, QPalette::Text));
-        w->setPalette(colours);
+        QPalette grey = palette();
+        if (l.running) grey.setColor(QPalette::Text, grey.color(QPalette::PlaceholderText));
+        w->setPalette(grey);
     }
     for (const auto &[action, standing] : actions) action->setEnabled(!standing || !l.running);
     state->setText(l.running       ? translated("実行中")
@@ -101,8 +97,10 @@ void debugger_window::look() {
 
 void debugger_window::show_listing(const debugger_look &l) {
     listing->setRowCount(static_cast<int>(l.listing.size()));
-    const QBrush next = palette().brush(QPalette::Highlight),
-                 on_it = palette().brush(QPalette::HighlightedText);
+    // Not the colour of the chosen line.
+    const bool is_dark = palette().color(QPalette::Base).lightness() < 128;
+    const QBrush next = is_dark ? QColor(0x70, 0x55, 0x00) : QColor(0xFF, 0xE4, 0x90),
+                 on_it = palette().brush(QPalette::Text);
     for (int row = 0; row < listing->rowCount(); ++row) {
         const debugger_line &line_of = l.listing[static_cast<size_t>(row)];
         const bool is_next = line_of.address == l.pc && !l.running;
@@ -136,7 +134,14 @@ void debugger_window::show_listing(const debugger_look &l) {
     stack->resizeColumnToContents(1);
 }
 
-void debugger_window::show_past(const debugger_look &l) {
+// Runs the past again: once nobody steps for a moment, so that steps answer at once.
+void debugger_window::show_past() {
+    if (shown.running || !is_seen(past) || past_of == shown.changes) return;
+    debugger_request back;
+    back.past = past_instructions;
+    debugger_look l;
+    if (!listener.debugger_looks(back, l) || l.running) return;
+    past_of = l.changes;
     QString all;
     for (const debugger_line &p : l.past)
         all += hex(p.address, 4) + u' ' + text_of(p.bytes).leftJustified(9) +
@@ -276,12 +281,43 @@ void debugger_window::show_memory(const debugger_look &l) {
             put(memory, row, i + 1, there ? hex(l.memory[at], 2) : QString(), there);
             if (there) text += sign_of(l.memory[at]);
         }
-        put(memory, row, bytes_a_line + 1, text);
+        put(memory, row, bytes_a_line + 1, text, true);
     }
 }
 
+// What differs from what the line showed; it may go on beyond the line.
+void debugger_window::memory_text_edited(int row, const QString &text) {
+    const auto from = static_cast<size_t>(row * bytes_a_line);
+    const auto old = [&](size_t i) {
+        return from + i < shown.memory.size() ? shown.memory[from + i] : uint8_t{0};
+    };
+    std::vector<uint8_t> bytes;
+    size_t first = SIZE_MAX, behind = 0;
+    for (size_t i = 0; i < static_cast<size_t>(text.size()); ++i) {
+        const QChar sign = text[static_cast<qsizetype>(i)];
+        bytes.push_back(old(i));
+        if (i < bytes_a_line && sign == sign_of(old(i))) continue;
+        if (byte_of(sign) < 0)
+            return tell((QString(sign) + translated(": この文字は書けません")).toStdString());
+        bytes[i] = static_cast<uint8_t>(byte_of(sign));
+        first = std::min(first, i);
+        behind = i + 1;
+    }
+    if (behind == 0) return tell({});
+    bytes.resize(behind);
+    bytes.erase(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(first));
+    tell(listener.debugger_writes(area->currentIndex(), memory_at + static_cast<uint32_t>(from + first),
+                                  bytes));
+}
+
 void debugger_window::memory_edited(int row, int column) {
-    if (column < 1 || column > bytes_a_line) return;
+    if (column == bytes_a_line + 1) {
+        memory_text_edited(row, memory->item(row, column)->text());
+        QMetaObject::invokeMethod(
+            this, [this] { look(); }, Qt::QueuedConnection);
+        return;
+    }
+    if (column < 1) return;
     bool is_hex = false;
     const QString text = memory->item(row, column)->text().trimmed();
     const uint32_t value = text.toUInt(&is_hex, 16);
@@ -289,7 +325,7 @@ void debugger_window::memory_edited(int row, int column) {
     if (!is_hex || value > 0xFF)
         tell((text + translated(": 16進数で2桁です")).toStdString());
     else
-        tell(listener.debugger_writes(area->currentIndex(), at, static_cast<uint8_t>(value)));
+        tell(listener.debugger_writes(area->currentIndex(), at, {static_cast<uint8_t>(value)}));
     QMetaObject::invokeMethod(
         this, [this] { look(); }, Qt::QueuedConnection);
 }

@@ -26,7 +26,7 @@ namespace platform {
 
 namespace {
 
-constexpr int look_ms = 200;
+constexpr int look_ms = 200, past_ms = 60;
 constexpr uint32_t bytes_a_line = 16;
 
 QFont fixed_font() { return QFontDatabase::systemFont(QFontDatabase::FixedFont); }
@@ -57,6 +57,11 @@ debugger_window::debugger_window(debugger_listener &hears, const std::string &la
     past->setFont(fixed_font());
     past->setLineWrapMode(QPlainTextEdit::NoWrap);
     dock("past", translated("実行の跡"), past, Qt::BottomDockWidgetArea);
+    dock("profile", translated("プロファイル"), make_profile(), Qt::BottomDockWidgetArea);
+    past_time = new QTimer(this);
+    past_time->setSingleShot(true);
+    past_time->setInterval(past_ms);
+    connect(past_time, &QTimer::timeout, this, [this] { show_past(); });
     state = new QLabel;
     place = new QLabel;
     place->setFont(fixed_font());
@@ -65,10 +70,11 @@ debugger_window::debugger_window(debugger_listener &hears, const std::string &la
     arrange();
     listing->setFocus();
     const QStringList parts = text_of(layout).split(u' ');
-    if (parts.size() == 2) {
+    if (parts.size() >= 2) {
         restoreGeometry(QByteArray::fromBase64(parts[0].toLatin1()));
         restoreState(QByteArray::fromBase64(parts[1].toLatin1()));
     }
+    set_colours(parts.value(2).toInt());
     auto *timer = new QTimer(this);
     connect(timer, &QTimer::timeout, this, [this] {
         take_lines();
@@ -78,7 +84,8 @@ debugger_window::debugger_window(debugger_listener &hears, const std::string &la
 }
 
 std::string debugger_window::layout() const {
-    return (saveGeometry().toBase64() + ' ' + saveState().toBase64()).toStdString();
+    return (saveGeometry().toBase64() + ' ' + saveState().toBase64() + ' ' + QByteArray::number(colours))
+        .toStdString();
 }
 
 void debugger_window::closeEvent(QCloseEvent *e) {
@@ -129,6 +136,7 @@ void debugger_window::arrange() {
     const auto d = [this](const char *name) { return findChild<QDockWidget *>(QString::fromLatin1(name)); };
     splitDockWidget(d("memory"), d("console"), Qt::Horizontal);
     tabifyDockWidget(d("memory"), d("past"));
+    tabifyDockWidget(d("memory"), d("profile"));
     tabifyDockWidget(d("stack"), d("points"));
     tabifyDockWidget(d("stack"), d("devices"));
     d("devices")->raise();
@@ -139,9 +147,48 @@ void debugger_window::arrange() {
     resizeDocks({d("registers")}, {430}, Qt::Horizontal);
     resizeDocks({d("memory"), d("console")}, {300, 300}, Qt::Vertical);
     resizeDocks({d("memory"), d("console")}, {680, 480}, Qt::Horizontal);
+    make_view_menu();
+}
+
+void debugger_window::make_view_menu() {
     QMenu *menu = menuBar()->addMenu(translated("表示(&V)"));
-    for (const char *name : {"registers", "memory", "stack", "points", "devices", "past", "console"})
-        menu->addAction(d(name)->toggleViewAction());
+    for (const char *name :
+         {"registers", "memory", "stack", "points", "devices", "past", "profile", "console"})
+        menu->addAction(findChild<QDockWidget *>(QString::fromLatin1(name))->toggleViewAction());
+    menu->addSeparator();
+    for (const char *text : {"デスクトップの配色(&D)", "明るい配色(&L)", "暗い配色(&K)"}) {
+        QAction *item = menu->addAction(translated(text));
+        item->setCheckable(true);
+        const int which = static_cast<int>(colour_items.size());
+        connect(item, &QAction::triggered, this, [this, which] { set_colours(which); });
+        colour_items.push_back(item);
+    }
+}
+
+void debugger_window::set_colours(int which) {
+    colours = which == light || which == dark ? which : colours_of_desktop;
+    for (size_t i = 0; i < colour_items.size(); ++i)
+        colour_items[i]->setChecked(static_cast<int>(i) == colours);
+    QPalette p = QApplication::palette();
+    if (colours != colours_of_desktop) {
+        const bool is_dark = colours == dark;
+        const auto grey = [](int level) { return QColor(level, level, level); };
+        p = QPalette(grey(is_dark ? 0x38 : 0xEF), grey(is_dark ? 0x2B : 0xEF)); // texts follow from these
+        p.setColor(QPalette::Base, grey(is_dark ? 0x1E : 0xFF));
+        p.setColor(QPalette::AlternateBase, grey(is_dark ? 0x26 : 0xF7));
+        for (const auto role : {QPalette::Text, QPalette::WindowText, QPalette::ButtonText}) {
+            p.setColor(role, grey(is_dark ? 0xE0 : 0x00));
+            p.setColor(QPalette::Disabled, role, grey(is_dark ? 0x90 : 0x78));
+        }
+        p.setColor(QPalette::PlaceholderText, grey(is_dark ? 0x90 : 0x78));
+        p.setColor(QPalette::Highlight, is_dark ? QColor(0x2F, 0x5D, 0x8C) : QColor(0x30, 0x8C, 0xC6));
+        p.setColor(QPalette::HighlightedText, Qt::white);
+    }
+    setPalette(p);
+    for (QWidget *w : findChildren<QWidget *>())
+        if (w->isWindow() || qobject_cast<QDockWidget *>(w) != nullptr || qobject_cast<QMenu *>(w) != nullptr)
+            w->setPalette(p);
+    look();
 }
 
 // ---- what the person does ----------------------------------------------------------------------------

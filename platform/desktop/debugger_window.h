@@ -3,6 +3,7 @@
 #pragma once
 
 #include "platform/debugger.h"
+#include <QtCore/QElapsedTimer>
 #include <QtWidgets/QMainWindow>
 #include <functional>
 #include <vector>
@@ -12,7 +13,9 @@ class QComboBox;
 class QLabel;
 class QLineEdit;
 class QPlainTextEdit;
+class QPushButton;
 class QTableWidget;
+class QTimer;
 class QTreeWidget;
 
 namespace platform {
@@ -37,7 +40,10 @@ class debugger_window : public QMainWindow {
     QWidget *make_registers();
     QWidget *make_memory();
     QWidget *make_points();
+    QWidget *make_profile();
     QWidget *make_console();
+    void make_view_menu();
+    void set_colours(int which);
     void arrange();
     void act(debugger_action action, uint16_t value = 0);
     void listing_menu(const QPoint &at);
@@ -53,18 +59,22 @@ class debugger_window : public QMainWindow {
     void show_memory(const debugger_look &l);
     void show_points(const debugger_look &l);
     void show_devices(const debugger_look &l);
-    void show_past(const debugger_look &l);
+    void show_past();
+    void show_profile(const debugger_look &l);
     void register_edited(int row);
     void memory_edited(int row, int column);
+    void memory_text_edited(int row, const QString &text);
     debugger_request request() const;
 
     debugger_listener &listener;
     QTableWidget *listing = nullptr, *registers = nullptr, *memory = nullptr, *stack = nullptr,
-                 *points = nullptr;
+                 *points = nullptr, *costs = nullptr;
     QTreeWidget *devices = nullptr;
     QPlainTextEdit *past = nullptr, *said = nullptr;
     QLineEdit *listing_address = nullptr, *memory_address = nullptr, *new_point = nullptr, *line = nullptr;
-    QComboBox *area = nullptr;
+    QComboBox *area = nullptr, *by_address = nullptr;
+    QPushButton *profile_goes = nullptr;
+    QTimer *past_time = nullptr; // until the past is shown
     QLabel *state = nullptr, *place = nullptr;
     std::vector<QCheckBox *> flags;
     std::vector<std::pair<QAction *, bool>> actions; // true: only while the machine stands
@@ -74,7 +84,12 @@ class debugger_window : public QMainWindow {
     uint16_t listing_at = 0;
     uint32_t memory_at = 0;
     uint64_t past_of = UINT64_MAX; // debugger_look::changes that the past is shown for
-    QStringList said_before;       // lines of the console
+    bool profile_runs = false;
+    QElapsedTimer profile_age; // since it was shown
+    enum { colours_of_desktop, light, dark };
+    int colours = colours_of_desktop;
+    std::vector<QAction *> colour_items;
+    QStringList said_before; // lines of the console
     qsizetype said_at = 0;
 };
 

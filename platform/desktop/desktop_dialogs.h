@@ -16,5 +16,6 @@ std::string choose_file(QWidget *owner, const file_dialog_options &options, bool
 bool run_settings_dialog(QWidget *owner, settings_dialog &dialog);
 bool run_pad_dialog(QWidget *owner, pad_dialog &dialog); // likewise
 void run_help_dialog(QWidget *owner, const help_dialog &dialog);
+std::unique_ptr<long_work> make_work_dialog(QWidget *owner, const std::string &text); // as host::begin_work
 
 } // namespace platform

@@ -334,6 +334,17 @@ void desktop_host::help(host_window &owner, const help_dialog &dialog) {
     run_help_dialog(scope.owner(), dialog);
 }
 
+std::unique_ptr<long_work> desktop_host::begin_work(host_window &owner, const std::string &text) {
+    struct work final : long_work {
+        work(parts &of, host_window &owned_by, const std::string &what)
+            : scope(of, &owned_by), dialog(make_work_dialog(scope.owner(), what)) {}
+        bool goes_on(double part) override { return dialog->goes_on(part); }
+        const dialog_scope scope;
+        const std::unique_ptr<long_work> dialog; // ends before
+    };
+    return std::make_unique<work>(*p, owner, text);
+}
+
 display &desktop_host::get_display() { return p->screen; }
 sound_device &desktop_host::get_sound() { return p->sound; }
 

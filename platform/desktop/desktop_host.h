@@ -45,6 +45,7 @@ class desktop_host : public host {
     bool settings(host_window &owner, settings_dialog &dialog) override;
     bool pads(host_window &owner, pad_dialog &dialog) override;
     void help(host_window &owner, const help_dialog &dialog) override;
+    std::unique_ptr<long_work> begin_work(host_window &owner, const std::string &text) override;
 
     display &get_display() override;
     sound_device &get_sound() override;

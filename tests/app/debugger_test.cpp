@@ -60,7 +60,7 @@ TEST_F(whole_program, TheDebuggerStopsStepsGoesBackAndLetsGo) {
 
         platform::debugger_look l = do_and_stop([&] { window().press_key('A'); });
         EXPECT_EQ(l.pc, typed);
-        EXPECT_EQ(l.why, "breakpoint (1)");
+        EXPECT_EQ(l.why, "ブレークポイント (1)");
         EXPECT_FALSE(l.running);
         EXPECT_EQ(screen_row(1), "z");
         ASSERT_EQ(l.points.size(), 1u);
@@ -88,7 +88,7 @@ TEST_F(whole_program, TheDebuggerStopsStepsGoesBackAndLetsGo) {
         EXPECT_EQ(step(act::go_or_stop).pc, typed);
         debugger([&](auto &d) { // the letter that is shown
             EXPECT_EQ(d.debugger_sets_register(1, 0x1200), "");
-            EXPECT_EQ(d.debugger_writes(0, 0xE010 + 11, 0xFF), "");
+            EXPECT_EQ(d.debugger_writes(0, 0xE010 + 11, {0xFF}), "");
         });
         EXPECT_EQ(step(act::out).pc, behind);
         EXPECT_EQ(screen_row(1), "zb");
@@ -96,6 +96,39 @@ TEST_F(whole_program, TheDebuggerStopsStepsGoesBackAndLetsGo) {
         EXPECT_NE(said("back-go").find("breakpoint (1)"), std::string::npos);
         EXPECT_EQ(look().pc, typed);
         EXPECT_EQ(screen_row(1), "z");
+
+        // What takes long is asked whether it goes on, shows nothing half done, and leaves the machine whole.
+        int allowed = 4;
+        script.work = [&](double) {
+            platform::debugger_look half;
+            EXPECT_FALSE(window().state().debugger->debugger_looks({}, half));
+            return --allowed > 0;
+        };
+        host.set_script(script);
+        EXPECT_NE(said("repeat 2 until 0").find("interrupted"), std::string::npos);
+        EXPECT_EQ(allowed, 0) << "of both";
+        const std::string place = look().place;
+        allowed = 1;
+        EXPECT_NE(said("back-go").find("interrupted"), std::string::npos);
+        EXPECT_EQ(look().place, place);
+        script.work = nullptr;
+        host.set_script(script);
+        said("back-go");
+        EXPECT_EQ(look().pc, typed);
+
+        said("profile on");
+        step(act::frame);
+        debugger([&](auto &d) {
+            l = {};
+            EXPECT_TRUE(d.debugger_looks({.profile = platform::debugger_request::by_address}, l));
+        });
+        uint64_t sum = 0;
+        for (const platform::debugger_cost &c : l.profile) sum += c.own;
+        EXPECT_TRUE(l.profiling);
+        EXPECT_EQ(sum, l.profiled);
+        EXPECT_GT(sum, 1000u);
+        said("profile pause");
+        said("back-go");
 
         // What is done otherwise while it stands leaves it standing, and ends the past where it must.
         item(menu_state_save + 5);
@@ -106,7 +139,7 @@ TEST_F(whole_program, TheDebuggerStopsStepsGoesBackAndLetsGo) {
         item(menu_state_load + 5);
         EXPECT_EQ(look().pc, typed);
         acts(act::back_into);
-        EXPECT_EQ(look().why, "the history begins here");
+        EXPECT_EQ(look().why, "履歴はここから");
         EXPECT_EQ(look().pc, typed);
         const uint64_t frames = run_state.frames;
         EXPECT_TRUE(do_and_stop([&] { item(menu_frame_forth); }).why.empty());
@@ -140,7 +173,7 @@ TEST_F(whole_program, TheDebuggerStopsStepsGoesBackAndLetsGo) {
 
         // A processor that has stopped is a stop like another, and can be taken back.
         item(menu_debugger);
-        EXPECT_EQ(do_and_stop([&] { window().press_key('0'); }).why, "the processor has stopped: HALT");
+        EXPECT_EQ(do_and_stop([&] { window().press_key('0'); }).why, "CPUが停止: HALT");
         window().release_key('0');
         acts(act::back_into);
         EXPECT_EQ(look().why, "");

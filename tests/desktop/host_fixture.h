@@ -10,6 +10,7 @@
 #include <QtGui/QImage>
 #include <QtGui/QKeyEvent>
 #include <QtWidgets/QApplication>
+#include <QtWidgets/QDockWidget>
 #include <QtWidgets/QMainWindow>
 #include <QtWidgets/QWidget>
 #include <cstdlib>
@@ -105,9 +106,15 @@ class DesktopHost : public testing::Test {
         }
         return done();
     }
+    static QMainWindow *debugger() { // null: it is not open
+        for (QWidget *w : QApplication::topLevelWidgets())
+            if (w->findChild<QDockWidget *>("registers") != nullptr && w->isVisible())
+                return qobject_cast<QMainWindow *>(w);
+        return nullptr;
+    }
     static QMainWindow *frame() {
         for (QWidget *w : QApplication::topLevelWidgets())
-            if (auto *f = qobject_cast<QMainWindow *>(w)) return f;
+            if (auto *f = qobject_cast<QMainWindow *>(w); f != nullptr && f != debugger()) return f;
         return nullptr;
     }
     static QWidget *view() { return frame()->centralWidget(); }

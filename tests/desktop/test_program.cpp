@@ -1,5 +1,6 @@
 // The real program on the desktop, used as a person uses it: inside this process, where the machine can be
 // looked at while its own dialogs run, and as a process of its own on a real screen.
+#include "api/kiv.h"
 #include "app/program.h"
 #include "cpu/z80_thread.h"
 #include "display/kiv_directx.h"
@@ -9,7 +10,15 @@
 #include "tests/desktop/screen_fixture.h"
 
 #include <QtCore/QThread>
+#include <QtGui/QAction>
+#include <QtWidgets/QCheckBox>
+#include <QtWidgets/QLabel>
+#include <QtWidgets/QLineEdit>
 #include <QtWidgets/QMessageBox>
+#include <QtWidgets/QPlainTextEdit>
+#include <QtWidgets/QPushButton>
+#include <QtWidgets/QStatusBar>
+#include <QtWidgets/QTableWidget>
 #include <future>
 #include <sstream>
 #include <thread>
@@ -246,6 +255,145 @@ TEST_F(DesktopProgram, ErrorsAreShownUntilTheyAreRead) {
     host.reset();
     std::filesystem::remove(folder / "8801-4th.rom");
     EXPECT_EQ(run([&] { read_box("Zun - Velmora", "ROMイメージファイル読み込み失敗"); }), 1);
+}
+
+// ---- the debugger's window ---------------------------------------------------------------------------
+
+class DebuggersWindow : public DesktopProgram {
+  protected:
+    // What follows on the window thread.
+    template <class Widget> static Widget *in(const char *dock) { // the listing without one
+        QWidget *const within =
+            dock != nullptr ? debugger()->findChild<QWidget *>(dock) : debugger()->centralWidget();
+        return within->findChild<Widget *>();
+    }
+    static void click(const char *dock, int row, int column, bool twice = false) {
+        auto *table = in<QTableWidget>(dock);
+        table->scrollToItem(table->item(row, column));
+        const QPointF at = table->visualItemRect(table->item(row, column)).center();
+        for (const auto type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease,
+                                QEvent::MouseButtonDblClick, QEvent::MouseButtonRelease}) {
+            QMouseEvent e(type, at, table->viewport()->mapToGlobal(at), Qt::LeftButton, Qt::LeftButton, {});
+            QCoreApplication::sendEvent(table->viewport(), &e);
+            if (type == QEvent::MouseButtonRelease && !std::exchange(twice, false)) break;
+        }
+    }
+    static void enter(QLineEdit *into, const QString &text) {
+        into->setText(text);
+        QKeyEvent e(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier);
+        QCoreApplication::sendEvent(into, &e);
+    }
+    static void edit(const char *dock, int row, int column, const QString &text) {
+        click(dock, row, column, true);
+        enter(in<QTableWidget>(dock)->findChild<QLineEdit *>(), text);
+    }
+    static void press_key(const char *sequence, QWidget *of = debugger()) {
+        for (QAction *action : of->findChildren<QAction *>())
+            if (action->shortcut() == QKeySequence(sequence) && action->isEnabled()) return action->trigger();
+        ADD_FAILURE() << sequence;
+    }
+    static void send_key(QEvent::Type type, uint32_t key) {
+        QCoreApplication::postEvent(view(), new QKeyEvent(type, Qt::Key_unknown, {}, key + 8, 0, 0));
+    }
+    static QString cell(const char *dock, int row, int column) {
+        const QTableWidgetItem *item = in<QTableWidget>(dock)->item(row, column);
+        return item != nullptr ? item->text() : QString();
+    }
+    static QString state() { return debugger()->statusBar()->findChild<QLabel *>()->text(); }
+    static void raise(const char *dock) { debugger()->findChild<QDockWidget *>(dock)->raise(); }
+};
+
+TEST_F(DebuggersWindow, StopsStepsEditsGoesBackAndLetsGo) {
+    constexpr uint8_t begins[] = {0xE5, 0x7A, 0xFE, 0x30}; // the routine for a key that went down
+    const auto found =
+        std::search(std::begin(test_rom), std::end(test_rom), std::begin(begins), std::end(begins));
+    const auto address = [&](int behind) {
+        return QString::number(found - std::begin(test_rom) + behind, 16).toUpper().rightJustified(4, u'0');
+    };
+    const auto stands_at = [](const QString &pc) {
+        return state().startsWith("停止中") && cell("registers", 0, 1) == pc;
+    };
+    const auto row_of = [](const char *dock, int column, const QString &text) {
+        for (int row = 0; row < in<QTableWidget>(dock)->rowCount(); ++row)
+            if (cell(dock, row, column).startsWith(text)) return row;
+        return -1;
+    };
+    const struct {
+        const char *name;
+        std::function<void()> does;
+        std::function<bool()> shows;
+    } steps[] = {
+        {"an address is looked up", [&] { enter(in<QLineEdit>(nullptr), "$" + address(0)); },
+         [&] { return state() == "実行中" && cell(nullptr, 0, 1).startsWith(address(0)); }},
+        {"a breakpoint by a click", [&] { click(nullptr, 0, 0); }, [] { return cell(nullptr, 0, 0) == "●"; }},
+        {"it stops there", [&] { send_key(QEvent::KeyPress, kb_a); }, [&] { return stands_at(address(0)); }},
+        {"its hit is counted", [] { raise("points"); }, [] { return cell("points", 0, 1).endsWith("(1)"); }},
+        {"a step", [] { press_key("F11"); }, [&] { return stands_at(address(1)); }},
+        {"a step back", [] { press_key("Alt+F11"); }, [&] { return stands_at(address(0)); }},
+        {"a register", [&] { edit("registers", row_of("registers", 0, "BC"), 1, "1234+1"); },
+         [] { return kiv_get_register(KIV_REG_BC) == 1235; }},
+        {"a wrong one", [&] { edit("registers", row_of("registers", 0, "BC"), 1, "nowhere"); },
+         [&] {
+             return debugger()->statusBar()->currentMessage() != "" && kiv_get_register(KIV_REG_BC) == 1235;
+         }},
+        {"a flag", [] { in<QCheckBox>("registers")->click(); },
+         [] {
+             return in<QCheckBox>("registers")->isChecked() == ((kiv_get_register(KIV_REG_AF) & 0x80) != 0);
+         }},
+        {"memory is found",
+         [] {
+             raise("memory");
+             enter(in<QLineEdit>("memory"), "$E100");
+         },
+         [] { return cell("memory", 0, 0) == "E100"; }},
+        {"memory as digits", [] { edit("memory", 0, 3, "5A"); },
+         [] { return machine.ram[0xE102] == 0x5A && cell("memory", 0, 17)[2] == u'Z'; }},
+        {"memory as text",
+         [] { edit("memory", 0, 17, QString("Kiv") + QChar(0xFF76) + cell("memory", 0, 17).mid(4)); },
+         [] { return std::memcmp(machine.ram + 0xE100, "Kiv\xB6", 4) == 0 && cell("memory", 0, 1) == "4B"; }},
+        {"the profile runs",
+         [] {
+             raise("profile");
+             in<QPushButton>("profile")->click();
+         },
+         [] { return in<QPushButton>("profile")->text().startsWith("停止"); }},
+        {"out of the routine", [] { press_key("Shift+F11"); },
+         [&] { return state().startsWith("停止中") && in<QTableWidget>("profile")->rowCount() > 0; }},
+        {"back to where it stopped", [] { press_key("Alt+F5"); }, [&] { return stands_at(address(0)); }},
+        {"no breakpoint",
+         [&] {
+             raise("points");
+             in<QTableWidget>("points")->setCurrentCell(0, 1);
+             in<QPushButton>("points")->click();
+         },
+         [] { return in<QTableWidget>("points")->rowCount() == 0; }},
+        {"the console", [&] { enter(in<QLineEdit>("console"), "p 6*7"); },
+         [] { return in<QPlainTextEdit>("console")->toPlainText().contains("42 $2A"); }},
+        {"it runs on",
+         [&] {
+             send_key(QEvent::KeyRelease, kb_a);
+             press_key("F5");
+         },
+         [] { return state() == "実行中"; }},
+    };
+    EXPECT_EQ(run([&] {
+                  wait_until_running();
+                  wait_for_row(0, "READY");
+                  ask([] { press_key("Alt+D", frame()); });
+                  wait_until("the debugger", [] { return debugger() != nullptr; });
+                  for (const auto &step : steps) {
+                      ask(step.does);
+                      wait_until(step.name, step.shows);
+                  }
+                  ask([] { debugger()->close(); });
+                  wait_until("no debugger", [] { return debugger() == nullptr; });
+                  wait_until_running();
+                  strike(kb_f12);
+                  wait_for_row(1, "");
+                  type(kb_b, "b");
+                  strike(kb_end);
+              }),
+              0);
 }
 
 // ---- the process on a real screen --------------------------------------------------------------------

@@ -269,4 +269,15 @@ void headless_host::help(host_window &, const help_dialog &text) {
     if (answer) answer(text);
 }
 
+std::unique_ptr<long_work> headless_host::begin_work(host_window &, const std::string &) {
+    struct work final : long_work {
+        std::function<bool(double)> answer;
+        bool goes_on(double part) override { return !answer || answer(part); }
+    };
+    auto made = std::make_unique<work>();
+    const std::lock_guard lock(mutex);
+    made->answer = script.work;
+    return made;
+}
+
 } // namespace platform

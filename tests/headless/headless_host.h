@@ -29,6 +29,7 @@ struct headless_script {
     std::function<bool(settings_dialog &dialog)> settings;
     std::function<bool(pad_dialog &dialog)> pads;
     std::function<void(const help_dialog &dialog)> help;
+    std::function<bool(double part)> work; // without one it goes on
 };
 
 struct shown_error_box {
@@ -98,6 +99,7 @@ class headless_host : public host, public message_sink {
     bool settings(host_window &owner, settings_dialog &dialog) override;
     bool pads(host_window &owner, pad_dialog &dialog) override;
     void help(host_window &owner, const help_dialog &dialog) override;
+    std::unique_ptr<long_work> begin_work(host_window &owner, const std::string &text) override;
     display &get_display() override { return screen; }
     sound_device &get_sound() override { return sound; }
 
