@@ -19,7 +19,7 @@ struct console_host {
     std::function<void(const std::string &path, std::string_view bytes)> write_file; // whole or not at all
     std::function<text_sink(const std::string &path)> grow_file; // finished when the sink is destroyed
     std::function<void(const std::string &path)> write_picture;
-    std::function<void(const std::string &text)> type; // by its escapes; empty: as it stands
+    std::function<void(const std::string &text)> type; // by its escapes; empty: \n is RETURN
 };
 
 class debug_console {

@@ -329,7 +329,9 @@ void save(debug_console &c, const std::string &rest) {
 
 void type(debug_console &c, const std::string &rest) {
     if (console_commands::host(c).type) return console_commands::host(c).type(rest);
-    check(kiv_type(rest.c_str()));
+    std::string text = rest;
+    for (size_t at = 0; (at = text.find("\\n", at)) != std::string::npos;) text.replace(at, 2, "\n");
+    check(kiv_type(text.c_str()));
 }
 
 void key(debug_console &c, const std::string &rest) {
@@ -398,7 +400,7 @@ const command changing[] = {
     {"out-port o", "PORT VALUE", "a real OUT", out_command},
     {"load", "FILE [AREA:]ADDRESS", "a file's bytes into memory", load},
     {"save", "FILE [AREA:]RANGE", "memory into a file", save},
-    {"type", "TEXT", "keys to type", type, false},
+    {"type", "TEXT", "keys to type; \\n is RETURN", type, false},
     {"key", "ROW BIT down|up", "a key of the matrix", key},
     {"setting", "[KEY VALUE]", "the machine's settings", setting},
     {"tape", "FILE|out", "a tape into the deck; ends the history", tape},

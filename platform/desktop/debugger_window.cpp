@@ -16,6 +16,7 @@
 #include <QtWidgets/QMenu>
 #include <QtWidgets/QMenuBar>
 #include <QtWidgets/QPlainTextEdit>
+#include <QtWidgets/QScrollBar>
 #include <QtWidgets/QStatusBar>
 #include <QtWidgets/QTableWidget>
 #include <QtWidgets/QToolBar>
@@ -263,7 +264,7 @@ void debugger_window::make_listing() {
     listing->installEventFilter(this);
     listing->viewport()->installEventFilter(this);
     const int letter = QFontMetrics(fixed_font()).horizontalAdvance(u'0');
-    for (const auto &[column, letters] : {std::pair{0, 5}, {1, 15}, {2, 10}})
+    for (const auto &[column, letters] : {std::pair{0, 5}, {1, 18}, {2, 10}})
         listing->setColumnWidth(column, letter * letters);
     layout->addWidget(listing_address);
     layout->addWidget(listing);
@@ -383,6 +384,7 @@ void debugger_window::command() {
     const QString text = line->text();
     if (text.trimmed().isEmpty()) return;
     said->appendPlainText(QStringLiteral("> ") + text);
+    said->verticalScrollBar()->setValue(said->verticalScrollBar()->maximum());
     said_before.removeAll(text);
     said_before.append(text);
     said_at = said_before.size();
@@ -394,7 +396,11 @@ void debugger_window::command() {
 }
 
 void debugger_window::take_lines() {
+    // The text follows by itself only while no scroll bar comes or goes.
+    QScrollBar *const bar = said->verticalScrollBar();
+    const bool at_end = bar->value() == bar->maximum();
     for (const std::string &text : listener.debugger_lines()) said->appendPlainText(text_of(text));
+    if (at_end) bar->setValue(bar->maximum());
 }
 
 } // namespace platform

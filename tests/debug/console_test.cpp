@@ -1,5 +1,7 @@
 // The command language: what a person types, and what comes back.
 #include "debug/console.h"
+#include "debug/devices_text.h"
+#include "machine/kiv_machine.h"
 #include "tests/debug/debugged_machine.h"
 
 #include <fstream>
@@ -179,6 +181,43 @@ TEST_F(Console, TheManualNamesEveryCommand) {
     const std::string manual{std::istreambuf_iterator<char>(file), {}};
     for (const std::string &name : console.complete(""))
         EXPECT_TRUE(std::regex_search(manual, std::regex("`" + name + "[ `]"))) << name;
+}
+
+TEST_F(Console, DevicesSayTheSameInJapanese) {
+    const std::regex number("[0-9]+"), english("[a-z]{3,}"),
+        name("main|nbasic|ext|ram|crtc|dma|pcg|usart|kHz");
+    const auto all = [](const std::string &text, const std::regex &what) {
+        std::vector<std::string> found;
+        for (std::sregex_iterator at(text.begin(), text.end(), what); at != std::sregex_iterator(); ++at)
+            found.push_back(at->str());
+        return found;
+    };
+    for (const int flags : {0, 1, 0xFF}) { // every word that depends on one
+        const auto on = static_cast<uint8_t>(flags & 1), bits = static_cast<uint8_t>(flags);
+        for (auto *flag : {&machine.crtc_burst, &machine.usart_expect_mode, &machine.usart_byte_ready,
+                           &machine.usart_overrun})
+            *flag = on;
+        machine.crtc_mono = on;
+        machine.crtc_reverse = on;
+        machine.crtc_attr_mono = on;
+        machine.crtc_attr_transparent = on;
+        machine.crtc_attr_special = on;
+        machine.vrtc = on;
+        machine.pcg_glyphs_on = on;
+        machine.portE4 = machine.portE6 = bits;
+        machine.port31 = bits;
+        machine.interrupt_pending = bits;
+        const auto ours = devices_now(), theirs = devices_now(japanese_words);
+        for (size_t d = 0; d < ours.size(); ++d)
+            for (size_t i = 0; i < ours[d].lines.size(); ++i) {
+                const std::string a = ours[d].lines[i].first + ": " + ours[d].lines[i].second,
+                                  b = std::string(theirs[d].name) + theirs[d].lines[i].first + ": " +
+                                      theirs[d].lines[i].second;
+                EXPECT_EQ(all(a, number), all(b, number)) << a << " / " << b;
+                for (const std::string &word : all(b, english))
+                    EXPECT_TRUE(std::regex_match(word, name)) << b;
+            }
+    }
 }
 
 TEST_F(Console, TracesEveryInstructionWithItsTime) {
