@@ -77,6 +77,7 @@ void debugger_window::look() {
     show_memory(l);
     show_points(l);
     show_devices(l);
+    profile_due = is_seen(costs) && wanted.profile == debugger_request::no_profile;
     if (wanted.profile != debugger_request::no_profile) show_profile(l);
     // What moves is grey: it is of a moment ago.
     for (QWidget *w : std::initializer_list<QWidget *>{listing, registers, stack, devices}) {

@@ -79,7 +79,7 @@ debugger_window::debugger_window(debugger_listener &hears, const std::string &la
     auto *timer = new QTimer(this);
     connect(timer, &QTimer::timeout, this, [this] {
         take_lines();
-        if (shown.running) look();
+        if (shown.running || profile_due) look();
     });
     timer->start(look_ms);
 }

@@ -84,7 +84,7 @@ class debugger_window : public QMainWindow {
     uint16_t listing_at = 0;
     uint32_t memory_at = 0;
     uint64_t past_of = UINT64_MAX; // debugger_look::changes that the past is shown for
-    bool profile_runs = false;
+    bool profile_runs = false, profile_due = false;
     QElapsedTimer profile_age; // since it was shown
     enum { colours_of_desktop, light, dark };
     int colours = colours_of_desktop;

@@ -4,6 +4,7 @@
 #include "machine/kiv_machine.h"
 #include "tests/debug/debugged_machine.h"
 
+#include <numeric>
 #include <regex>
 #include <set>
 
@@ -22,14 +23,24 @@ const std::vector<std::string> routines = {"LD SP,$BF00", "LD B,3",  "again:",  
 
 TEST_F(Recorders, AProfileAddsUp) {
     boot(routines);
-    profile p(driver.symbols);
+    profile p(driver.symbols), looked_at(driver.symbols);
     driver.listen(p);
+    driver.listen(looked_at);
+    run_to("inner");
+    EXPECT_EQ(looked_at.by_routine().back().times, 1u) << "that of inner, which has not begun";
     run_to("stay");
     const uint64_t t_states = kiv_t_states();
     driver.aim(aim_kind::into);
     driver.run();
     driver.unlisten(p);
+    driver.unlisten(looked_at);
     const std::string text = p.callgrind();
+    EXPECT_EQ(looked_at.callgrind(), text) << "looking changes nothing";
+    const auto by_routine = p.by_routine(), by_address = p.by_address();
+    EXPECT_EQ(by_routine[0].routine, "inner") << "the most expensive first";
+    EXPECT_EQ(std::accumulate(by_address.begin(), by_address.end(), uint64_t{0},
+                              [](uint64_t sum, auto &c) { return sum + c.own; }),
+              t_states);
     // The costs of all lines are the machine's time; those of calls are what the lines within cost.
     uint64_t own = 0, inner = 0, calls_of_inner = 0, inclusive_of_inner = 0;
     std::string routine;
