@@ -78,6 +78,7 @@ debugger_window::debugger_window(debugger_listener &hears, const std::string &la
     set_colours(parts.value(2).toInt());
     auto *timer = new QTimer(this);
     connect(timer, &QTimer::timeout, this, [this] {
+        if (!isVisible()) return; // taken away already, and the listener with it
         take_lines();
         if (shown.running || profile_due) look();
     });
