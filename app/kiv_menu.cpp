@@ -350,8 +350,9 @@ void kiv_form::copy_picture() {
 // Into the person's pictures.
 void kiv_form::screenshot() {
     const std::string path = dated_path(host.pictures_folder(), ".png");
-    notify(window->save_picture(path) ? path + platform::text(" に保存しました")
-                                      : path + ": " + platform::last_file_error());
+    notify(platform::make_folder_of(path) && window->save_picture(path)
+               ? path + platform::text(" に保存しました")
+               : path + ": " + platform::last_file_error());
 }
 
 // The machine stands still and its picture stays.

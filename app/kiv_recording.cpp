@@ -4,6 +4,7 @@
 #include "app/recording.h"
 
 #include "machine/kiv_machine.h"
+#include "platform/file.h"
 #include "platform/texts.h"
 
 #include <algorithm>
@@ -13,16 +14,15 @@
 
 namespace fs = std::filesystem;
 
-// "FOLDER/kiv-2026-11-25-024000.png", named after the moment, and a name that is free. Makes the folder.
+// "FOLDER/kiv-2026-11-25-024000.png", named after the moment, and a name that is free.
 std::string kiv_form::dated_path(const std::string &folder, const char *extension) {
-    std::error_code ignored; // the write says why
-    fs::create_directories(folder, ignored);
     const std::time_t now = std::time(nullptr);
     std::tm local{};
     localtime_r(&now, &local);
     char name[64];
     std::strftime(name, sizeof name, "kiv-%Y-%m-%d-%H%M%S", &local);
     std::string path = folder + "/" + name + extension;
+    std::error_code ignored;
     for (int n = 2; fs::exists(path, ignored); ++n)
         path = folder + "/" + name + "-" + std::to_string(n) + extension;
     return path;
@@ -50,6 +50,7 @@ void kiv_form::toggle_recording(recording::kind what) {
     if (!pause) return;
     const std::string path =
         dated_path(video ? host.movies_folder() : host.music_folder(), video ? ".mp4" : ".wav");
+    if (!platform::make_folder_of(path)) return notify(path + ": " + platform::last_file_error());
     recorder = std::make_unique<recording>(what, path, [this, path](const std::string &wrong) {
         if (!wrong.empty()) // the window may be gone by then
             std::fprintf(stderr, "kiv: %s: %s\n", path.c_str(), wrong.c_str());

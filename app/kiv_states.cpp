@@ -138,9 +138,7 @@ void kiv_form::save_state_file(const std::string &path, const std::string &name)
     const pause_scope pause(*this);
     if (!pause) return;
     const std::vector<uint8_t> bytes = state_with_picture();
-    std::error_code ignored; // the write says why
-    fs::create_directories(fs::path(path).parent_path(), ignored);
-    notify(platform::atomic_write(path, bytes.data(), bytes.size())
+    notify(platform::make_folder_of(path) && platform::atomic_write(path, bytes.data(), bytes.size())
                ? name + platform::text(" に保存しました")
                : path + ": " + platform::last_file_error());
     window->menus_changed();

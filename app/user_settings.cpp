@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <filesystem>
 
 namespace {
 
@@ -79,9 +78,7 @@ user_settings read_user_settings(const std::string &path) {
 }
 
 bool write_user_settings(const std::string &path, const user_settings &s) {
-    if (path.empty()) return false;
-    std::error_code ignored; // the write says why when there is no folder
-    std::filesystem::create_directories(std::filesystem::path(path).parent_path(), ignored);
+    if (path.empty() || !platform::make_folder_of(path)) return false;
     std::vector<std::pair<std::string, std::string>> values, files;
     for (size_t i = 0; i < user_setting_count; ++i)
         values.emplace_back(rules[i].key, std::to_string(s.values[i]));

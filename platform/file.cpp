@@ -158,6 +158,13 @@ std::string last_file_error() {
     return std::generic_category().message(last_error);
 }
 
+bool make_folder_of(const std::string &path) {
+    std::error_code error;
+    const std::filesystem::path folder = std::filesystem::path(path).parent_path();
+    if (!folder.empty()) std::filesystem::create_directories(folder, error);
+    return !error || failed(error.value());
+}
+
 // Makes a file beside the target that nobody else writes. Its fixed name lets a save that was killed leave at
 // most one stray file, which the next save removes; the lock tells a stray from one that is being written.
 // Until it is locked, somebody else may take it for a stray, or rename it: hence the look at the name.

@@ -31,6 +31,9 @@ int64_t file_size(file_handle handle); // -1 on failure
 // Why the last failed call of this thread failed, as a short text ("No such file or directory").
 std::string last_file_error();
 
+// Makes the folders that the file of this path is to lie in, where they are missing.
+bool make_folder_of(const std::string &path);
+
 // A file that grows beside its target and takes its name when it is finished, so that the path holds the old
 // file or the new one, whole, at every moment. A symbolic link is followed, mode and owner are kept, the
 // bytes are synced. Whoever writes the same path at the same time writes another file beside it; the last to

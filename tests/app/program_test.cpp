@@ -256,6 +256,12 @@ TEST_F(whole_program, PathsThatCannotBeTakenLoseNothing) {
         strike(vk_f9);
         on_window_thread([] { EXPECT_EQ(machine.tape_image, nullptr); });
         EXPECT_EQ(host.dialogs().error_boxes.size(), 3u) << "what needs no answer opens no box";
+        setenv("XDG_DATA_HOME", "/sys/nothing", 1); // where nobody makes a folder
+        on_window_thread([&] { EXPECT_TRUE(window().choose_menu_item(menu_state_quick_save)); });
+        settle();
+        const std::string why = window().state().notices.back();
+        EXPECT_EQ(why.find("/sys/nothing/kiv/states/slot-1.kst: "), 0u) << why;
+        EXPECT_EQ(why.find("No such file"), std::string::npos) << why << ": that is the point of saving";
         fs::remove(folder / "KIV.INI"); // and now cannot be written
         fs::create_directory(folder / "KIV.INI");
         at_settings([](auto &) { return true; });
