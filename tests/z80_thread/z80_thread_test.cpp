@@ -188,6 +188,14 @@ TEST_F(z80_thread_test, real_time_is_never_overtaken) {
     }
 }
 
+// So that what is struck meanwhile is seen by all of it.
+TEST_F(z80_thread_test, a_stretch_runs_at_its_end) {
+    cpu->set_speed(25); // a quarter of a slice takes 20 ms
+    const auto before = steady_clock::now();
+    start_and_wait_until_it_runs();
+    EXPECT_GE(steady_clock::now() - before, milliseconds(15));
+}
+
 // With the motor on and bytes taken; the chosen speed again when they come no more. That is a quarter of real
 // time here, so that a busy host, too, has a pace of its own above it.
 TEST_F(z80_thread_test, a_tape_that_is_read_is_not_waited_for) {
