@@ -58,13 +58,15 @@ void kiv_form::type_text(const std::string &text) {
     if (left_out != 0) notify(std::to_string(left_out) + platform::text(" 文字は打てません"));
     if (typing_ticks || typing.waiting() == 0) return;
     typing_ticks = true;
-    apply_speed(); // as fast as the host goes a key would be down for many frames, and repeat
+    apply_speed();
     host.every(typing_tick_ms, [this] { return type_on(); });
 }
 
 // False: nothing is left to type.
 bool kiv_form::type_on() {
-    if (in_dialog || deactivated || held) return attached;
+    // As fast as the host goes a key would be down for many frames, and repeat: a tape is let come to its
+    // end.
+    if (in_dialog || deactivated || held || program.cpu_thread->is_at_any_speed()) return attached;
     typing.at_frame(program.directx->frames_drawn());
     typing_ticks = typing.waiting() != 0 && attached;
     if (!typing_ticks && attached) apply_speed();

@@ -330,6 +330,7 @@ void z80_thread::follow_speed(slice_clock &clock) {
     const uint32_t wanted = reads_tape() ? any_speed : speed;
     if (wanted == clock.speed) return;
     clock.speed = wanted;
+    at_any_speed = wanted == any_speed;
     kiv_directx *const directx = kiv_directx::instance();
     if (directx == nullptr) return;
     if (wanted == any_speed) return directx->stop();
@@ -427,5 +428,6 @@ void z80_thread::set_dma_gain(uint32_t value) { dma_gain = value; }
 void z80_thread::set_speed(uint32_t percent) { speed = percent; }
 void z80_thread::set_run_ahead(uint32_t frames) { frames_ahead = frames; }
 void z80_thread::set_fast_tape(bool on) { fast_tape = on; }
+bool z80_thread::is_at_any_speed() const { return at_any_speed != 0; }
 void z80_thread::watch_frames(frame_watcher *who) { watcher = who; }
 void z80_thread::run_from(pass_source *runs) { source = runs; }

@@ -74,6 +74,7 @@ class z80_thread : public kel_thread, public emulated_clock {
     virtual void set_run_ahead(uint32_t frames);
     // While the machine reads its tape it runs as fast as the host goes; from any thread.
     virtual void set_fast_tape(bool on);
+    bool is_at_any_speed() const; // by its tape or by set_speed; from any thread
     // Before the thread is created.
     void watch_frames(frame_watcher *watcher);
     // Parked only: runs on the caller's thread, without a sound, to the next frame's end. False: the CPU has
@@ -132,6 +133,7 @@ class z80_thread : public kel_thread, public emulated_clock {
     shared<uint32_t> speed{full_speed};
     shared<uint32_t> frames_ahead{0};
     shared<uint32_t> fast_tape{0};
+    shared<uint32_t> at_any_speed{0};
     uint32_t tape_seen = 0, tape_quiet = 0; // its position at a slice's end, and slices since it moved
     frame_watcher *watcher = nullptr;
     pass_source *source = nullptr; // changes while the thread is parked only
