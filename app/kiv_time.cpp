@@ -34,7 +34,7 @@ void kiv_form::choose_speed(uint32_t percent) {
 void kiv_form::apply_speed() {
     const bool fast = (fast_forward || fast_key) && !typing_ticks;
     program.cpu_thread->set_speed(fast ? any_speed : speed);
-    program.cpu_thread->set_fast_tape(lenient(user_fast_tape));
+    program.cpu_thread->set_fast_tape(lenient(user_fast_tape) && !typing_ticks);
     window->menus_changed();
 }
 
