@@ -14,14 +14,11 @@ _none:  LD DE,inkey_text
 ; CSRLIN: the cursor's row.
 fn_csrlin:
         LD A,(cursor_row)
-        JR fn_byte
+        JP result_byte
 ; POS(x): the cursor's column.
 fn_pos: CALL arg_integer
         LD A,(cursor_column)
-fn_byte:
-        LD E,A
-        LD D,0
-        JP result_integer
+        JP result_byte
 
 ; POINT(x,y): colour of the dot, -1 outside the screen. It may stand in a drawing's own operands, so those stay.
 fn_point:

@@ -186,9 +186,7 @@ _found: LD BC,GOSUB_SIZE
         RET Z
         POP BC
         JP statement
-_line:  CALL line_target
-        POP BC
-        JP goto_line
+_line:  JR do_goto
 
 ; ---- IF
 
@@ -260,7 +258,8 @@ _else:  DJNZ _plain
         JR C,_line
         JR _statement
 
-; ELSE reached from above: the rest of the line is not for us.
+; REM, and ELSE reached from above: the rest of the line is not for us.
+do_rem:
 do_else:
 line_rest:
         LD HL,(line_pointer)
@@ -474,9 +473,7 @@ do_resume:
         DEC HL
         DEC HL
         JR Z,_again
-_line:  CALL line_target
-        POP BC
-        JP goto_line
+_line:  JP do_goto
 _next:  LD HL,resume_place
         CALL place_go
         JP skip_statement

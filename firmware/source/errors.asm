@@ -1,6 +1,7 @@
 ; Errors, Ok, and the direct mode.
 ;
-;   error           E = number: to the program's handler, or message and Ok. Never returns
+;   error           E = number: to the program's handler, or message, Ok and the line, the cursor on its place. HL should
+;                   be the text pointer behind what is to blame, or wait as the newest such word on the stack. Never returns
 ;   break_message   STOP: message and Ok
 ;   ready           Ok, then what is typed is done. Never returns
 ;   direct_mode     the same without Ok

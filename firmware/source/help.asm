@@ -20,7 +20,7 @@ _same:  LD A,(DE)
         LD A,(HL)
         OR A
         JR Z,_none
-        CALL help_upper
+        CALL upper
         EX DE,HL
         CP (HL)
         EX DE,HL
@@ -38,7 +38,7 @@ _blank: LD A,(HL)
         INC HL
         CP " "
         JR Z,_blank
-        CALL help_upper
+        CALL upper
         CALL help_letter
         JR C,help_subjects
         DEC HL
@@ -124,7 +124,7 @@ _same:  LD A,(DE)
         OR A
         LD A,(HL)
         JR NZ,_last
-        CALL help_upper
+        CALL upper
         CP B
         LD A,(DE)
         INC HL
@@ -133,7 +133,7 @@ _same:  LD A,(DE)
         RLA
         JR NC,_same
         LD A,(HL)               ; its last character was the entry's
-_last:  CALL help_upper
+_last:  CALL upper
         CALL help_letter
         JR NC,_other            ; the word at HL goes on
         POP HL
@@ -198,13 +198,6 @@ help_letter:
         CP "Z" + 1
         CCF
         RET
-help_upper:
-        CP "a"
-        RET C
-        CP "z" + 1
-        RET NC
-        SUB 020h
-        RET
 
 help_hint:
         DEFB "HELP word tells its syntax.",0
@@ -235,6 +228,7 @@ H_OR            EQU 21
 H_SWITCH        EQU 22
 H_THEN          EQU 23
 H_PRINTED       EQU 24
+H_TO            EQU 25
 help_phrases:
         DEFB "(x,y",")"+80h
         DEFB "lin","e"+80h
@@ -259,6 +253,7 @@ help_phrases:
         DEFB "ON|OF","F"+80h
         DEFB " ",H_FALSE," THEN ",H_STATEMENTS,H_OPEN,"ELSE ",H_STATEMENTS,"]"+80h
         DEFB H_OPEN,"USING \"f",H_OR,"mat\";]",H_VALUE,"[;|,]..","."+80h
+        DEFB " ",H_VARIABLE,"=first TO last",H_OPEN,"STEP n","]"+80h
 
 help_texts:
         DEFB 1,"Progra","m"+80h
@@ -288,8 +283,11 @@ help_texts:
         DEFB "GOSUB ",H_LINE+80h
         DEFB "RETURN",H_LINE_OR_NOT+80h
         DEFB "IF",H_THEN+80h
+        DEFB "THEN: IF",H_THEN+80h
         DEFB "ELSE: IF",H_THEN+80h
-        DEFB "FOR ",H_VARIABLE,"=first TO last",H_OPEN,"STEP n","]"+80h
+        DEFB "FOR",H_TO+80h
+        DEFB "TO: FOR",H_TO+80h
+        DEFB "STEP: FOR",H_TO+80h
         DEFB "NEXT",H_OPEN,H_VARIABLE,H_MORE,"]"+80h
         DEFB "WHILE ",H_FALSE+80h
         DEFB "WEN","D"+80h

@@ -316,5 +316,3 @@ do_line:
         CP TOK_INPUT
         JP Z,line_input
         JP do_line_graphics
-
-do_rem: JP line_rest

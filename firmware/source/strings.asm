@@ -591,18 +591,15 @@ _end:   POP HL
 ; ---- Functions
 
 fn_len: CALL arg_string
-        LD E,B
-        LD D,0
-        JP result_integer
+        LD A,B
+        JP result_byte
 
 fn_asc: CALL arg_string
         LD A,B
         OR A
         JP Z,illegal_call
         LD A,(DE)
-        LD E,A
-        LD D,0
-        JP result_integer
+        JP result_byte
 
 fn_val: CALL arg_string
         PUSH HL

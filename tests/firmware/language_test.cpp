@@ -81,8 +81,9 @@ const language_case cases[] = {
      "PRINT [USING \"format\";]value[;|,]...\nOk\nHELP ON\n"
      "ON n GOTO|GOSUB line[,...]  ON ERROR GOTO line  ON KEY|STOP GOSUB line[,...]\nOk\n"
      "HELP ELSE\nELSE: IF condition THEN statements [ELSE statements]\nOk\n"
+     "HELP TO\nTO: FOR variable=first TO last [STEP n]\nOk\n"
      "HELP USING\nUSING: PRINT [USING \"format\";]value[;|,]...\nOk",
-     "HELP PRINT\nHELP ON\nHELP ELSE\nHELP USING\n"},
+     "HELP PRINT\nHELP ON\nHELP ELSE\nHELP TO\nHELP USING\n"},
     {"endless recursion", "10 GOSUB 10", "Out of memory in 10\nOk\n10 GOSUB 10"},
     {"IF", R"(
 10 FOR I=-1 TO 1
