@@ -23,14 +23,6 @@ namespace {
 
 constexpr uint32_t seen_bytes = plane_lines * line_bytes; // of each plane
 
-// `from[k]` is the machine's plane that goes to plane k.
-void copy_planes(const std::array<uint32_t, 3> &from) {
-    machine.video_lock();
-    for (uint32_t plane = 0; plane < 3; ++plane)
-        std::memcpy(picture_planes[plane], machine.gvram[from[plane]], seen_bytes);
-    machine.video_unlock();
-}
-
 // Host colours by the code of a pixel: plane 0 + 2 x plane 1 + 4 x plane 2.
 std::array<uint8_t, 8> colours_by_code() {
     std::array<uint8_t, 8> colours;
@@ -45,54 +37,60 @@ uint8_t function_of_code(const std::array<uint8_t, 8> &colours, uint32_t bit) {
     return static_cast<uint8_t>(values);
 }
 
-// Bits of the code as such functions.
-constexpr std::array<uint8_t, 3> plane_functions = {0xAA, 0xCC, 0xF0};
+// The same as an exclusive or of products of the planes: bit 0 the constant, then plane 0, plane 1, both, and
+// the four again times plane 2.
+uint32_t products_of(uint32_t values) {
+    values ^= (values & 0x55) << 1;
+    values ^= (values & 0x33) << 2;
+    return values ^ (values & 0x0F) << 4;
+}
 
-// Three functions of three bits as exclusive ors of products: all ones where the product takes part.
-struct plane_products {
-    plane_bytes part[3][8];
+// A step of making a bit's plane: a function of planes 0 and 1 by its four products, or what it is where
+// plane 2 is set, which replaces or changes what a step before has left.
+enum step : uint32_t { first_half, second_half_alone, second_half };
+constexpr uint32_t steps = 3;
 
-    explicit plane_products(const std::array<uint8_t, 8> &colours) {
-        for (uint32_t bit = 0; bit < 3; ++bit) {
-            uint32_t values = function_of_code(colours, bit);
-            values ^= (values & 0x55) << 1;
-            values ^= (values & 0x33) << 2;
-            values ^= (values & 0x0F) << 4;
-            for (uint32_t product = 0; product < 8; ++product)
-                part[bit][product] = sixteen_of(values >> product & 1 ? 0xFF : 0);
-        }
-    }
-};
-
-void apply_palette(const std::array<uint8_t, 8> &colours) {
-    const plane_products made(colours);
-    for (uint32_t at = 0; at < seen_bytes; at += sizeof(plane_bytes)) {
-        const plane_bytes p0 = load_bytes(&picture_planes[0][at]), p1 = load_bytes(&picture_planes[1][at]),
-                          p2 = load_bytes(&picture_planes[2][at]);
-        const plane_bytes products[8] = {~plane_bytes{}, p0, p1, p0 & p1, p2, p0 & p2, p1 & p2, p0 & p1 & p2};
-        for (uint32_t bit = 0; bit < 3; ++bit) {
-            plane_bytes sum{};
-            for (uint32_t i = 0; i < 8; ++i) sum ^= products[i] & made.part[bit][i];
-            store_bytes(&picture_planes[bit][at], sum);
-        }
+template <uint32_t products, step how> void make_half(uint32_t at, uint32_t end, uint8_t *to) {
+    const auto &planes = machine.gvram;
+    for (; at < end; at += sizeof(plane_bytes)) {
+        const plane_bytes p0 = load_bytes(&planes[0][at]), p1 = load_bytes(&planes[1][at]);
+        plane_bytes sum{};
+        if constexpr (products & 1) sum = ~sum;
+        if constexpr (products & 2) sum ^= p0;
+        if constexpr (products & 4) sum ^= p1;
+        if constexpr (products & 8) sum ^= p0 & p1;
+        if constexpr (how != first_half) sum &= load_bytes(&planes[2][at]);
+        if constexpr (how == second_half) sum ^= load_bytes(to + at);
+        store_bytes(to + at, sum);
     }
 }
 
-// The planes as bits of colours. As long as the palette only exchanges the planes, or nothing, they are
-// only copied.
+using half_maker = void (*)(uint32_t at, uint32_t end, uint8_t *to);
+
+template <uint32_t... index> constexpr auto half_makers_of(std::integer_sequence<uint32_t, index...>) {
+    return std::array<half_maker, sizeof...(index)>{make_half<index / steps, step{index % steps}>...};
+}
+constexpr auto half_makers = half_makers_of(std::make_integer_sequence<uint32_t, 16 * steps>());
+
+// The machine's planes as bits of colours, a few lines at a time, so that they stay in the first-level cache.
+// (All products of a vector at once, masked by which of them take part, took the time of two of these steps
+// for every palette.)
 void draw_planes_portable() {
     const std::array<uint8_t, 8> colours = colours_by_code();
-    std::array<uint32_t, 3> from{};
-    uint32_t found = 0;
-    for (uint32_t bit = 0; bit < 3; ++bit)
-        for (uint32_t plane = 0; plane < 3; ++plane)
-            if (function_of_code(colours, bit) == plane_functions[plane]) {
-                from[bit] = plane;
-                ++found;
-            }
-    if (found == 3) return copy_planes(from);
-    copy_planes({0, 1, 2});
-    apply_palette(colours);
+    uint32_t products[3];
+    for (uint32_t bit = 0; bit < 3; ++bit) products[bit] = products_of(function_of_code(colours, bit));
+    constexpr uint32_t few_lines = 8 * line_bytes;
+    machine.video_lock();
+    for (uint32_t at = 0; at < seen_bytes; at += few_lines)
+        for (uint32_t bit = 0; bit < 3; ++bit) {
+            const uint32_t low = products[bit] & 0x0F, high = products[bit] >> 4;
+            const auto make = [&](uint32_t half, step how) {
+                half_makers[half * steps + how](at, at + few_lines, picture_planes[bit]);
+            };
+            if (low != 0 || high == 0) make(low, first_half);
+            if (high != 0) make(high, low != 0 ? second_half : second_half_alone);
+        }
+    machine.video_unlock();
 }
 
 // Four pixels by the four bits of each plane: plane 0 in bits 0-3 of the index, plane 1 in 4-7, plane 2 in
@@ -186,6 +184,13 @@ template <class Pixel> void make_pixels(const Pixel *even_host, const Pixel *odd
 }
 
 #if defined(__x86_64__)
+void copy_planes() {
+    machine.video_lock();
+    for (uint32_t plane = 0; plane < 3; ++plane)
+        std::memcpy(picture_planes[plane], machine.gvram[plane], seen_bytes);
+    machine.video_unlock();
+}
+
 // What one frame draws with; the palette is read once, so that both lines of a pair agree.
 template <class Pixel> struct frame_colours {
     alignas(32) std::array<Pixel, 8> even, odd; // by the code of a pixel
@@ -263,7 +268,7 @@ template <class Pixel> Pixel *first_pixel() {
 template <class Pixel> void draw_planes(const Pixel *even_host, const Pixel *odd_host) {
 #if defined(__x86_64__)
     if (have_wide_vectors()) {
-        copy_planes({0, 1, 2});
+        copy_planes();
         return draw_wide(frame_colours<Pixel>(even_host, odd_host), first_pixel<Pixel>());
     }
 #else

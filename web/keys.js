@@ -94,6 +94,10 @@ const board = [
   [['SHIFT', 8, 6, '', 'wide'], ...keysOf('ZXCVBNM'), [',', 7, 4, '<'], ['.', 7, 5, '>'], ['/', 7, 6, '?'], ['_', 7, 7], ['SHIFT', 8, 6, '', 'wide']],
   [['カナ', 8, 5], ['GRPH', 8, 4], ['', 9, 6, '', 'space'], ['HOME', 8, 0, 'CLR'], ['123', PAD]],
 ];
+// The same for a phone's width, in rows of eleven.
+const keyOf = new Map(board.flat().map((key) => [key[0] || 'SPACE', key]));
+const compact = ['ESC STOP F1 F2 F3 F4 F5 COPY HELP HOME 123', '1 2 3 4 5 6 7 8 9 0 DEL', 'Q W E R T Y U I O P @', 'A S D F G H J K L ; :',
+  'Z X C V B N M , . / _', 'TAB CAPS カナ - ^ ¥ [ ] RETURN', 'SHIFT CTRL GRPH SPACE ← ↑ ↓ →'].map((row) => row.split(' ').map((label) => keyOf.get(label)));
 const pad = [
   [['7', 0, 7], ['8', 1, 0], ['9', 1, 1], ['/', 10, 6]],
   [['4', 0, 4], ['5', 0, 5], ['6', 0, 6], ['*', 1, 2]],
@@ -163,7 +167,7 @@ export function buildKeyboard(place, machine, names) {
     button.addEventListener('keyup', (event) => { if (event.key === 'Enter' || event.key === ' ') end(); });
   };
 
-  for (const [rows, name] of [[board, 'main'], [pad, 'tenkey']]) {
+  for (const [rows, name] of [[board, 'main'], [compact, 'compact'], [pad, 'tenkey']]) {
     const block = place.appendChild(document.createElement('div'));
     block.className = name;
     for (const keys of rows) {

@@ -5,7 +5,12 @@ export const WIDTH = 640, HEIGHT = 400;
 export const RUN_STOPPED = 2;
 export const ROM = { '8801-zun.rom': 0, '8801-kiv.rom': 1, '8801-4th.rom': 2 };
 
-export class MachineError extends Error {}
+export class MachineError extends Error {
+  constructor(message, code) {
+    super(message);
+    this.code = code; // the kiv_result, where it was one
+  }
+}
 
 // Compressed as a file, for few static servers compress by themselves; some say so, and then the browser has unpacked it.
 async function unpacked(stream) {
@@ -51,14 +56,14 @@ export class Machine {
   }
 
   check(result) {
-    if (result < 0) throw new MachineError(this.text(this.c.kiv_error_text()));
+    if (result < 0) throw new MachineError(this.text(this.c.kiv_error_text()), result);
     return result;
   }
 
   // Calls f with the address of a copy of the bytes.
   lend(data, f) {
     const at = this.c.malloc(Math.max(data.length, 1));
-    if (at === 0) throw new MachineError('out of memory');
+    if (at === 0) throw new MachineError('out of memory', -4);
     try {
       this.bytes(at, data.length).set(data);
       return f(at, data.length);

@@ -5,16 +5,32 @@ import { Sound } from './sound.js';
 import { Keys, buildKeyboard, readGamepads } from './keys.js';
 import { listingToTape, pack, tapeToListing, unpack } from './listing.js';
 import { SLOTS, deleteState, getState, putState } from './states.js';
-import { currentLanguage, languages, say, setLanguage } from './text.js';
+import { currentLanguage, languages, reasons, say, setLanguage } from './text.js';
 
 const $ = (id) => document.getElementById(id);
 
 const defaults = { language: navigator.language.startsWith('ja') ? 'ja' : 'en', aspect: '4:3', lines: false, layout: 'place', arrows: 'cursor',
   sound: true, hidden: 'pause', monitor: '24', spoken: true };
-const settings = { ...defaults, ...JSON.parse(localStorage.getItem('kiv') ?? '{}') };
+const settings = { ...defaults, ...kept() };
+
+// What a person chose before. A browser may refuse to keep anything, and what it kept may be damaged.
+function kept() {
+  try {
+    return JSON.parse(localStorage.getItem('kiv') ?? '{}');
+  } catch {
+    return {};
+  }
+}
+
+function keep() {
+  try {
+    localStorage.setItem('kiv', JSON.stringify(settings));
+  } catch { /* the settings hold until the page is left */ }
+}
 
 let machine, screen, sound, keys;
-let roms = null;                // own images: [[socket, bytes], ...]
+let roms = null;                // own images in the machine: [[socket, bytes], ...]
+let romsChosen = [];            // on their way there, until all are
 let paused = false, fast = false, stopTold = false;
 let next = 0;                   // without sound: when the next frame is due, milliseconds
 let heard = '', heardAt = 0;
@@ -23,8 +39,11 @@ let messageTimer;
 function tell(text) {
   $('message').textContent = text;
   clearTimeout(messageTimer);
-  messageTimer = setTimeout(() => { $('message').textContent = ''; }, 2500);
+  messageTimer = setTimeout(() => { $('message').textContent = ''; }, Math.max(2500, 90 * text.length)); // long enough to be read
 }
+
+// What went wrong with something: in words where it is known, else as it was said.
+function tellFailure(what, error) { tell(say('failed', what, reasons()[error.code] ?? error.message)); }
 
 // ---- time
 
@@ -37,9 +56,9 @@ function frame() {
 }
 
 // With sound, the queue's fill is the clock; without, the page's own.
-function advance() {
+function advance(fastFor = 12) {
   if (paused || (document.hidden && settings.hidden === 'pause')) return;
-  if (fast) return runFast();
+  if (fast) return runFast(fastFor);
   if (sound.running) {
     for (let i = 0; i < 8 && sound.wants; i++) {
       machine.setRate(sound.rate());
@@ -54,8 +73,8 @@ function advance() {
   for (; next <= now; next += machine.frameSeconds * 1000) frame();
 }
 
-function runFast() {
-  const end = performance.now() + 12;
+function runFast(milliseconds) {
+  const end = performance.now() + milliseconds;
   do frame(); while (performance.now() < end);
 }
 
@@ -84,12 +103,15 @@ function speak() {
 function setPaused(on) {
   paused = on;
   $('pause').setAttribute('aria-pressed', String(on));
-  if (on) keys.releaseAll();
+  if (!on) return;
+  sound.rest();
+  keys.releaseAll();
 }
 
 function setFast(on) {
   fast = on;
   $('fast').setAttribute('aria-pressed', String(on));
+  if (on) sound.rest();
 }
 
 // ---- power and files
@@ -139,24 +161,42 @@ function stepListing() {
   machine.type('RUN\n');
 }
 
+const LARGEST = 64 << 20; // bytes of a file; the longest tapes are a hundredth of it
+const openers = {
+  bas: (bytes) => loadListing(new TextDecoder().decode(bytes)),
+  cmt: (bytes) => machine.insertTape(bytes),
+  kiv: (bytes) => machine.loadDump(bytes),
+  kst: (bytes) => restore(bytes),
+};
+openers.txt = openers.bas;
+openers.kivstate = openers.kst; // as the page's states were called at first
+
 async function openFile(file) {
+  const name = file.name.toLowerCase(), open = openers[name.split('.').pop()];
+  if (!open && !(name in ROM)) throw new Error(say(name.endsWith('.rom') ? 'romNames' : 'kinds'));
+  if (file.size > LARGEST) throw new Error(say('tooLarge', LARGEST >> 20));
   const bytes = new Uint8Array(await file.arrayBuffer());
-  const name = file.name.toLowerCase();
   if (name in ROM) return openRom(name, bytes);
-  if (name.endsWith('.bas') || name.endsWith('.txt')) loadListing(new TextDecoder().decode(bytes));
-  else if (name.endsWith('.kiv')) machine.loadDump(bytes);
-  else if (name.endsWith('.kivstate')) machine.load(bytes);
-  else machine.insertTape(bytes);
+  open(bytes);
   stopTold = false;
   tell(say('loaded', file.name));
 }
 
 function openRom(name, bytes) {
-  const others = (roms ?? []).filter(([socket]) => socket !== ROM[name]);
-  machine.insertRom(ROM[name], bytes);
-  roms = [...others, [ROM[name], bytes]];
+  if (bytes.length > 0x8000) throw new Error(say('romSize', bytes.length));
+  const chosen = new Map([...(roms ?? []), ...romsChosen, [ROM[name], bytes]]);
+  romsChosen = [...chosen];
+  const missing = Object.keys(ROM).filter((wanted) => !chosen.has(ROM[wanted]));
+  if (missing.length) return tell(say('romsMissing', name, missing.join(', ')));
+  changeRoms(romsChosen);
   tell(say('loaded', name));
-  if (roms.length === Object.keys(ROM).length) boot();
+}
+
+function changeRoms(images) {
+  roms = images;
+  romsChosen = [];
+  boot();
+  buildSettings();
 }
 
 async function openFiles(files) {
@@ -164,7 +204,7 @@ async function openFiles(files) {
     try {
       await openFile(file);
     } catch (error) {
-      tell(say('failed', file.name, error.message));
+      tellFailure(file.name, error);
     }
   }
   $('machine').focus();
@@ -179,15 +219,23 @@ async function saveState(slot) {
 async function loadState(slot, found = getState(slot)) {
   const state = await found;
   if (!state) return false;
-  if (JSON.stringify(state.roms?.map(([s, b]) => [s, b.length])) !== JSON.stringify(roms?.map(([s, b]) => [s, b.length]))) {
-    roms = state.roms;
-    boot();
+  const before = { roms, bytes: machine.save() };
+  if (state.roms || roms) changeRoms(state.roms);
+  try {
+    restore(state.bytes);
+  } catch (error) {
+    if (before.roms || roms) changeRoms(before.roms);
+    restore(before.bytes);
+    throw error;
   }
-  machine.load(state.bytes);
+  return true;
+}
+
+function restore(bytes) {
+  machine.load(bytes);
   listing = null;
   keys.releaseAll(); // what was held when it was saved is held no more
   stopTold = false;
-  return true;
 }
 
 async function showStates() {
@@ -214,7 +262,7 @@ async function showStates() {
         try {
           await action();
         } catch (error) {
-          tell(say('failed', `${say('slot')} ${slot}`, error.message));
+          tellFailure(`${say('slot')} ${slot}`, error);
         }
         if (name === 'load') $('dialog-states').close();
         else await showStates();
@@ -248,6 +296,7 @@ function savePicture() {
 // Lets a copy of the machine write its program to a tape, and puts the machine back: nobody sees it.
 function takeProgram() {
   const before = machine.save();
+  sound.rest(); // it may take the page longer than what waits in the queue
   try {
     machine.recordTape(true);
     machine.type('SAVE "SHARE"\n');
@@ -285,7 +334,7 @@ async function paste(text) {
     machine.type(text.replace(/\r\n?/g, '\n'));
     tell(say('typing'));
   } catch (error) {
-    tell(say('failed', say('paste'), error.message));
+    tellFailure(say('paste'), error);
   }
 }
 
@@ -312,7 +361,7 @@ function buildSettings() {
     for (const [value, label] of choices) select.add(new Option(say(label) ?? label, String(value), false, settings[name] === value));
     select.addEventListener('change', () => {
       settings[name] = choices[select.selectedIndex][0];
-      localStorage.setItem('kiv', JSON.stringify(settings));
+      keep();
       apply(settings[name]);
     });
     return row;
@@ -327,9 +376,7 @@ function romRow() {
   button.textContent = roms ? say('openRoms') : say('ownRoms');
   button.addEventListener('click', () => {
     if (!roms) return $('file').click();
-    roms = null;
-    boot();
-    buildSettings();
+    changeRoms(null);
   });
   return row;
 }
@@ -385,13 +432,14 @@ function listen() {
   $('paste').addEventListener('click', () => { paste(); place.focus(); });
   $('picture').addEventListener('click', savePicture);
   $('share').addEventListener('click', share);
+  $('full').hidden = !document.fullscreenEnabled;
   $('full').addEventListener('click', () => (document.fullscreenElement ? document.exitFullscreen() : document.documentElement.requestFullscreen()));
   $('keys').addEventListener('click', () => {
     $('keyboard').hidden = !$('keyboard').hidden;
     $('keys').setAttribute('aria-pressed', String(!$('keyboard').hidden));
   });
   $('states').addEventListener('click', async () => { await showStates(); $('dialog-states').showModal(); });
-  $('state-download').addEventListener('click', () => download(new Blob([machine.save()]), `kiv-${stamp()}.kivstate`));
+  $('state-download').addEventListener('click', () => download(new Blob([machine.save()]), `kiv-${stamp()}.kst`));
   for (const name of ['settings', 'help']) $(name).addEventListener('click', () => $(`dialog-${name}`).showModal());
   for (const button of document.querySelectorAll('.close')) button.addEventListener('click', () => button.closest('dialog').close());
 
@@ -399,7 +447,7 @@ function listen() {
     if (!document.hidden) return;
     keys.releaseAll();
     if (settings.hidden === 'pause') sound.pause();
-    saveState(0);
+    saveState(0).catch((error) => console.warn(`not kept: ${error.message}`));
   });
   window.addEventListener('focus', () => { if (sound.context) sound.start(); });
 }
@@ -409,16 +457,21 @@ function listen() {
 // What an address asks for; else what was left, which is being looked for meanwhile.
 async function begin(address, left) {
   const wanted = address.searchParams;
-  if (wanted.has('bas')) return loadListing(await unpack(wanted.get('bas')));
-  if (wanted.has('tape')) {
-    const tape = new URL(wanted.get('tape'), location.href);
-    if (tape.origin !== location.origin) throw new Error(tape.origin);
-    const answer = await fetch(tape);
-    if (!answer.ok) throw new Error(`${tape.pathname}: ${answer.status}`);
-    machine.insertTape(new Uint8Array(await answer.arrayBuffer()));
-    return tell(say('loaded', tape.pathname.split('/').pop()));
+  if (wanted.has('bas')) {
+    const text = await unpack(wanted.get('bas')).catch(() => { throw new Error(say('noListing')); });
+    return loadListing(text);
   }
+  if (wanted.has('tape')) return loadTapeOfSite(wanted.get('tape'));
   if (!(await loadState(0, left))) waitForTitle();
+}
+
+async function loadTapeOfSite(name) {
+  const tape = new URL(name, location.href), file = tape.pathname.split('/').pop();
+  if (tape.origin !== location.origin) throw new Error(say('otherSite', tape.origin));
+  const answer = await fetch(tape).catch(() => ({}));
+  if (!answer.ok) throw new Error(say('notThere', file));
+  machine.insertTape(new Uint8Array(await answer.arrayBuffer()));
+  tell(say('loaded', file));
 }
 
 async function start() {
@@ -428,7 +481,8 @@ async function start() {
   screen = new Screen($('screen'), $('machine'));
   sound = new Sound();
   sound.on = settings.sound;
-  sound.onwant = advance; // also while the page is hidden and gets no animation frames
+  // Also while the page is hidden and gets no animation frames. It wants more every few milliseconds.
+  sound.onwant = () => { if (!fast || document.hidden) advance(3); };
   buildHelp();
   machine = await loading;
   keys = new Keys(machine);
@@ -440,7 +494,7 @@ async function start() {
   try {
     await begin(new URL(location.href), left);
   } catch (error) {
-    tell(say('failed', 'Kiv', error.message));
+    tellFailure('Kiv', error);
   }
   if (matchMedia('(pointer: coarse)').matches) $('keys').click();
   $('machine').focus();

@@ -1,24 +1,25 @@
 // The sound: what the machine made goes to a worklet's queue. Its clock and the page's drift apart, so the rate at which the
 // machine makes samples follows the queue's fill: too full, a little less; too empty, a little more. At most half a per cent,
 // which nobody hears, and never by dropping or repeating samples.
-
 //
-// How much waits in the queue follows the host: where it ran dry, the page is held up for longer than what had waited, so more
-// waits from then on, and after a while without trouble a little less again.
+// How much waits in the queue follows the host. What matters is how little ever waited: where that came close to nothing the
+// page is held up for long, so more waits from then on, before the queue runs dry; after a while with plenty a little less.
 
-const LEAST = 0.06, MOST = 0.2;     // seconds that wait in the queue
-const MORE = 0.03;                  // seconds more after an underrun
-const LESS = 0.005, PATIENCE = 60;  // seconds less, after so many seconds without one
+const FIRST = 0.1, LEAST = 0.06, MOST = 0.25; // seconds that wait in the queue
+const CLOSE = 0.025, PLENTY = 0.05;           // seconds that waited at the least
+const MORE = 0.03, LESS = 0.005;              // seconds
+const SETTLE = 1, PATIENCE = 60;              // seconds of the context: until a change shows; that plenty has to last
 const STRONGEST = 0.005;
 
 export class Sound {
   constructor() {
     this.context = null;
-    this.fill = 0;      // seconds, as the worklet last said, and what was sent since
+    this.sent = this.played = 0; // samples, the latter as the worklet last said
     this.on = true;
     this.underruns = 0;
-    this.target = LEAST;
-    this.quietSince = 0; // seconds of the context
+    this.target = FIRST;
+    this.lowest = Infinity; // seconds that waited at the least since...
+    this.since = 0;         // ...seconds of the context
   }
 
   // Needs a gesture of the person. True when sound runs.
@@ -32,8 +33,8 @@ export class Sound {
       await this.context.audioWorklet.addModule('worklet.js');
       this.node = new AudioWorkletNode(this.context, 'kiv-queue', { numberOfInputs: 0, outputChannelCount: [1] });
       this.node.port.onmessage = ({ data }) => {
-        this.fill = data.waiting / this.context.sampleRate;
-        this.adapt(data.underruns);
+        this.played = data.played;
+        this.adapt(data.least / this.context.sampleRate, data.underruns);
         this.onwant?.();
       };
       this.gain = new GainNode(this.context, { gain: this.on ? 1 : 0 });
@@ -47,15 +48,21 @@ export class Sound {
   }
 
   get running() { return this.context?.state === 'running' && this.node !== undefined; }
+  // What has been counted down late is taken for what still waits, never the other way round: after the page was held up, it
+  // makes no more than was missing.
+  get fill() { return (this.sent - this.played) / this.context.sampleRate; }
   get wants() { return this.fill < this.target; }
 
-  adapt(underruns) {
-    const now = this.context.currentTime;
-    if (underruns > this.underruns) this.target = Math.min(MOST, this.target + MORE);
-    else if (now - this.quietSince < PATIENCE) return;
-    else this.target = Math.max(LEAST, this.target - LESS);
+  adapt(least, underruns) {
+    const now = this.context.currentTime, ranDry = underruns > this.underruns;
     this.underruns = underruns;
-    this.quietSince = now;
+    if (now - this.since < SETTLE && !ranDry) return;
+    this.lowest = Math.min(this.lowest, least);
+    if (ranDry || this.lowest < CLOSE) this.target = Math.min(MOST, this.target + MORE);
+    else if (now - this.since < PATIENCE) return;
+    else if (this.lowest > PLENTY) this.target = Math.max(LEAST, this.target - LESS);
+    this.lowest = Infinity;
+    this.since = now;
   }
 
   // Samples a second that the machine is to make now.
@@ -67,7 +74,7 @@ export class Sound {
   play(samples) {
     const floats = new Float32Array(samples.length);
     for (let i = 0; i < samples.length; i++) floats[i] = samples[i] / 32768;
-    this.fill += floats.length / this.context.sampleRate;
+    this.sent += floats.length;
     this.node.port.postMessage(floats, [floats.buffer]);
   }
 
@@ -75,6 +82,9 @@ export class Sound {
     this.on = on;
     if (this.gain) this.gain.gain.setTargetAtTime(on ? 1 : 0, this.context.currentTime, 0.01);
   }
+
+  // Nothing more comes for a while: what waits is played, and then there is silence.
+  rest() { this.node?.port.postMessage(null); }
 
   pause() { return this.context?.suspend(); }
 }

@@ -9,11 +9,16 @@ class Queue extends AudioWorkletProcessor {
     this.chunks = [];
     this.at = 0;       // of the first chunk
     this.waiting = 0;  // samples
+    this.played = 0;   // samples
     this.level = 0;    // last given out
     this.dry = true;
+    this.resting = true; // nothing more comes for a while, so that running dry is no fault
     this.blocks = 0;
     this.underruns = 0;
+    this.least = Infinity; // samples that waited since the last report, where it mattered
     this.port.onmessage = ({ data }) => {
+      this.resting = data === null;
+      if (this.resting) return;
       this.chunks.push(data);
       this.waiting += data.length;
       if (this.dry && this.waiting >= GATHER * sampleRate) this.dry = false;
@@ -28,6 +33,7 @@ class Queue extends AudioWorkletProcessor {
       this.at = 0;
     }
     this.waiting--;
+    this.played++;
     return sample;
   }
 
@@ -36,12 +42,16 @@ class Queue extends AudioWorkletProcessor {
     for (let i = 0; i < out.length; i++) {
       if (!this.dry && this.waiting === 0) {
         this.dry = true;
-        this.underruns++;
+        if (!this.resting) this.underruns++;
       }
       this.level = this.dry ? this.level * 0.99 : this.next();
       out[i] = this.level;
     }
-    if (++this.blocks % 2 === 0) this.port.postMessage({ waiting: this.waiting, underruns: this.underruns });
+    if (!this.dry && !this.resting) this.least = Math.min(this.least, this.waiting);
+    if (++this.blocks % 2 === 0) {
+      this.port.postMessage({ played: this.played, least: this.least, underruns: this.underruns });
+      this.least = Infinity;
+    }
     return true;
   }
 }

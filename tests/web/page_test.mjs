@@ -2,7 +2,7 @@
 // Needs playwright-core (npm) and Chromium; says "skipped" and ends with 77 where they are missing.
 import { execFileSync } from 'node:child_process';
 import { createServer } from 'node:http';
-import { mkdtempSync, readFileSync, writeFileSync } from 'node:fs';
+import { mkdtempSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import { extname, join, normalize } from 'node:path';
 import assert from 'node:assert/strict';
@@ -56,6 +56,14 @@ async function open(query = '') {
   await page.waitForFunction(() => globalThis.kiv !== undefined, null, { timeout: 30000 });
   await shows('Ok');
 }
+// A page or a context of its own for a while; none stays behind when a test fails.
+async function lend(thing, use) {
+  try {
+    return await use(thing);
+  } finally {
+    await thing.close();
+  }
+}
 const send = (name, data) => page.setInputFiles('#file', { name, mimeType: 'application/octet-stream', buffer: Buffer.from(data) });
 
 const tests = {
@@ -90,8 +98,7 @@ const tests = {
 
   // By a GPU, which a processor stands in for here, and without: a pixel of the canvas for one of the machine.
   async 'the canvas shows the machine, however it is drawn'() {
-    for (const anyGl of [false, true]) {
-      const other = await context.newPage();
+    for (const anyGl of [false, true]) await lend(await context.newPage(), async (other) => {
       await other.addInitScript((any) => {
         const plain = HTMLCanvasElement.prototype.getContext;
         HTMLCanvasElement.prototype.getContext = function getContext(kind, options) {
@@ -124,31 +131,31 @@ const tests = {
         return { gl: Boolean(screen.gl), different: [...different, count()], same: machine.picture().end };
       });
       assert.deepEqual(seen, { gl: anyGl, different: [0, 0], same: 0 });
-      await other.close();
-    }
+    });
   },
 
   async 'a phone, upright and lying'() {
     for (const [width, height, least] of [[390, 844, 380], [844, 390, 400], [320, 568, 300]]) {
-      const phone = await browser.newContext({ viewport: { width, height }, isMobile: true, hasTouch: true, locale: 'en-GB' });
-      const held = await phone.newPage();
-      await held.goto(home);
-      await held.waitForFunction(() => globalThis.kiv?.machine.screenText().includes('Ok'), null, { timeout: 30000 });
-      const sizes = await held.evaluate(() => {
-        const keys = [...document.querySelectorAll('#keyboard button')].filter((b) => b.offsetWidth).map((b) => b.getBoundingClientRect());
-        return { picture: document.getElementById('screen').getBoundingClientRect().width, keys: keys.length, scrolls: document.documentElement.scrollWidth > innerWidth,
-          outside: keys.filter((k) => k.left < 0 || k.right > innerWidth || k.bottom > innerHeight + 0.5).length, lowest: Math.min(...keys.map((k) => k.height)) };
+      const device = { viewport: { width, height }, isMobile: true, hasTouch: true, locale: 'en-GB' };
+      await lend(await browser.newContext(device), async (phone) => {
+        const held = await phone.newPage();
+        await held.goto(home);
+        await held.waitForFunction(() => globalThis.kiv?.machine.screenText().includes('Ok'), null, { timeout: 30000 });
+        const sizes = await held.evaluate(() => {
+          const keys = [...document.querySelectorAll('#keyboard button')].filter((b) => b.offsetWidth).map((b) => b.getBoundingClientRect());
+          return { picture: document.getElementById('screen').getBoundingClientRect().width, keys: keys.length, scrolls: document.documentElement.scrollWidth > innerWidth,
+            outside: keys.filter((k) => k.left < 0 || k.right > innerWidth || k.bottom > innerHeight + 0.5).length, lowest: Math.min(...keys.map((k) => k.height)), narrowest: Math.min(...keys.map((k) => k.width)) };
+        });
+        assert.ok(sizes.picture >= least && sizes.keys > 60 && sizes.outside === 0 && !sizes.scrolls && sizes.lowest >= 36 && sizes.narrowest >= 26, `${width} x ${height}: ${JSON.stringify(sizes)}`);
+        const tap = async (label) => {
+          await held.locator('#keyboard button:visible', { hasText: new RegExp(`^${label}$`) }).first().tap();
+          await held.waitForFunction((frame) => kiv.machine.frames > frame + 6, await held.evaluate(() => kiv.machine.frames));
+        };
+        for (const label of ['SHIFT', '/', '6', 'SHIFT', ':', '123', '7', 'RETURN', 'ABC']) await tap(label);
+        await held.waitForFunction(() => kiv.machine.screenText().includes('\n 42\n'), null, { timeout: 30000 }).catch(async () =>
+          assert.fail(`${width} x ${height}:\n${await held.evaluate(() => kiv.machine.screenText())}`));
+        if (process.env.KIV_PAGE_PICTURES) await held.screenshot({ path: join(process.env.KIV_PAGE_PICTURES, `page-${width}x${height}.png`) });
       });
-      assert.ok(sizes.picture >= least && sizes.keys > 60 && sizes.outside === 0 && !sizes.scrolls && sizes.lowest >= 36, `${width} x ${height}: ${JSON.stringify(sizes)}`);
-      const tap = async (label) => {
-        await held.locator('#keyboard button:visible', { hasText: new RegExp(`^${label}$`) }).first().tap();
-        await held.waitForFunction((frame) => kiv.machine.frames > frame + 6, await held.evaluate(() => kiv.machine.frames));
-      };
-      for (const label of ['SHIFT', '/', '6', 'SHIFT', ':', '123', '7', 'RETURN', 'ABC']) await tap(label);
-      await held.waitForFunction(() => kiv.machine.screenText().includes('\n 42\n'), null, { timeout: 30000 }).catch(async () =>
-        assert.fail(`${width} x ${height}:\n${await held.evaluate(() => kiv.machine.screenText())}`));
-      if (process.env.KIV_PAGE_PICTURES) await held.screenshot({ path: join(process.env.KIV_PAGE_PICTURES, `page-${width}x${height}.png`) });
-      await phone.close();
     }
   },
 
@@ -228,6 +235,32 @@ const tests = {
       return rises / ((last - first) / 48000);
     });
     assert.ok(Math.abs(hertz - 2400) < 24, `the beeper sounds at ${hertz} Hz`);
+  },
+
+  async 'a pause is no fault of the sound, and lets it go on as it was'() {
+    await page.waitForFunction(() => kiv.sound.fill > 0.03);
+    const before = await page.evaluate(() => {
+      document.getElementById('pause').click();
+      return kiv.sound.underruns;
+    });
+    await page.waitForFunction(() => kiv.sound.fill === 0);
+    assert.equal(await page.evaluate(() => kiv.sound.underruns), before);
+    await page.click('#pause');
+    await page.waitForFunction(() => kiv.sound.fill > 0.03);
+  },
+
+  async 'what is wrong with a file is told'() {
+    const state = await page.evaluate(() => Array.from(kiv.machine.save()));
+    const damaged = Buffer.from(state);
+    damaged[5000] ^= 1;
+    for (const [name, data, said] of [['photo.png', 'PNG', 'Kiv opens .cmt'], ['8801.rom', 'x', 'ROM images are called'], ['8801-zun.rom', 'x'.repeat(40000), '40000 bytes'],
+      ['8801-zun.rom', 'x', 'still missing: 8801-kiv.rom, 8801-4th.rom'], ['a.kst', 'x'.repeat(99), 'not a state of Kiv'], ['a.kst', damaged, 'is damaged'],
+      ['a.kiv', 'x', 'not a memory dump'], ['a.kst', Buffer.from(state), 'a.kst loaded']]) {
+      await send(name, data);
+      await page.waitForFunction((text) => document.getElementById('message').textContent.includes(text), said, { timeout: 10000 }).catch(async () =>
+        assert.fail(`${name}: "${await page.textContent('#message')}" instead of "${said}"`));
+    }
+    await shows('Ok');
   },
 
   async 'a state survives a reload'() {
@@ -317,5 +350,6 @@ for (const [name, test] of Object.entries(tests)) {
 }
 await browser.close();
 server.close();
+rmSync(scratch, { recursive: true });
 console.log(`${Object.keys(tests).length - failed} passed, ${failed} failed`);
 process.exit(failed ? 1 : 0);
