@@ -45,6 +45,11 @@ uint32_t products_of(uint32_t values) {
     return values ^ (values & 0x0F) << 4;
 }
 
+// The plane that they are, or -1 where they are more than one.
+int plane_of_products(uint32_t products) {
+    return products == 0x02 ? 0 : products == 0x04 ? 1 : products == 0x10 ? 2 : -1;
+}
+
 // A step of making a bit's plane: a function of planes 0 and 1 by its four products, or what it is where
 // plane 2 is set, which replaces or changes what a step before has left.
 enum step : uint32_t { first_half, second_half_alone, second_half };
@@ -79,7 +84,7 @@ void draw_planes_portable() {
     const std::array<uint8_t, 8> colours = colours_by_code();
     uint32_t products[3];
     for (uint32_t bit = 0; bit < 3; ++bit) products[bit] = products_of(function_of_code(colours, bit));
-    constexpr uint32_t few_lines = 8 * line_bytes;
+    constexpr uint32_t few_lines = 40 * line_bytes;
     machine.video_lock();
     for (uint32_t at = 0; at < seen_bytes; at += few_lines)
         for (uint32_t bit = 0; bit < 3; ++bit) {
@@ -87,6 +92,10 @@ void draw_planes_portable() {
             const auto make = [&](uint32_t half, step how) {
                 half_makers[half * steps + how](at, at + few_lines, picture_planes[bit]);
             };
+            if (const int plane = plane_of_products(products[bit]); plane >= 0) {
+                std::memcpy(picture_planes[bit] + at, machine.gvram[plane] + at, few_lines);
+                continue;
+            }
             if (low != 0 || high == 0) make(low, first_half);
             if (high != 0) make(high, low != 0 ? second_half : second_half_alone);
         }

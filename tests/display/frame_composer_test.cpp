@@ -99,7 +99,8 @@ void frame_composer::randomise_ports() {
     out(0x31, {random.byte()});
     crtc(0x80 | static_cast<int>(random() % 4 != 0),
          {static_cast<int>(random() % 128), static_cast<int>(random() % 27)});
-    for (uint8_t port = 0x54; port <= 0x5B; ++port) out(port, {random.byte()});
+    const bool plain = random() % 3 == 0; // the palette as it is at power-on
+    for (uint8_t port = 0x54; port <= 0x5B; ++port) out(port, {plain ? port - 0x54 : random.byte()});
     out(0x64, {random.byte(), random() % 4 ? random.byte() : 0xFF}); // often past the end of RAM
     out(0x53, {random() % 8 == 0});
     out(0x68, {random() % 8 != 0 ? 0x04 : 0x00});
