@@ -132,6 +132,8 @@ bool debug_driver::enable(uint32_t id, bool on) {
 
 void debug_driver::aim(aim_kind kind, uint16_t address, memory_bank bank) { inner->aim(kind, address, bank); }
 
+void debug_driver::aim_outside(uint16_t first, uint16_t last) { inner->aim_outside(first, last); }
+
 void debug_driver::leave_here() { inner->leave_here(); }
 
 stop_report debug_driver::run_slice(uint64_t t_states) { return inner->run_slice(t_states); }

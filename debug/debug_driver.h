@@ -42,6 +42,7 @@ enum class aim_kind : uint8_t {
     out,     // behind the return of the routine; backwards: to its call
     frame,   // to the next picture
     address, // to an address
+    outside, // to an instruction outside of a range: see aim_outside
 };
 
 class debug_driver {
@@ -67,6 +68,7 @@ class debug_driver {
     // ---- forwards
     void aim(aim_kind kind, uint16_t address = 0, memory_bank bank = memory_bank::any);
     void go_on() { aim(aim_kind::none); }
+    void aim_outside(uint16_t first, uint16_t last); // one instruction at least; first > last: just that
     void leave_here(); // a stop point at the instruction that comes next is not met before the machine moves
     // Runs `t_states` at most, to the aim or to a stop. While it answers stop_kind::running, the aim stands.
     stop_report run_slice(uint64_t t_states);
@@ -74,7 +76,7 @@ class debug_driver {
     stop_report run();
     stop_report run(aim_kind kind) { return aim(kind), run(); }
     // From any thread, from a signal's handler, too: the next run ends at once, the present one within a
-    // frame of the machine.
+    // frame of the machine, a way back within a few.
     void ask_to_stop() { asked.store(true, std::memory_order_relaxed); }
     bool is_asked() const { return asked.load(std::memory_order_relaxed); } // and nothing has ended yet
     void never_mind() { asked.store(false, std::memory_order_relaxed); }

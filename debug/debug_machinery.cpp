@@ -302,6 +302,11 @@ void debug_driver::machinery::aim(aim_kind kind, uint16_t address, memory_bank b
     if (kind == aim_kind::over) aim_over(place_now());
 }
 
+void debug_driver::machinery::aim_outside(uint16_t first, uint16_t last) {
+    aim(aim_kind::outside, first, memory_bank::any);
+    aim_last = last;
+}
+
 bool debug_driver::machinery::aim_reached(const debug_place &here) {
     switch (aimed) {
     case aim_kind::into: return steps != 0;
@@ -318,6 +323,7 @@ bool debug_driver::machinery::aim_reached(const debug_place &here) {
     case aim_kind::address:
         return here.pc == aim_pc && (steps != 0 || here.t_states != resumed.t_states) &&
                (aim_bank == memory_bank::any || aim_bank == bank_at(here.pc));
+    case aim_kind::outside: return steps != 0 && (here.pc < aim_pc || here.pc > aim_last);
     default: return false;
     }
 }

@@ -20,6 +20,7 @@ class debug_driver::machinery {
 
     void compile(); // after every change of stop points and observers
     void aim(aim_kind kind, uint16_t address, memory_bank bank);
+    void aim_outside(uint16_t first, uint16_t last);
     stop_report run_slice(uint64_t t_states);
     stop_report back(aim_kind kind);
     stop_report back_to(uint64_t t_states);
@@ -115,6 +116,7 @@ class debug_driver::machinery {
     aim_kind aimed = aim_kind::none;
     bool aim_until = false; // over: the address with the stack as it was
     uint16_t aim_pc = 0, aim_sp = 0;
+    uint16_t aim_last = 0; // outside: aim_pc is the first
     memory_bank aim_bank = memory_bank::any;
     uint64_t steps = 0; // since the aim was taken
     bool last_returned = false;

@@ -34,7 +34,7 @@ bool is_standard_gdb_place(const std::string &place) {
 
 void serve_gdb(const run_options &options, run_bench &bench, const std::function<bool()> &is_over) {
     gdb_server server(bench.driver);
-    server.stub.monitor = [&bench](const std::string &line) { return monitored(bench, line); };
+    server.stub().monitor = [&bench](const std::string &line) { return monitored(bench, line); };
     server.is_over = is_over;
     server.runs_alone = options.gdb_alone_runs;
     server.on_word = tell;
@@ -49,7 +49,7 @@ void serve_gdb(const run_options &options, run_bench &bench, const std::function
              (place.address.empty() ? std::string("this computer's port ") : place.address + ", port ") +
              std::to_string(server.port()));
     const auto log_before = bench.driver.on_log;
-    bench.driver.on_log = [&server](const std::string &line) { server.stub.say(line); };
+    bench.driver.on_log = [&server](const std::string &line) { server.stub().say(line); };
     bench.console.may_run = false; // the debugger's client has to know what the machine does
     while (server.turn(a_slice))
         if (const auto stop = server.take_stop()) tell(describe(*stop) + "; a debugger may look at it");

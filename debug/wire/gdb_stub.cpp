@@ -295,6 +295,7 @@ gdb_stub::answer gdb_stub::handle_query(std::string_view packet) {
     if (cut_text(packet, "qXfer:memory-map:read::")) return part_of(memory_map, packet);
     if (packet.starts_with("qXfer:features:read:")) return "E00"; // an annex that there is not
     if (cut_text(packet, "qRcmd,")) return run_monitor(packet);
+    if (cut_text(packet, "qCRC:")) return sum_memory(packet);
     if (packet == "qC") return "QC1";
     if (packet == "qfThreadInfo") return "m1";
     if (packet == "qsThreadInfo") return "l";
@@ -311,7 +312,7 @@ gdb_stub::answer gdb_stub::handle_set(std::string_view packet) {
 }
 
 gdb_stub::answer gdb_stub::handle_v(std::string_view packet) {
-    if (packet == "vCont?") return "vCont;c;C;s;S";
+    if (packet == "vCont?") return "vCont;c;C;s;S;r";
     if (packet.starts_with("vKill")) {
         leaving = true;
         return "OK";
@@ -324,8 +325,23 @@ gdb_stub::answer gdb_stub::handle_v(std::string_view packet) {
     case 'C': return go(aim_kind::none);
     case 's':
     case 'S': return go(aim_kind::into);
+    case 'r': return step_within(packet.substr(1));
     default: return malformed;
     }
+}
+
+// FIRST,END: steps as long as they stay there. The end is not of it.
+gdb_stub::answer gdb_stub::step_within(std::string_view range) {
+    const auto first = cut_number(range);
+    if (!first || !cut_char(range, ',')) return malformed;
+    const auto end = cut_number(range);
+    if (!end) return malformed;
+    if (*first > 0xFFFF || *end > 0x10000) return no_such_place;
+    if (*first < *end)
+        driver.aim_outside(static_cast<uint16_t>(*first), static_cast<uint16_t>(*end - 1));
+    else
+        driver.aim(aim_kind::into);
+    return set_going();
 }
 
 // cADDRESS, sADDRESS, Csignal;ADDRESS, Ssignal;ADDRESS; the address may be missing.
@@ -454,6 +470,20 @@ std::string gdb_stub::read_memory(std::string_view range) const {
     return hex_of(bytes);
 }
 
+// The sum by which a client compares a program with its file: CRC-32, highest bit first, from all ones.
+std::string gdb_stub::sum_memory(std::string_view range) const {
+    uint64_t address = 0, length = 0;
+    if (!cut_range(range, address, length) || !range.empty()) return malformed;
+    const auto from = place_of(address);
+    if (!from || length > from->room) return no_such_place;
+    uint32_t sum = 0xFFFFFFFF;
+    for (uint32_t i = 0; i < length; ++i) {
+        sum ^= static_cast<uint32_t>(kiv_peek(from->area, from->address + i)) << 24;
+        for (int bit = 0; bit < 8; ++bit) sum = sum << 1 ^ ((sum >> 31) != 0 ? 0x04C11DB7u : 0u);
+    }
+    return text_of("C%x", sum);
+}
+
 // As the processor writes: under a ROM lies RAM.
 std::string gdb_stub::write_memory(std::string_view range_and_data, bool hexadecimal) {
     uint64_t address = 0, length = 0;
@@ -499,6 +529,10 @@ std::string gdb_stub::change_point(std::string_view packet) {
 
 gdb_stub::answer gdb_stub::go(aim_kind aim) {
     driver.aim(aim);
+    return set_going();
+}
+
+gdb_stub::answer gdb_stub::set_going() {
     going = true;
     if (interrupt_waits) stop({.kind = stop_kind::asked});
     return std::nullopt;
@@ -550,6 +584,11 @@ void gdb_stub::stop(const stop_report &r) {
 
 void gdb_stub::has_stopped(const stop_report &report) {
     if (going) stop(report);
+}
+
+bool gdb_stub::interrupted_by(std::string_view bytes) {
+    reader.take(bytes);
+    return reader.take_interrupt();
 }
 
 void gdb_stub::has_ended(uint8_t exit_code) {

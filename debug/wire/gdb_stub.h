@@ -34,6 +34,8 @@ class gdb_stub {
     // The run that `runs` speaks of has come to an end.
     void has_stopped(const stop_report &report);
     void has_ended(uint8_t exit_code); // the machine is taken away
+    // While a packet is worked on: takes more bytes in. True: an interrupt was among them, or before them.
+    bool interrupted_by(std::string_view bytes);
     void say(const std::string &line); // to the client's terminal, while the machine runs
 
   private:
@@ -52,6 +54,7 @@ class gdb_stub {
     answer handle_set(std::string_view packet);
     answer handle_v(std::string_view packet);
     answer handle_continue(std::string_view packet);
+    answer step_within(std::string_view range);
     answer handle_back(std::string_view packet);
     std::string supported(std::string_view of_client);
     std::string description() const;
@@ -61,10 +64,12 @@ class gdb_stub {
     std::string read_register(std::string_view number) const;
     std::string write_register(std::string_view number_and_value);
     std::string read_memory(std::string_view range) const;
+    std::string sum_memory(std::string_view range) const;
     std::string write_memory(std::string_view range_and_data, bool hexadecimal);
     std::string change_point(std::string_view packet);
     std::string run_monitor(std::string_view hex);
     answer go(aim_kind aim);
+    answer set_going();
     std::string reason_for(const stop_report &report) const;
     std::string stop_answer(const stop_report &report) const;
     void stop(const stop_report &report);

@@ -94,6 +94,21 @@ TEST_F(Server, HalfPacketsAndTheRunsEnd) {
     EXPECT_FALSE(visit().is_open()) << "nobody is there any more";
 }
 
+TEST_F(Server, ALongWayBackIsGivenUpWhenTheClientSaysSo) {
+    driver.keep_history({});
+    platform::wire client = visit();
+    say(client, packet_of("c"));
+    turns(100);
+    say(client, "\x03");
+    EXPECT_NE(heard(client, "T02").find("T02"), std::string::npos);
+    const uint64_t before = kiv_t_states();
+    say(client, packet_of("bc") + "\x03");
+    EXPECT_NE(heard(client, "T02").find("T02"), std::string::npos);
+    EXPECT_EQ(kiv_t_states(), before) << "it stands where it stood";
+    say(client, packet_of("bc"));
+    EXPECT_NE(heard(client, "begin").find("replaylog:begin"), std::string::npos);
+}
+
 TEST(GdbPlace, IsReadAndComplainedAbout) {
     EXPECT_TRUE(parse_gdb_place("-").standard_streams);
     EXPECT_TRUE(parse_gdb_place("stdio").standard_streams);

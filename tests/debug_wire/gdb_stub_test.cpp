@@ -130,6 +130,10 @@ TEST_F(Wire, MemoryIsReadAndWritten) {
         {"m19000,3", "41237d"}, // the RAM, whatever lies over it
         {"mffff,2", "00f3"},    // addresses go round
         {"m0,1", "f3"},
+        {"M9100,9:" + hex_of("123456789"), "OK"},
+        {"qCRC:9100,9", "C376e6e7"}, // the check value of this sum
+        {"qCRC:fff8,9", "E02"},
+        {"qCRC:9100", "E01"},
         {"M0,1:99", "OK"}, // as the processor writes: under the ROM
         {"m0,1", "f3"},
         {"m10000,1", "99"},
@@ -182,8 +186,17 @@ TEST_F(Wire, BreakpointsStepsAndWatchpoints) {
     EXPECT_EQ(ask("z3,9000,1"), "OK");
     // From an address.
     EXPECT_EQ(ask("s1"), stopped("", "00c0", "0400"));
+    // As long as it stays within a range.
+    const auto within = [&](unsigned end) {
+        char packet[24];
+        std::snprintf(packet, sizeof packet, "vCont;r4,%x:1", end);
+        return ask(packet);
+    };
+    EXPECT_EQ(within(at("loop")), stopped("", "00c0", loop));
+    EXPECT_EQ(within(at("sub")), stopped("", "febf", sub));
+    EXPECT_EQ(ask("vCont;r0,0"), stopped("", "febf", little(static_cast<uint16_t>(at("sub") + 1))));
     for (const char *bad : {"Z0", "Z0,", "Z0,1", "Z2,fffe,4", "Z0,1,1;X1,00", "Z0,b0000,1", "vCont;",
-                            "vCont;q", "sxx", "c10000"})
+                            "vCont;q", "vCont;r", "vCont;r1", "vCont;r1,10001", "sxx", "c10000"})
         EXPECT_EQ(ask(bad)[0], 'E') << bad;
     EXPECT_EQ(ask("Z7,0,1"), "");
     EXPECT_TRUE(driver.points().empty());
