@@ -1,5 +1,7 @@
 #include "app/command_line.h"
 
+#include "debug/wire/gdb_line.h"
+
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
@@ -25,6 +27,8 @@ in as a tape, a .kst state or a .kiv memory dump is gone on with, a .bas or .txt
   --speed N         per cent of the machine's own speed, 25 to 400
   --lang ja|en      the language of menus and messages
   --settings FILE   the machine's settings, in place of KIV.INI
+  --gdb PORT        let a debugger of the GDB remote protocol in, at this TCP port of this computer's loopback
+                    interface alone; at another interface only as ADDRESS:PORT; 0: a free port, which is told
   --version         the version
   --help            this text
 
@@ -94,6 +98,15 @@ const option all_options[] = {
          if (!number || std::stoi(v) < 25 || std::stoi(v) > 400)
              return "--speed " + v + ": not a number from 25 to 400";
          return o.speed = std::stoi(v), taken();
+     }},
+    {"--gdb", "a port",
+     [](auto &v, auto &o) {
+         try {
+             if (!parse_gdb_place(v).standard_streams) return o.gdb = v, taken();
+             return "--gdb " + v + ": a port is wanted (kiv-run --gdb has the standard streams)";
+         } catch (const debug_error &error) {
+             return "--gdb " + v + ": " + error.what();
+         }
      }},
     {"--scale", "a number",
      [](auto &v, auto &o) {

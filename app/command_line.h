@@ -14,6 +14,7 @@ struct program_options {
     int scale = 0;        // screen pixels to a pixel of the machine; 0: as the person left the window
     int speed = 0;        // per cent of the machine's; 0: its own
     std::string language; // "ja", "en"; empty: as set
+    std::string gdb;      // PORT or ADDRESS:PORT where a debugger may come; empty: nowhere
     std::string settings; // the machine's settings file; empty: KIV.INI in the current directory
 };
 

@@ -73,6 +73,11 @@ std::vector<std::string> debug_session::take_lines() {
     return std::exchange(lines, {});
 }
 
+bool debug_session::has_lines() const {
+    const std::lock_guard lock(mutex);
+    return !lines.empty();
+}
+
 void debug_session::before_pass(std::function<void()> change) {
     const std::lock_guard lock(mutex);
     changes.push_back(std::move(change));
@@ -98,6 +103,10 @@ void debug_session::go(aim_kind kind, uint16_t address) {
     take_changes();
     driver.leave_here(); // the person sees it
     driver.aim(kind, address);
+    set_going();
+}
+
+void debug_session::set_going() {
     standing = told = false;
     reason.clear();
 }
@@ -137,18 +146,22 @@ bool debug_session::run_slice(uint32_t t_states, const std::function<void()> &fr
 class debug_session::recorder_scope {
   public:
     explicit recorder_scope(debug_session &s) {
+        if (depth++ != 0) return; // a command that a client on the wire has given
         session = &s;
         real = cassette_record_with({[](uint8_t byte) {
                                          if (!session->driver.in_the_past()) real.put(byte);
                                      },
                                      [] { real.flush(); }});
     }
-    ~recorder_scope() { cassette_record_with(real); }
+    ~recorder_scope() {
+        if (--depth == 0) cassette_record_with(real);
+    }
     recorder_scope(const recorder_scope &) = delete;
     recorder_scope &operator=(const recorder_scope &) = delete;
 
   private:
     inline static debug_session *session = nullptr;
+    inline static int depth = 0;
     inline static cassette_recorder real{};
 };
 
@@ -159,6 +172,12 @@ stop_report debug_session::back(aim_kind kind) {
     take(report);
     told = true;
     return report;
+}
+
+void debug_session::drive(const std::function<void()> &what) {
+    take_changes();
+    const recorder_scope tape(*this);
+    what();
 }
 
 void debug_session::look_back(size_t count, const std::function<void(uint16_t, uint64_t)> &look) {

@@ -46,12 +46,17 @@ class debug_session final : public pass_source, private machine_owner {
     // Asked every few frames while a command or a way back takes its time, with the part of the past that has
     // been looked through, 0 to 1, or less than 0 where no end is known. False: it is to end.
     std::function<bool(double part)> goes_on;
+    // For a client that drives `driver` by itself.
+    void drive(const std::function<void()> &what);
+    void set_going(); // it has aimed
+    const stop_report &last() const { return last_stop; }
     // The window could not attend to the stop: it is told when the CPU thread is released.
     void tell_again() { told = false; }
     std::vector<std::string> complete(const std::string &line) const { return console.complete(line); }
 
     // ---- any thread
     std::vector<std::string> take_lines(); // of the console and of log points
+    bool has_lines() const;
     // Before the next instruction, on the thread that runs the machine: keys, which history has to know of.
     void before_pass(std::function<void()> change);
     // Somebody has changed the machine; `another`: by a state, a tape, other ROMs.
@@ -76,7 +81,7 @@ class debug_session final : public pass_source, private machine_owner {
     stop_report last_stop;
     std::string reason;
     const std::function<void()> *at_frame = nullptr;
-    std::mutex mutex; // of what follows
+    mutable std::mutex mutex; // of what follows
     std::vector<std::function<void()>> changes;
     std::vector<std::string> lines;
     std::atomic<uint8_t> change_seen{0};

@@ -13,6 +13,7 @@ class kiv_form::debugger final : public platform::debugger_listener {
 
     void stopped(); // the message from the CPU thread
     void stopped_by_hand();
+    static void show_machine();
 
     bool debugger_looks(const platform::debugger_request &at, platform::debugger_look &look) override;
     void debugger_acts(platform::debugger_action action, uint16_t value) override;
@@ -33,7 +34,6 @@ class kiv_form::debugger final : public platform::debugger_listener {
     template <class Do> bool work(Do what);         // what may take long, parked; false: the program ends
     void run(aim_kind kind, uint16_t address);
     void step_back(aim_kind kind);
-    void show_machine();
     void moved(); // the window is to look again
 
     kiv_form &form;

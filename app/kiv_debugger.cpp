@@ -25,7 +25,7 @@ void kiv_form::toggle_debugger() {
 
 // The machine goes on as it was: running, or paused.
 void kiv_form::open_debugger() {
-    if (in_dialog || deactivated) return;
+    if (in_dialog || deactivated || wire_refuses()) return;
     end_rewind();
     if (!pause_machine()) return;
     typing.cancel();
@@ -59,8 +59,8 @@ void kiv_form::resume_held() {
 }
 
 void kiv_form::at_machine(std::function<void()> change) {
-    if (debugging)
-        debugging->session.before_pass(std::move(change));
+    if (debug_session *const s = session())
+        s->before_pass(std::move(change));
     else
         change();
 }
@@ -70,7 +70,7 @@ void kiv_form::machine_changed(bool another) {
         const auto known = tape_names.find(cassette_tape_checksum());
         tape_name = known == tape_names.end() ? std::string() : known->second;
     }
-    if (debugging) debugging->session.changed(another);
+    if (debug_session *const s = session()) s->changed(another);
 }
 
 // ---- stop and go -------------------------------------------------------------------------------------

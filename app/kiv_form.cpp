@@ -2,6 +2,7 @@
 
 #include "app/form_debugger.h"
 #include "app/form_scopes.h"
+#include "app/form_wire.h"
 #include "app/kiv_help.h"
 #include "app/program.h"
 #include "cpu/z80_thread.h"
@@ -142,7 +143,10 @@ int64_t kiv_form::dispatch(const platform::message &m, bool &handled) {
     case WM_RECORDED: recorded(); return 0;
     case WM_TAPE_FAULT: tape_output_failed(); return 0;
     case WM_DEBUG_STOPPED:
-        if (debugging) debugging->stopped();
+        if (debugging)
+            debugging->stopped();
+        else if (wire)
+            wire->stopped();
         return 0;
     case WM_Z80ABORT:
         trace("WM_Z80ABORT");
@@ -284,6 +288,7 @@ void kiv_form::start_emulation() {
     window->set_focus();
     if (options.full_screen) change_screen();
     use_file_of_command_line();
+    open_wire();
 }
 
 void kiv_form::exit() {
@@ -303,6 +308,7 @@ void kiv_form::exit() {
         program.directx->release();
     }
     debugging.reset();
+    wire.reset();
     cassette_flush_output(); // also when the thread had ended by itself
 }
 

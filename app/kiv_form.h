@@ -93,6 +93,8 @@ enum form_menu_item : uint32_t {
 
 constexpr size_t path_limit = 512; // bytes of a path with its closing 0
 
+class debug_session;
+
 class kiv_form final : public main_window, public platform::window_listener {
   public:
     explicit kiv_form(platform::host &host, const program_options &options = {});
@@ -126,6 +128,8 @@ class kiv_form final : public main_window, public platform::window_listener {
     // The frame off, when full screen begins; the frame on and the client area of that size, in a window.
     void set_full_screen_style(int width, int height) override;
     void set_window_style(int width, int height) override;
+
+    uint16_t debugger_port() const; // of --gdb; 0: nobody may come
 
   private:
     int64_t dispatch(const platform::message &m, bool &handled);
@@ -222,6 +226,11 @@ class kiv_form final : public main_window, public platform::window_listener {
     void at_machine(std::function<void()> change);
     void machine_changed(bool another = false); // for the debugger, that somebody else has changed it
     void resume_held();
+    class wire_debugger;
+    friend class wire_debugger;
+    void open_wire();
+    bool wire_refuses();            // true: a debugger on the wire has the machine, and the person is told
+    debug_session *session() const; // who runs the machine for a debugger; null: none
 
     // Text and files.
     void paste();
@@ -307,6 +316,7 @@ class kiv_form final : public main_window, public platform::window_listener {
     bool fast_forward = false;           // switched on, and
     bool fast_key = false;               // for as long as its key is down
     std::unique_ptr<debugger> debugging; // null: no debugger
+    std::unique_ptr<wire_debugger> wire; // null: none may come
     bool rewinding = false, held_before_rewind = false;
     uint64_t rewinds = 0;
     std::string ini_path;

@@ -3,6 +3,7 @@
 
 #include "app/form_debugger.h"
 #include "app/form_scopes.h"
+#include "app/form_wire.h"
 #include "app/program.h"
 #include "cpu/z80_thread.h"
 #include "display/kiv_directx.h"
@@ -360,6 +361,7 @@ void kiv_form::toggle_pause() {
     if (in_dialog || deactivated) return;
     end_rewind();
     if (held) {
+        if (wire_refuses()) return;
         if (debugging) debugging->session.go();
         resume_held();
         notify(text("再開"));
@@ -367,6 +369,7 @@ void kiv_form::toggle_pause() {
         held = true;
         program.directx->stop();
         if (debugging) debugging->stopped_by_hand();
+        if (wire) wire->stopped_by_hand();
         notify(text("一時停止"));
     }
     window->menus_changed();

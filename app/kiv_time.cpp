@@ -46,7 +46,7 @@ void kiv_form::toggle_fast_forward() {
 
 // The machine is paused from then on.
 void kiv_form::step_time(bool back) {
-    if (in_dialog || deactivated) return;
+    if (in_dialog || deactivated || wire_refuses()) return;
     end_rewind();
     if (!held) toggle_pause();
     if (!held) return;
@@ -72,7 +72,7 @@ void kiv_form::step_time(bool back) {
 }
 
 void kiv_form::begin_rewind() {
-    if (rewinding || in_dialog || deactivated) return;
+    if (rewinding || in_dialog || deactivated || wire_refuses()) return;
     held_before_rewind = held;
     if (!held && !pause_machine()) return;
     held = rewinding = true;

@@ -1,5 +1,4 @@
 // Text typed for the person, and what a file that is dropped on the window or named at the start is for.
-#include "app/form_debugger.h"
 #include "app/form_scopes.h"
 #include "app/kiv_form.h"
 
@@ -48,12 +47,12 @@ void kiv_form::type_text(const std::string &text) {
     for (; const uint32_t character = next_character(at); from = at) {
         key_stroke stroke{};
         if (character == '\r') continue;
-        if (!stroke_of(character, stroke) || (!debugging && !typing.add(stroke)))
+        if (!stroke_of(character, stroke) || (session() == nullptr && !typing.add(stroke)))
             ++left_out;
-        else if (debugging)
+        else if (session() != nullptr)
             typed.append(from, at);
     }
-    if (debugging) at_machine([typed] { kiv_type(typed.c_str()); });
+    if (session() != nullptr) at_machine([typed] { kiv_type(typed.c_str()); });
     typing_total = typing.waiting();
     if (left_out != 0) notify(std::to_string(left_out) + platform::text(" 文字は打てません"));
     if (typing_ticks || typing.waiting() == 0) return;
@@ -77,7 +76,7 @@ bool kiv_form::type_on() {
 
 // True: the key has done that, and is nobody else's.
 bool kiv_form::stops_typing(uint32_t virtual_key) {
-    if (virtual_key == vk_escape && debugging) at_machine(kiv_type_cancel);
+    if (virtual_key == vk_escape && session() != nullptr) at_machine(kiv_type_cancel);
     if (virtual_key != vk_escape || typing.waiting() == 0) return false;
     typing.cancel();
     notify(platform::text("打つのをやめました"));

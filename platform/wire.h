@@ -28,7 +28,8 @@ class wire {
     // Bytes transferred; 0: none at present; -1: the other side has gone.
     int64_t read(void *buffer, size_t size);
     int64_t write(const void *bytes, size_t size);
-    void end_writing(); // the other side reads to the end
+    void end_writing();                      // the other side reads to the end
+    int descriptor() const { return input; } // to be watched; -1: not open
     void close();
 
   private:
@@ -53,7 +54,8 @@ class wire_listener {
     std::string open(const std::string &address, uint16_t port);
     bool is_open() const { return !sockets.empty(); }
     uint16_t port() const { return own_port; }
-    wire accept(); // not open: nobody has come
+    const std::vector<int> &descriptors() const { return sockets; } // to be watched
+    wire accept();                                                  // not open: nobody has come
     void close();
 
   private:

@@ -844,6 +844,18 @@ exists already. Replace it?</translation>
         <translation>Kiv debugger</translation>
     </message>
     <message>
+        <source>デバッガが接続しました</source>
+        <translation>A debugger is attached</translation>
+    </message>
+    <message>
+        <source>デバッガが離れました</source>
+        <translation>The debugger has gone</translation>
+    </message>
+    <message>
+        <source>通信のデバッガが使っています</source>
+        <translation>A debugger on the wire has the machine</translation>
+    </message>
+    <message>
         <source>レジスタ</source>
         <translation>Registers</translation>
     </message>

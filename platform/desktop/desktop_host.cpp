@@ -296,7 +296,11 @@ bool desktop_host::choose_folder(host_window &owner, const std::string &title, s
 }
 
 void desktop_host::watch(int descriptor, std::function<void()> ready) {
-    p->watched.erase(descriptor);
+    if (const auto old = p->watched.find(descriptor); old != p->watched.end()) {
+        old->second->setEnabled(false);
+        old->second.release()->deleteLater(); // it may be what calls
+        p->watched.erase(old);
+    }
     if (!ready) return;
     auto notifier = std::make_unique<QSocketNotifier>(descriptor, QSocketNotifier::Read);
     QObject::connect(notifier.get(), &QSocketNotifier::activated, notifier.get(), std::move(ready));

@@ -1,4 +1,6 @@
-// The debugger of the window.
+// The debugger of the window, and one on a wire.
+#include "debug/wire/gdb_packets.h"
+#include "platform/wire.h"
 #include "tests/app/program_fixture.h"
 
 namespace {
@@ -182,6 +184,116 @@ TEST_F(whole_program, TheDebuggerStopsStepsGoesBackAndLetsGo) {
         // and the end of the program closes the debugger
     });
     EXPECT_NE(platform::profile_string(folder / "config/kiv/kiv.ini", "Kiv", "debugger"), "");
+}
+
+// A debugger on the wire and the window in front of the same machine.
+TEST_F(whole_program, ADebuggerOnTheWireStopsTheMachineAndLetsItGo) {
+    options.gdb = "0";
+    platform::wire client;
+    run([&] {
+        uint16_t port = 0;
+        on_window_thread([&] { port = program.form->debugger_port(); });
+        // What the client hears until `wanted` stands in it.
+        const auto heard = [&](platform::wire &from, const std::string &wanted) {
+            std::string all;
+            wait_until(wanted, [&] {
+                char bytes[4096];
+                const int64_t got = from.read(bytes, sizeof bytes);
+                if (got > 0) all.append(bytes, static_cast<size_t>(got));
+                return all.find(wanted) != std::string::npos || (got < 0 && wanted == "gone");
+            });
+            return all;
+        };
+        const auto say = [&](const std::string &bytes) {
+            EXPECT_EQ(client.write(bytes.data(), bytes.size()), static_cast<int64_t>(bytes.size()));
+        };
+        const auto ask = [&](const std::string &data, const std::string &answer) {
+            say(packet_of(data));
+            return heard(client, answer);
+        };
+        const auto come = [&] {
+            client = platform::wire::connect("127.0.0.1", port);
+            ask("qSupported:swbreak+", "ReverseStep");
+            expect_parked(true);
+        };
+        char typed[16]; // the routine for a key that went down
+        constexpr uint8_t begins[] = {0xE5, 0x7A, 0xFE, 0x30};
+        const auto found =
+            std::search(std::begin(test_rom), std::end(test_rom), std::begin(begins), std::end(begins));
+        std::snprintf(typed, sizeof typed, "0,%zx,1", static_cast<size_t>(found - std::begin(test_rom)));
+        const auto item = [&](uint32_t id) {
+            on_window_thread([&] { EXPECT_TRUE(window().choose_menu_item(id)) << id; });
+            settle();
+        };
+
+        type('Z', "z");
+        come();
+        EXPECT_EQ(window().state().notices.back(), "デバッガが接続しました");
+        ask(std::string("Z") + typed, "$OK");
+        ask("c", "+");
+        wait_until_running();
+        window().press_key('A');
+        heard(client, "swbreak");
+        expect_parked(true);
+        EXPECT_EQ(screen_row(1), "z");
+        // The person cannot take it out of the client's hands, and no second client can.
+        for (const uint32_t id : {menu_pause, menu_debugger, menu_rewind, menu_frame_back}) item(id);
+        expect_parked(true);
+        EXPECT_EQ(window().state().debugger, nullptr);
+        platform::wire second = platform::wire::connect("127.0.0.1", port);
+        EXPECT_NE(heard(second, "attached").find("E.another"), std::string::npos);
+        ask("s", "T05");
+        ask("bs", "T05");
+        ask("bc", "replaylog:begin");
+        ask("qRcmd," + hex_of("where"), "#");
+        window().release_key('A');
+        ask("c", "+");
+        wait_until_running();
+        window().press_key('A');
+        heard(client, "swbreak");
+        EXPECT_EQ(screen_row(1), "z");
+        ask(std::string("z") + typed, "$OK");
+        ask("c", "+");
+        window().release_key('A');
+        wait_for_row(1, "za");
+        say("\x03");
+        heard(client, "T02");
+        expect_parked(true);
+        // A pause by the person is a stop for the client; a dialog is none, and what is said meanwhile
+        // counts.
+        ask("c", "+");
+        wait_until_running();
+        item(menu_pause);
+        heard(client, "T02");
+        ask("c", "+");
+        wait_until_running();
+        script.settings = [&](auto &) {
+            say("\x03");
+            return false;
+        };
+        host.set_script(script);
+        strike(vk_f7);
+        heard(client, "T02");
+        expect_parked(true);
+        // It goes, with a word or without; the machine goes on.
+        ask("D", "$OK");
+        heard(client, "gone");
+        wait_until_running();
+        type('B', "zab");
+        come();
+        client.close();
+        wait_until("the machine", [] { return program.cpu_thread->is_suspended() == 0; });
+        type('C', "zabc");
+        item(menu_debugger);
+        client = platform::wire::connect("127.0.0.1", port);
+        heard(client, "E.the debugger's window is open");
+        item(menu_debugger);
+        come();
+        ask("c", "+");
+    });
+    char last[64] = {};
+    EXPECT_GT(client.read(last, sizeof last - 1), 0);
+    EXPECT_EQ(last, packet_of("W00")) << "the program's end is told";
 }
 
 } // namespace

@@ -49,7 +49,7 @@ class whole_program : public testing::Test {
                 if (host.window() != nullptr) window().close_box();
             }
         });
-        EXPECT_EQ(run_program(host), 0);
+        EXPECT_EQ(run_program(host, options), 0);
         other.join();
         expect_nothing_left();
     }
@@ -131,6 +131,7 @@ class whole_program : public testing::Test {
         EXPECT_EQ(host.sound.is_playing(), !parked);
     }
 
+    program_options options;
     platform::headless_script script;
     platform::headless_host host;
     program_folder folder;

@@ -54,12 +54,14 @@ void headless_host::pump() {
 
 // Painting waits until no message does, and a quit comes after all messages that were posted before it.
 int headless_host::run_message_loop() {
+    ended = false;
     for (;;) {
         if (deliver_one()) continue;
         std::unique_lock lock(mutex);
         if (!queue.empty()) continue;
         if (quit) {
             quit = false;
+            ended = true;
             return quit_code;
         }
         if (paint_asked) {
@@ -189,7 +191,8 @@ void headless_host::every(uint32_t milliseconds, std::function<bool()> tick) {
         bool wanted = true;
         while (wanted && !stop.stop_requested()) {
             std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
-            if (!run_on_window_thread([&] { wanted = tick(); })) return; // the program has ended
+            while (!run_on_window_thread([&] { wanted = tick(); }, 100))
+                if (ended || stop.stop_requested()) return;
         }
     });
 }
@@ -222,7 +225,11 @@ bool headless_host::choose_folder(host_window &, const std::string &, std::strin
 
 // By a thread that waits for it and puts a message into the loop.
 void headless_host::watch(int descriptor, std::function<void()> ready) {
-    watched.erase(descriptor); // waits for its thread
+    if (const auto old = watched.find(descriptor); old != watched.end()) {
+        old->second.request_stop();
+        watchers.push_back(std::move(old->second)); // it may be what calls
+        watched.erase(old);
+    }
     if (!ready) return;
     watched[descriptor] =
         std::jthread([this, descriptor, ready = std::move(ready)](const std::stop_token &stop) {

@@ -116,6 +116,7 @@ class headless_host : public host, public message_sink {
     std::deque<std::function<void()>> queue;
     bool paint_asked = false;
     bool quit = false;
+    std::atomic<bool> ended{false}; // the message loop
     int quit_code = 0;
     headless_script script;
     dialog_record shown;

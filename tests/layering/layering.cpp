@@ -34,8 +34,9 @@ const std::map<std::string, names> rooms = {
     {"debug", {"api", "display records", "display", "machine", "cpu", "support"}},
     {"debug/wire", {"debug", "api", "platform"}},
     {"app",
-     {"api", "debug", "display records", "z80_thread", "presentation", "sound", "display", "machine", "cpu",
-      "support", "platform", "machine files", "platform/desktop", "resources", "translations"}},
+     {"api", "debug", "debug/wire", "display records", "z80_thread", "presentation", "sound", "display",
+      "machine", "cpu", "support", "platform", "machine files", "platform/desktop", "resources",
+      "translations"}},
     {"translations", {"platform"}},
 };
 
