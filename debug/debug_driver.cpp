@@ -177,6 +177,8 @@ kiv_result debug_driver::write(int32_t area, uint32_t address, const void *data,
 
 kiv_result debug_driver::set_register(int32_t index, uint32_t value) {
     inner->changed();
+    if (index == KIV_REG_PC)
+        for (debug_observer *o : observers) o->redirected();
     return kiv_set_register(index, value);
 }
 

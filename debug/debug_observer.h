@@ -26,6 +26,7 @@ class debug_observer {
     virtual void interrupt(uint8_t /*level*/) {} // accepted
     // The machine was put elsewhere in time; `another`: or changed by hand, nobody knows how.
     virtual void moved(bool /*another*/) {}
+    virtual void redirected() {} // somebody set PC: what runs next is nobody's continuation
     // Somebody wrote bytes by hand: as the processor sees memory.
     virtual void poked(uint16_t /*address*/, size_t /*size*/) {}
 

@@ -111,11 +111,12 @@ page_lengths all_lengths() {
     page_lengths lengths{};
     for (size_t page = 0; page < lengths.size(); ++page)
         for (unsigned opcode = 0; opcode < 256; ++opcode) {
-            std::string prefix = page_prefix(static_cast<opcode_page>(page));
-            uint8_t bytes[4] = {};
-            std::copy(prefix.begin(), prefix.end(), bytes);
-            bytes[prefix.size() == 2 ? 3 : prefix.size()] = static_cast<uint8_t>(opcode);
-            lengths[page][opcode] = disassemble(0, [&](uint16_t at) { return bytes[at & 3]; }).length;
+            std::string bytes = page_prefix(static_cast<opcode_page>(page));
+            if (bytes.size() == 2) bytes += '\0'; // the displacement stands in front of the opcode
+            bytes += static_cast<char>(opcode);
+            bytes.resize(4);
+            const auto byte = [&](uint16_t at) { return static_cast<uint8_t>(bytes[at & 3]); };
+            lengths[page][opcode] = disassemble(0, byte).length;
         }
     return lengths;
 }

@@ -152,6 +152,13 @@ void profile::moved(bool) {
     while (!stack.empty()) leave_one(began);
 }
 
+// The program that is put into memory and started by hand is a routine of its own.
+void profile::redirected() {
+    charge(kiv_t_states());
+    began = kiv_t_states();
+    while (!stack.empty()) leave_one(began);
+}
+
 profile profile::ended_now() const {
     profile p = *this;
     while (!p.stack.empty()) p.leave_one(p.began);

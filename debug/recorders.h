@@ -47,6 +47,7 @@ class profile final : public debug_observer {
     void step(uint16_t pc, uint64_t t_states, bool entering) override;
     void interrupt(uint8_t level) override;
     void moved(bool another) override;
+    void redirected() override;
 
     // What it has counted until now, the most expensive first. `times`: calls, or instructions.
     struct spent {

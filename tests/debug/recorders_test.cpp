@@ -72,6 +72,20 @@ TEST_F(Recorders, AProfileAddsUp) {
     EXPECT_NE(p.table(3).find("$0014 inner"), std::string::npos) << p.table(3);
 }
 
+TEST_F(Recorders, AProgramStartedByHandIsARoutineOfItsOwn) {
+    boot(routines);
+    profile p(driver.symbols);
+    driver.listen(p);
+    run_to("again");
+    driver.set_register(KIV_REG_PC, at("inner"));
+    driver.aim(aim_kind::address, static_cast<uint16_t>(at("inner") + 2));
+    driver.run();
+    driver.unlisten(p);
+    const std::string table = p.table(5);
+    EXPECT_TRUE(std::regex_search(table, std::regex(" 19 +[\\d.]+ +19 +1  \\$0000"))) << table;
+    EXPECT_TRUE(std::regex_search(table, std::regex(" 12 +[\\d.]+ +12 +1  \\$.... inner"))) << table;
+}
+
 TEST_F(Recorders, InterruptsAreNotChargedToWhatTheyInterrupt) {
     boot({"LD SP,$BF00", "LD HL,handler", "LD ($8404),HL", "LD A,$84",    "LD I,A",   "IM 2",
           "LD A,1",      "OUT ($E6),A",   "LD A,8",        "OUT ($E4),A", "EI",       "CALL work",
