@@ -52,7 +52,8 @@ void dis(debug_console &c, const std::string &rest) {
         const std::string name = driver(c).symbols.name_of(at);
         if (!name.empty()) print(c, name + ":");
         uint8_t length = 0;
-        print(c, (at == pc ? "> " : "  ") + instruction_line(c, at, length));
+        std::string line = at == pc ? "> " : "  ";
+        print(c, line += instruction_line(c, at, length));
         at = static_cast<uint16_t>(at + length);
     }
     console_commands::next_listing(c) = at;
