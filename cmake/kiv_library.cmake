@@ -7,7 +7,7 @@ target_compile_options(kiv_options INTERFACE
     $<$<BOOL:${KIV_WERROR}>:-Werror>)
 if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
     # At -O3 g++ 12 takes "text" + std::string for a copy over itself, of half the address space.
-    target_compile_options(kiv_options INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wno-restrict>)
+    target_compile_options(kiv_options INTERFACE $<$<AND:$<CONFIG:Release>,$<COMPILE_LANGUAGE:CXX>>:-Wno-restrict>)
 endif()
 
 if(KIV_SANITIZE STREQUAL "address")
