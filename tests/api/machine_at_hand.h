@@ -3,6 +3,7 @@
 
 #include "api/kiv.h"
 
+#include <cstring>
 #include <gtest/gtest.h>
 #include <random>
 #include <string>
@@ -83,16 +84,17 @@ inline bytes some_tape() {
 // All that a person could see or hear of `runs` runs, and what the machine wrote to its cassette.
 inline bytes seen_and_heard(int runs) {
     bytes all;
+    const auto add = [&all](const void *from, size_t size) {
+        all.resize(all.size() + size);
+        if (size != 0) std::memcpy(all.data() + all.size() - size, from, size);
+    };
     for (int i = 0; i < runs; ++i) {
         const auto ended_by = static_cast<uint8_t>(kiv_run_frame());
-        const auto *pixels = reinterpret_cast<const uint8_t *>(kiv_pixels());
-        const auto *samples = reinterpret_cast<const uint8_t *>(kiv_samples());
-        const auto *resampled = reinterpret_cast<const uint8_t *>(kiv_resampled());
-        all.push_back(ended_by);
-        all.insert(all.end(), pixels, pixels + 4 * KIV_WIDTH * KIV_HEIGHT);
-        all.insert(all.end(), samples, samples + 2 * kiv_sample_count());
-        all.insert(all.end(), resampled, resampled + 2 * kiv_resampled_count());
-        all.insert(all.end(), kiv_tape_output(), kiv_tape_output() + kiv_tape_output_size());
+        add(&ended_by, 1);
+        add(kiv_pixels(), 4 * KIV_WIDTH * KIV_HEIGHT);
+        add(kiv_samples(), 2 * size_t{kiv_sample_count()});
+        add(kiv_resampled(), 2 * size_t{kiv_resampled_count()});
+        add(kiv_tape_output(), kiv_tape_output_size());
         kiv_tape_output_clear();
     }
     return all;
