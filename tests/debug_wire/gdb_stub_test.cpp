@@ -193,6 +193,8 @@ TEST_F(Wire, BreakpointsStepsAndWatchpoints) {
         return ask(packet);
     };
     EXPECT_EQ(within(at("loop")), stopped("", "00c0", loop));
+    const auto second = static_cast<uint16_t>(at("loop") + 2); // two instructions of a byte in front of it
+    EXPECT_EQ(within(second), stopped("", "00c0", little(second)));
     EXPECT_EQ(within(at("sub")), stopped("", "febf", sub));
     EXPECT_EQ(ask("vCont;r0,0"), stopped("", "febf", little(static_cast<uint16_t>(at("sub") + 1))));
     for (const char *bad : {"Z0", "Z0,", "Z0,1", "Z2,fffe,4", "Z0,1,1;X1,00", "Z0,b0000,1", "vCont;",
