@@ -1104,10 +1104,6 @@ exists already. Replace it?</translation>
         <translation>Source</translation>
     </message>
     <message>
-        <source>停止(&amp;S)</source>
-        <translation>&amp;Stop</translation>
-    </message>
-    <message>
         <source>開始(&amp;S)</source>
         <translation>&amp;Start</translation>
     </message>

@@ -369,6 +369,20 @@ TEST_F(DebuggersWindow, StopsStepsEditsGoesBackAndLetsGo) {
          [] { return in<QTableWidget>("points")->rowCount() == 0; }},
         {"the console", [&] { enter(in<QLineEdit>("console"), "p 6*7"); },
          [] { return in<QPlainTextEdit>("console")->toPlainText().contains("42 $2A"); }},
+        {"Escape ends what takes long",
+         [] {
+             auto *person = new QTimer(debugger());
+             QObject::connect(person, &QTimer::timeout, person, [person] {
+                 QWidget *const dialog = QApplication::activeModalWidget();
+                 if (dialog == nullptr) return;
+                 person->deleteLater();
+                 QKeyEvent e(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+                 QCoreApplication::sendEvent(dialog, &e);
+             });
+             person->start(20);
+             enter(in<QLineEdit>("console"), "until 0");
+         },
+         [] { return in<QPlainTextEdit>("console")->toPlainText().contains("interrupted"); }},
         {"it runs on",
          [&] {
              send_key(QEvent::KeyRelease, kb_a);
