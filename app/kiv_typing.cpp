@@ -63,8 +63,8 @@ void kiv_form::type_text(const std::string &text) {
 
 // False: nothing is left to type.
 bool kiv_form::type_on() {
-    // As fast as the host goes a key would be down for many frames, and repeat: a tape is let come to its
-    // end.
+    // As fast as the host goes a key would be down for many frames, and repeat: not before the machine has
+    // come down to its own speed.
     if (in_dialog || deactivated || held || program.cpu_thread->is_at_any_speed()) return attached;
     typing.at_frame(program.directx->frames_drawn());
     typing_ticks = typing.waiting() != 0 && attached;
