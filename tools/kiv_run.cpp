@@ -437,6 +437,10 @@ int main(int argc, char **argv) {
             std::fputs(run_help, stdout);
             return 0;
         }
+        if (options.version) {
+            std::printf("kiv-run %s\n", kiv_version());
+            return 0;
+        }
         platform::let_writes_fail();
         // A debugger that has started this program itself may get the terminal's interrupts, too.
         const bool of_debugger = !options.gdb.empty() && is_standard_gdb_place(options.gdb);

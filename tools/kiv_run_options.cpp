@@ -82,6 +82,7 @@ What it leaves
   --list FILE           the BASIC program in the machine at the end, as text (UTF-8)
   --stats               T-states, frames and speed, on the standard error output
   --help                this text, and nothing else
+  --version             the version, and nothing else
 
 With a debugger of the GDB remote protocol
   --gdb PORT            wait for one at this TCP port, on this computer's loopback interface alone; at another
@@ -256,6 +257,8 @@ run_options parse_run_options(int argc, char **argv) {
         std::string name = argv[i];
         if (name == "--help" || name == "-h")
             o.help = true;
+        else if (name == "--version")
+            o.version = true;
         else if (name == "--text")
             o.text = true;
         else if (name == "--stats")

@@ -15,7 +15,7 @@ struct run_failure : std::runtime_error {
 };
 
 struct run_options {
-    bool help = false;
+    bool help = false, version = false;
     std::string roms;               // folder; empty: the current directory
     std::string settings;           // a settings file; empty: the defaults
     std::optional<uint64_t> frames; // run length, or
