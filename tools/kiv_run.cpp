@@ -438,7 +438,7 @@ int main(int argc, char **argv) {
             return 0;
         }
         if (options.version) {
-            std::printf("kiv-run %s\n", kiv_version());
+            std::fputs("kiv-run " KIV_VERSION "\n", stdout);
             return 0;
         }
         platform::let_writes_fail();
