@@ -171,7 +171,8 @@ QWidget *debugger_window::make_registers() {
         flag->setFocusPolicy(Qt::TabFocus);
         connect(flag, &QCheckBox::clicked, this, [this, bit] {
             for (const debugger_register &r : shown.registers)
-                if (r.name == "AF") tell(listener.debugger_sets_register(r.index, r.value ^ (1u << bit)));
+                if (r.name == "AF") // after which others are shown
+                    return tell(listener.debugger_sets_register(r.index, r.value ^ (1u << bit)));
         });
         row->addWidget(flag);
         flags.push_back(flag);

@@ -298,7 +298,9 @@ bool desktop_host::choose_folder(host_window &owner, const std::string &title, s
 void desktop_host::watch(int descriptor, std::function<void()> ready) {
     if (const auto old = p->watched.find(descriptor); old != p->watched.end()) {
         old->second->setEnabled(false);
-        old->second.release()->deleteLater(); // it may be what calls
+        QSocketNotifier *const gone = old->second.release(); // it may be what calls
+        gone->setParent(p->application.get());               // behind the last message, too
+        gone->deleteLater();
         p->watched.erase(old);
     }
     if (!ready) return;
