@@ -12,6 +12,8 @@
 #include "platform/file.h"
 #include "platform/texts.h"
 
+#include <utility>
+
 using platform::debugger_action;
 
 // ---- the form's part ---------------------------------------------------------------------------------
@@ -96,12 +98,14 @@ template <class Do> bool kiv_form::debugger::while_parked(Do what) {
 
 template <class Do> bool kiv_form::debugger::work(Do what) {
     while_parked([&] {
-        form.in_dialog = working = true;
+        const bool in_dialog = std::exchange(form.in_dialog, true);
+        working = true;
         const auto shown = form.host.begin_work(*form.window, platform::text("デバッガが実行しています"));
         session.goes_on = [&shown](double part) { return shown->goes_on(part); };
         what();
         session.goes_on = nullptr;
-        form.in_dialog = working = false;
+        working = false;
+        form.in_dialog = in_dialog;
     });
     if (!form.session_ends) return true;
     pause_scope(form).end();

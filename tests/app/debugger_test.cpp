@@ -12,10 +12,6 @@ TEST_F(whole_program, TheDebuggerStopsStepsGoesBackAndLetsGo) {
         std::search(std::begin(test_rom), std::end(test_rom), std::begin(begins), std::end(begins)) -
         std::begin(test_rom));
     run([&] {
-        const auto item = [&](uint32_t id) {
-            on_window_thread([&] { EXPECT_TRUE(window().choose_menu_item(id)) << id; });
-            settle();
-        };
         const auto debugger = [&](const std::function<void(platform::debugger_listener &)> &use) {
             on_window_thread([&] {
                 platform::debugger_listener *const d = window().state().debugger;
@@ -51,7 +47,7 @@ TEST_F(whole_program, TheDebuggerStopsStepsGoesBackAndLetsGo) {
             return all;
         };
         type('Z', "z");
-        item(menu_debugger);
+        use_item(menu_debugger);
         EXPECT_TRUE(look().running);
         wait_until_running();
         expect_parked(false);
@@ -133,24 +129,24 @@ TEST_F(whole_program, TheDebuggerStopsStepsGoesBackAndLetsGo) {
         said("back-go");
 
         // What is done otherwise while it stands leaves it standing, and ends the past where it must.
-        item(menu_state_save + 5);
+        use_item(menu_state_save + 5);
         strike(vk_f12);
         expect_parked(true);
         EXPECT_EQ(look().pc, 0);
         EXPECT_EQ(step(act::frame).running, false);
-        item(menu_state_load + 5);
+        use_item(menu_state_load + 5);
         EXPECT_EQ(look().pc, typed);
         acts(act::back_into);
         EXPECT_EQ(look().why, "履歴はここから");
         EXPECT_EQ(look().pc, typed);
         const uint64_t frames = run_state.frames;
-        EXPECT_TRUE(do_and_stop([&] { item(menu_frame_forth); }).why.empty());
+        EXPECT_TRUE(do_and_stop([&] { use_item(menu_frame_forth); }).why.empty());
         EXPECT_EQ(run_state.frames, frames + 1);
-        item(menu_frame_back);
-        item(menu_pause); // goes on
+        use_item(menu_frame_back);
+        use_item(menu_pause); // goes on
         wait_until_running();
         expect_parked(false);
-        item(menu_pause);
+        use_item(menu_pause);
         expect_parked(true);
         EXPECT_FALSE(look().running);
 
@@ -174,7 +170,7 @@ TEST_F(whole_program, TheDebuggerStopsStepsGoesBackAndLetsGo) {
         type('D', "zbcd");
 
         // A processor that has stopped is a stop like another, and can be taken back.
-        item(menu_debugger);
+        use_item(menu_debugger);
         EXPECT_EQ(do_and_stop([&] { window().press_key('0'); }).why, "CPUが停止: HALT");
         window().release_key('0');
         acts(act::back_into);
@@ -221,10 +217,6 @@ TEST_F(whole_program, ADebuggerOnTheWireStopsTheMachineAndLetsItGo) {
         const auto found =
             std::search(std::begin(test_rom), std::end(test_rom), std::begin(begins), std::end(begins));
         std::snprintf(typed, sizeof typed, "0,%zx,1", static_cast<size_t>(found - std::begin(test_rom)));
-        const auto item = [&](uint32_t id) {
-            on_window_thread([&] { EXPECT_TRUE(window().choose_menu_item(id)) << id; });
-            settle();
-        };
 
         type('Z', "z");
         come();
@@ -237,7 +229,7 @@ TEST_F(whole_program, ADebuggerOnTheWireStopsTheMachineAndLetsItGo) {
         expect_parked(true);
         EXPECT_EQ(screen_row(1), "z");
         // The person cannot take it out of the client's hands, and no second client can.
-        for (const uint32_t id : {menu_pause, menu_debugger, menu_rewind, menu_frame_back}) item(id);
+        for (const uint32_t id : {menu_pause, menu_debugger, menu_rewind, menu_frame_back}) use_item(id);
         expect_parked(true);
         EXPECT_EQ(window().state().debugger, nullptr);
         platform::wire second = platform::wire::connect("127.0.0.1", port);
@@ -263,7 +255,7 @@ TEST_F(whole_program, ADebuggerOnTheWireStopsTheMachineAndLetsItGo) {
         // counts.
         ask("c", "+");
         wait_until_running();
-        item(menu_pause);
+        use_item(menu_pause);
         heard(client, "T02");
         ask("c", "+");
         wait_until_running();
@@ -284,10 +276,10 @@ TEST_F(whole_program, ADebuggerOnTheWireStopsTheMachineAndLetsItGo) {
         client.close();
         wait_until("the machine", [] { return program.cpu_thread->is_suspended() == 0; });
         type('C', "zabc");
-        item(menu_debugger);
+        use_item(menu_debugger);
         client = platform::wire::connect("127.0.0.1", port);
         heard(client, "E.the debugger's window is open");
-        item(menu_debugger);
+        use_item(menu_debugger);
         come();
         ask("c", "+");
     });

@@ -31,12 +31,6 @@ TEST_F(whole_program, NoTwoItemsShareALetterOrAKey) {
 TEST_F(whole_program, EveryMenuItemDoesItsWorkOnce) {
     put_file(folder / "song.cmt", "tape");
     run([&] {
-        const auto choose_item = [&](uint32_t id) {
-            bool offered = false;
-            on_window_thread([&] { offered = window().choose_menu_item(id); });
-            settle();
-            return offered;
-        };
         const auto own = [&](const char *key) {
             return platform::profile_string(folder / "config/kiv/kiv.ini", "Kiv", key);
         };
@@ -138,15 +132,11 @@ TEST_F(whole_program, EveryCheckTurnsOverAndEveryChoiceIsTaken) {
             on_window_thread([&] { gather(program.form->menus()); });
             return *std::find_if(all.begin(), all.end(), [id](auto &item) { return item.id == id; });
         };
-        const auto choose_item = [&](uint32_t id) {
-            on_window_thread([&] { EXPECT_TRUE(window().choose_menu_item(id)) << id; });
-            settle();
-        };
         put_file(folder / "a.cmt", "tape");
         choose(folder / "a.cmt");
         strike(vk_f9); // so that the tape's items can be chosen
-        choose_item(menu_state_save + 1);
-        choose_item(menu_state_load + 1);
+        use_item(menu_state_save + 1);
+        use_item(menu_state_load + 1);
         script.open_file = script.save_file = [](auto &, std::string &) { return false; };
         host.set_script(script); // dialogs are cancelled from here on
         find(menu_quit);
@@ -156,19 +146,19 @@ TEST_F(whole_program, EveryCheckTurnsOverAndEveryChoiceIsTaken) {
             SCOPED_TRACE(item.text);
             ++chosen;
             const bool before = find(item.id).checked;
-            choose_item(item.id);
+            use_item(item.id);
             if (item.kind == platform::menu_item::choice) {
                 EXPECT_TRUE(find(item.id).checked);
             } else if (item.kind == platform::menu_item::check) {
                 EXPECT_NE(find(item.id).checked, before);
-                choose_item(item.id);
+                use_item(item.id);
                 EXPECT_EQ(find(item.id).checked, before);
             }
-            if (item.id == menu_full_screen) choose_item(item.id);
+            if (item.id == menu_full_screen) use_item(item.id);
         }
         EXPECT_GT(chosen, 70u);
-        if (find(menu_pause).checked) choose_item(menu_pause); // a frame back paused it
-        choose_item(menu_reset);
+        if (find(menu_pause).checked) use_item(menu_pause); // a frame back paused it
+        use_item(menu_reset);
         wait_until_running();
         wait_for_row(0, "READY");
     });
@@ -274,13 +264,9 @@ TEST_F(whole_program, TextIsTypedAtTheMachinesPace) {
 TEST_F(whole_program, ATapeIsReadFastButNotWhileSomethingIsTyped) {
     for (const char *rom : {"8801-zun.rom", "8801-kiv.rom", "8801-4th.rom"})
         fs::copy_file(fs::path(KIV_FIRMWARE_DIR) / rom, folder / rom, fs::copy_options::overwrite_existing);
-    const auto choose_item = [&](uint32_t id) {
-        on_window_thread([&] { EXPECT_TRUE(window().choose_menu_item(id)); });
-        settle();
-    };
     const auto paste = [&](const std::string &text) {
         host.copy_text(text);
-        choose_item(menu_paste);
+        use_item(menu_paste);
     };
     const auto wait_for_text = [&](const std::string &text) {
         wait_until(text, [&] { return memory().find(text) != std::string::npos; });
@@ -300,7 +286,7 @@ TEST_F(whole_program, ATapeIsReadFastButNotWhileSomethingIsTyped) {
                 wait_for_text("DONE");
                 paste("LIST\n");
                 wait_for_text(last.substr(0, last.size() - 2));
-                choose_item(menu_fast_tape);
+                use_item(menu_fast_tape);
             }
         },
         "bytes free");

@@ -76,6 +76,15 @@ class whole_program : public testing::Test {
         on_window_thread([] {});
     }
 
+    // An item of a menu has done its work. False: it is not offered.
+    bool choose_item(uint32_t id) {
+        bool offered = false;
+        on_window_thread([&] { offered = window().choose_menu_item(id); });
+        settle();
+        return offered;
+    }
+    void use_item(uint32_t id) { EXPECT_TRUE(choose_item(id)) << id; }
+
     platform::headless_window &window() { return *host.window(); }
 
     static std::string memory() {

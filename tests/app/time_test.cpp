@@ -16,18 +16,14 @@ TEST_F(whole_program, RecordingsHoldEveryPictureAndSample) {
     const auto last_notice = [&] {
         return window().state().notices.empty() ? "" : window().state().notices.back();
     };
-    const auto toggle = [&](uint32_t id) {
-        on_window_thread([&] { EXPECT_TRUE(window().choose_menu_item(id)); });
-        settle();
-    };
     const auto wait_for_notice = [&](const std::string &part) {
         wait_until(part, [&] { return last_notice().find(part) != std::string::npos; });
     };
     run([&] {
         setenv("PATH", (tools + ":" + path_before).c_str(), 1);
-        toggle(menu_record_video);
+        use_item(menu_record_video);
         std::this_thread::sleep_for(std::chrono::milliseconds(700));
-        toggle(menu_record_video);
+        use_item(menu_record_video);
         wait_for_notice(".mp4 に保存しました");
         const std::string frames = get_file(folder / "frames"), sound = get_file(folder / "sound");
         const double seconds = static_cast<double>(sound.size()) / 2 / sample_rate;
@@ -38,17 +34,17 @@ TEST_F(whole_program, RecordingsHoldEveryPictureAndSample) {
                     2.5);
         EXPECT_NE(frames.find("\xFF\xFF\xFF"), std::string::npos) << "READY is white";
         put_file(folder / "broken", "");
-        toggle(menu_record_video);
-        toggle(menu_record_video);
+        use_item(menu_record_video);
+        use_item(menu_record_video);
         wait_for_notice("ffmpeg: No space left");
         setenv("PATH", "/nowhere", 1);
-        toggle(menu_record_video);
+        use_item(menu_record_video);
         EXPECT_NE(last_notice().find("Debian"), std::string::npos) << last_notice();
         setenv("PATH", path_before.c_str(), 1);
-        toggle(menu_speed + 7); // heard four times as high, recorded as it is
-        toggle(menu_record_sound);
+        use_item(menu_speed + 7); // heard four times as high, recorded as it is
+        use_item(menu_record_sound);
         std::this_thread::sleep_for(std::chrono::milliseconds(300));
-        toggle(menu_record_sound);
+        use_item(menu_record_sound);
         wait_for_notice(".wav に保存しました");
         for (const auto &file : fs::directory_iterator(folder / "music")) {
             const std::string wave = get_file(file.path());
@@ -61,12 +57,6 @@ TEST_F(whole_program, RecordingsHoldEveryPictureAndSample) {
 
 TEST_F(whole_program, TimeGoesBackwardsByFramesAndAtOtherSpeeds) {
     run([&] {
-        const auto choose_item = [&](uint32_t id) {
-            bool offered = false;
-            on_window_thread([&] { offered = window().choose_menu_item(id); });
-            settle();
-            return offered;
-        };
         const auto frames_in = [&](std::chrono::milliseconds time) {
             const auto frames = [&] {
                 uint64_t n = 0;
@@ -174,12 +164,6 @@ TEST_F(whole_program, ThePictureRunsAhead) {
 
 TEST_F(whole_program, StatesGoBackAndForth) {
     run([&] {
-        const auto choose_item = [&](uint32_t id) {
-            bool offered = false;
-            on_window_thread([&] { offered = window().choose_menu_item(id); });
-            settle();
-            return offered;
-        };
         const auto noticed = [&](const std::string &part) {
             const auto notices = window().state().notices;
             return !notices.empty() && notices.back().find(part) != std::string::npos;
