@@ -51,7 +51,7 @@ BENCHMARK(flat_functions);
 void flat_memory(benchmark::State &state) {
     static z80_pages pages;
     for (uint32_t i = 0; i < 0x10000 / z80_page_size; ++i)
-        pages.read[i] = pages.write[i] = flat + i * z80_page_size;
+        pages.fetch[i] = pages.read[i] = pages.write[i] = flat + i * z80_page_size;
     std::memcpy(flat + mixed_program_origin, mixed_program, sizeof mixed_program);
     z80_install(cpu, flat_read, flat_write, no_in, no_out);
     cpu.pages = &pages;

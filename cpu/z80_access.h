@@ -65,6 +65,7 @@ uint16_t z80_injected16(z80_cpu &cpu);
 
 // Memory is read and written through the pages where there are some. The rest of each access is a function of
 // its own, so that what the instructions are compiled to stays short.
+uint8_t z80_ask_opcode(z80_cpu &cpu, uint16_t address);
 uint8_t z80_ask8(z80_cpu &cpu, uint16_t address);
 void z80_tell8(z80_cpu &cpu, uint16_t address, uint8_t value);
 uint16_t z80_ask16(z80_cpu &cpu, uint16_t address);
@@ -75,9 +76,12 @@ void z80_tell_push(z80_cpu &cpu, uint16_t value);
     __atomic_store_n(page + address % z80_page_size, value, __ATOMIC_RELAXED);
 }
 
+// A page that is to be fetched from and not to be read costs a wait a byte.
 [[gnu::always_inline]] inline uint8_t read_memory(z80_cpu &cpu, uint16_t address, uint32_t *wait) {
-    const uint8_t *const page = cpu.pages->read[address / z80_page_size];
-    return page != nullptr ? page[address % z80_page_size] : cpu.mem_read(address, wait);
+    const uint8_t *const page = cpu.pages->fetch[address / z80_page_size];
+    if (page == nullptr) return cpu.mem_read(address, wait);
+    *wait += cpu.pages->read[address / z80_page_size] == nullptr;
+    return page[address % z80_page_size];
 }
 
 [[gnu::always_inline]] inline void write_memory(z80_cpu &cpu, uint16_t address, uint8_t value,
@@ -124,10 +128,12 @@ void z80_tell_push(z80_cpu &cpu, uint16_t value);
 }
 
 // The opcode, or the byte after a prefix. Every M1 cycle costs one wait, whatever the memory is: what the
-// memory itself reports goes into a counter that nobody reads.
+// memory itself reports is not charged.
 [[gnu::always_inline]] inline uint8_t fetch_opcode(z80_cpu &cpu, auto &pc) {
     if (pc.may_inject && cpu.inject_active) return z80_injected8(cpu);
-    return read_memory(cpu, pc.advance(1), &cpu.m1_memory_waits);
+    const uint16_t address = pc.advance(1);
+    const uint8_t *const page = cpu.pages->fetch[address / z80_page_size];
+    return page != nullptr ? page[address % z80_page_size] : z80_ask_opcode(cpu, address);
 }
 
 [[gnu::always_inline]] inline uint8_t fetch8(z80_cpu &cpu, auto &pc) {

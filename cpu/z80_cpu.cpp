@@ -153,8 +153,13 @@ void z80_nmi(z80_cpu &cpu) {
     leave_halt(cpu);
 }
 
+[[gnu::noinline]] uint8_t z80_ask_opcode(z80_cpu &cpu, uint16_t address) {
+    uint32_t not_charged = 0;
+    return cpu.mem_read(address, &not_charged);
+}
+
 [[gnu::noinline]] uint8_t z80_ask8(z80_cpu &cpu, uint16_t address) {
-    return cpu.mem_read(address, &cpu.wait_count);
+    return read_memory(cpu, address, &cpu.wait_count);
 }
 
 [[gnu::noinline]] void z80_tell8(z80_cpu &cpu, uint16_t address, uint8_t value) {

@@ -61,13 +61,15 @@ enum z80_register_index {
     register_words
 };
 
-// Memory that the CPU reads and writes by itself: pages that cost no waits and whose accesses nobody has to
-// hear of. Other threads may read the bytes that it stores. Where a page is nullptr, mem_read or mem_write is
-// called.
+// Memory that the CPU reads and writes by itself: pages whose accesses nobody has to hear of. Other threads
+// may read the bytes that it stores. Where a page is nullptr, mem_read or mem_write is called.
 constexpr uint32_t z80_page_size = 0x400;
 struct z80_pages {
-    const uint8_t *read[0x10000 / z80_page_size];
-    uint8_t *write[0x10000 / z80_page_size];
+    const uint8_t
+        *fetch[0x10000 / z80_page_size]; // for opcodes, whatever waits the memory costs: none is charged
+    const uint8_t
+        *read[0x10000 / z80_page_size]; // the same where a read costs no wait, else nullptr: it costs one
+    uint8_t *write[0x10000 / z80_page_size]; // where a write costs none
 };
 extern const z80_pages z80_no_pages; // every byte through the functions
 
@@ -82,20 +84,19 @@ struct z80_cpu {
     uint32_t wait_count2;   // the same, second byte of words
     uint32_t accept_cycles; // T-states of an interrupt accepted for the next step
     uint8_t I;
-    uint8_t IM;               // 0, 1, 2
-    uint8_t IFF1, IFF2;       // 0 or 1
-    uint8_t stop_reason;      // z80_stop_reason
-    uint16_t trace_pc;        // address of the instruction of the current step
-    uint16_t vector_pc;       // entry address of an accepted interrupt
-    uint8_t r_counter;        // +1 a step; index into r_table
-    uint8_t stop_flags;       // z80_stop_flag
-    uint8_t restore_steps;    // steps to go until interrupts are enabled, while `restoring`
-    uint8_t r_table[256];     // what LD A,R returns; new random bytes at every reset
-    uint8_t inject_active;    // 1: instruction bytes come from inject_bytes
-    uint8_t inject_bytes[5];  // consumed from the end
-    int16_t inject_count;     // bytes still to be taken
-    uint32_t total_cycles;    // running sum of step_cycles, modulo 2^32
-    uint32_t m1_memory_waits; // memory waits of opcode fetches: never charged, never read
+    uint8_t IM;              // 0, 1, 2
+    uint8_t IFF1, IFF2;      // 0 or 1
+    uint8_t stop_reason;     // z80_stop_reason
+    uint16_t trace_pc;       // address of the instruction of the current step
+    uint16_t vector_pc;      // entry address of an accepted interrupt
+    uint8_t r_counter;       // +1 a step; index into r_table
+    uint8_t stop_flags;      // z80_stop_flag
+    uint8_t restore_steps;   // steps to go until interrupts are enabled, while `restoring`
+    uint8_t r_table[256];    // what LD A,R returns; new random bytes at every reset
+    uint8_t inject_active;   // 1: instruction bytes come from inject_bytes
+    uint8_t inject_bytes[5]; // consumed from the end
+    int16_t inject_count;    // bytes still to be taken
+    uint32_t total_cycles;   // running sum of step_cycles, modulo 2^32
 
     // The CPU's own operations, stored by z80_install.
     bool (*z80_step)(z80_cpu &cpu);

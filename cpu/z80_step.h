@@ -21,7 +21,7 @@ extern const std::array<z80_instruction, 128> z80_lower_half, z80_upper_half;
     cpu.r_counter = static_cast<uint8_t>(cpu.r_counter + 1);
     if (cpu.stop_flags | cpu.inject_active) [[unlikely]]
         return z80_step_entering(cpu);
-    const uint8_t *const page = cpu.pages->read[cpu.PC / z80_page_size];
+    const uint8_t *const page = cpu.pages->fetch[cpu.PC / z80_page_size];
     // Not asked for here: a call would cost this function a stack frame.
     if (page == nullptr) [[unlikely]]
         return z80_step_asking(cpu);

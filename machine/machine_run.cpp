@@ -31,7 +31,18 @@ uint8_t paying_in(uint16_t port) {
     return io_in(port);
 }
 
+// Ports that choose what memory is seen. Software switches them all the time, and no device asks.
+bool maps_memory(uint8_t port) {
+    return (port >= ports::select_blue && port <= ports::select_ram) || port == ports::window_page ||
+           port == ports::expansion || port == ports::window_next;
+}
+
 void paying_out(uint16_t port, uint8_t value) {
+    if (maps_memory(static_cast<uint8_t>(port))) {
+        io_out(port, value);
+        memory_pages(); // the table in main_cpu.pages
+        return;
+    }
     pay_devices();
     io_out(port, value);
 }

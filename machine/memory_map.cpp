@@ -1,5 +1,7 @@
 #include "machine/kiv_machine.h"
 
+#include <utility>
+
 namespace {
 
 // Port 0x31 decides what lies over the RAM below 0x8400; each access reads it once.
@@ -49,13 +51,13 @@ uint8_t read_upper_rom(uint16_t address, uint32_t *wait) {
 // What decides the pages.
 struct page_key {
     uint32_t text_start, text_window_size;
-    uint8_t bank;
-    bool planes;
-    bool operator==(const page_key &) const = default;
+    uint8_t bank, expansion, window;
+    int plane;
 };
 
 page_key current_key() {
-    return {machine.text_start, machine.text_window_size, bank_bits(), selected_plane() >= 0};
+    return {machine.text_start, machine.text_window_size, bank_bits(),
+            machine.port71,     machine.port70,           selected_plane()};
 }
 
 bool in_text_window(uint16_t page_start) {
@@ -65,31 +67,63 @@ bool in_text_window(uint16_t page_start) {
            (machine.text_window_size != 0 && to_window < z80_page_size);
 }
 
-const uint8_t *page_to_read(uint16_t start, const page_key &key) {
-    if (start >= 0xC000) return key.planes ? nullptr : machine.ram + start;
-    if (start >= 0x8400 || (key.bank & port31_ram_mode)) return machine.ram + start;
-    if (key.bank != rom_mode) return start < 0x8000 ? machine.nbasic_rom + start : machine.ram + start;
-    return start < 0x6000 ? machine.main_rom + start : nullptr;
+struct readable_page {
+    const uint8_t *bytes;
+    bool waits;
+};
+
+readable_page upper_rom_page(uint16_t start, uint8_t expansion) {
+    if (expansion == 0xFF) return {machine.main_rom + start, true};
+    return {(expansion & 1) == 0 ? machine.ext_rom + (start & 0x1FFF) : nullptr, true};
+}
+
+// A window over the top of memory is in two pieces.
+readable_page window_page(uint8_t window) {
+    const uint32_t from = window * 0x100;
+    return {from + z80_page_size <= ram_size ? machine.ram + from : nullptr, true};
+}
+
+readable_page page_to_read(uint16_t start, const page_key &key) {
+    if (start >= 0xC000 && key.plane >= 0) return {machine.gvram[key.plane] + (start & 0x3FFF), true};
+    if (start >= 0x8400 || (key.bank & port31_ram_mode)) return {machine.ram + start, false};
+    if (key.bank != rom_mode)
+        return {start < 0x8000 ? machine.nbasic_rom + start : machine.ram + start, false};
+    if (start == 0x8000) return window_page(key.window);
+    return start < 0x6000 ? readable_page{machine.main_rom + start, false}
+                          : upper_rom_page(start, key.expansion);
 }
 
 uint8_t *page_to_write(uint16_t start, const page_key &key) {
-    if (start >= 0xC000 && key.planes) return nullptr;
+    if (start >= 0xC000 && key.plane >= 0) return nullptr;
     if (start == 0x8000 && key.bank == rom_mode) return nullptr;
     return in_text_window(start) ? nullptr : machine.ram + start;
+}
+
+void map_pages(z80_pages &pages, const page_key &key, uint32_t from, uint32_t to) {
+    for (uint32_t page = from / z80_page_size; page < to / z80_page_size; ++page) {
+        const auto start = static_cast<uint16_t>(page * z80_page_size);
+        const auto [bytes, waits] = page_to_read(start, key);
+        pages.fetch[page] = bytes;
+        pages.read[page] = waits ? nullptr : bytes;
+        pages.write[page] = page_to_write(start, key);
+    }
 }
 
 } // namespace
 
 const z80_pages &memory_pages() {
     static z80_pages pages;
-    static page_key key{UINT32_MAX, 0, 0, false}; // of no map
-    if (const page_key now = current_key(); key != now) {
-        key = now;
-        for (uint32_t start = 0; start < ram_size; start += z80_page_size) {
-            pages.read[start / z80_page_size] = page_to_read(static_cast<uint16_t>(start), key);
-            pages.write[start / z80_page_size] = page_to_write(static_cast<uint16_t>(start), key);
-        }
+    static page_key key{UINT32_MAX, 0, 0, 0, 0, 0}; // of no map
+    const page_key was = std::exchange(key, current_key());
+    if (was.text_start != key.text_start || was.text_window_size != key.text_window_size ||
+        was.bank != key.bank) {
+        map_pages(pages, key, 0, ram_size);
+        return pages;
     }
+    // Software of this machine changes these all the time, each for a part of memory.
+    if (was.expansion != key.expansion) map_pages(pages, key, 0x6000, 0x8000);
+    if (was.window != key.window) map_pages(pages, key, 0x8000, 0x8400);
+    if (was.plane != key.plane) map_pages(pages, key, 0xC000, ram_size);
     return pages;
 }
 

@@ -34,7 +34,7 @@ struct memory_areas {
     alignas(64) shared<uint8_t> font_work[font_work_size]; // codes 0x80-0xFF are rewritten by the PCG-8100
 };
 
-// What of the map costs no waits and needs no lock, as it stands now; for the CPU until the next port access.
+// What of the map needs no lock, as it stands now; for the CPU until a latch of the map changes.
 const struct z80_pages &memory_pages();
 
 // The Z80's memory. `wait` is incremented when the access costs a wait state.

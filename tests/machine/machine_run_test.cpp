@@ -5,6 +5,7 @@
 namespace {
 
 constexpr uint16_t program_start = 0x9000, program_end = 0xA000;
+constexpr uint16_t waiting_code = 0xB400; // and in every memory that waits
 constexpr uint16_t handler = 0xB200, vectors = 0xB100, stack = 0xB000;
 
 // Writes Z80 code by chance. It stays in RAM that no bank covers and seldom writes over itself.
@@ -83,8 +84,24 @@ class program_writer {
         default: put({0xFB}); // EI
         }
     }
+    // Memory that waits is read from and run from: the ROM's upper quarter, the window, the planes.
+    void waiting_memory() {
+        out(0x31, any(256) & ~6);
+        switch (any(5)) {
+        case 0: out(0x71, 0xFE), call(0x6000); break;
+        case 1: out(0x71, 0xFF), call(0x6000); break;
+        case 2: out(0x70, waiting_code >> 8), call(0x8000); break;
+        case 3: out(0x5C + any(3), 0), call(0xC000), out(0x5F, 0); break;
+        default:
+            out(0x71, 0xFD + any(3)), out(0x70, 0xFB + any(5));                           // over the top
+            put({0x2A, any(256), 0x60, 0xED, 0x5B, any(256), 0x80 + any(4), 0x19, 0x45}); // LD HL,(nn) ...
+        }
+        out(0x70, 0xC0 + any(64));
+    }
+    void call(int address) { put({0xCD, address & 0xFF, address >> 8}); }
     void snippet() {
-        switch (any(12)) {
+        switch (any(13)) {
+        case 12: waiting_memory(); break;
         case 0: port_storm(); break;
         case 1: port_reads(); break;
         case 2:
@@ -120,6 +137,11 @@ struct MachineRun : Machine {
         load(handler, {0xF5, static_cast<uint8_t>(seed % 2 ? 0xDB : 0x3E), 0x20, 0xF1,
                        static_cast<uint8_t>(seed % 8 ? 0xFB : 0x00), 0xC9});
         load(program_start, program_writer(seed).write());
+        // LD HL,(nn); LD A,(nn); ADD A,L; LD L,A; LD BC,nn; LD (HL),B; RET
+        const bytes code = {0x2A, 0x23, 0x81, 0x3A, 0x01, 0x60, 0x85, 0x6F, 0x01, 0x34, 0xC0, 0x70, 0xC9};
+        for (uint8_t *const at : {machine.main_rom + 0x6000, machine.ext_rom + 0, machine.ram + waiting_code,
+                                  machine.gvram[0] + 0, machine.gvram[1] + 0, machine.gvram[2] + 0})
+            std::copy(code.begin(), code.end(), at);
         std::memset(machine.main_rom + 0x0038, 0xC9, 1);
         std::memset(machine.nbasic_rom + 0x0038, 0xC9, 1);
         main_cpu.PC = program_start;
