@@ -92,7 +92,7 @@ TEST_F(display_devices, PortsMakeTheState) {
         {cursor_state, {{0x51, 0x80}, {0x50, 40, 8}}, "40,8, off, phase 0, parameters 0"},
         {cursor_state, {{0x51, 0x81}, {0x50, 40, 8}}, "40,8, on, phase 1, parameters 0"},
         {cursor_state, {{0x51, 0x81}, {0x50, 40, 5}}, "40,5, on, phase 1, parameters 0"},
-        {cursor_state, {{0x51, 0x81}, {0x50, 40, 0x3F}}, "40,63, on, phase 1, parameters 0"},
+        {cursor_state, {{0x51, 0x81}, {0x50, 100, 0x3F}}, "100,63, on, phase 1, parameters 0"},
         {cursor_state, {{0x51, 0x81}, {0x50, 10}}, "10,5, on, phase 0, parameters 5"},
         {cursor_state, {{0x51, 0x9F}, {0x50, 0x80 | 10, 0xC0 | 5}}, "10,5, on, phase 0, parameters 0"},
         // Low byte first; the mode starts the pairs again.
@@ -118,6 +118,10 @@ TEST_F(display_devices, PortsMakeTheState) {
          {{0x53, 1}, {0x51, 0}, {0x50, 0x4E, 0xD3, 0x07, 0, 0x53}, {0x51, 0x21, 0x80}, {0x68, 0x44}},
          "owed 0, reverse 0, phase 1, raster 10, row 0, burst 0, status 2, cursor 1, blink 24/48 72/96, "
          "chosen 102"},
+        {state_after_reset,
+         {{0x68, 0x44}},
+         "owed 0, reverse 0, phase 1, raster 10, row 0, burst 0, status 2, cursor 1, blink 24/48 72/96, "
+         "chosen 001"},
     };
     for (const auto &c : cases) {
         power_on();
@@ -254,21 +258,24 @@ TEST_F(video_timing, ARestartBeginsAFrameAndEachRowIsOwedAlone) {
         for (int i = 0; i < ticks; ++i) machine.timing_tick(1);
         machine.timing_reset();
         EXPECT_EQ(machine.vrtc, 0) << ticks;
-        uint32_t until_blank = 1;
+        EXPECT_EQ(printed("DMA", [] { machine.timing_tick(1); }), "") << "nothing is owed to the last row";
+        uint32_t until_blank = 2;
         while (machine.timing_tick(1) != timing_vblank_begins) ++until_blank;
         EXPECT_EQ(until_blank, 400u * 161) << ticks;
         uint32_t blank = 1;
         while (machine.timing_tick(1) != timing_vblank_ends) ++blank;
         EXPECT_EQ(blank, 7720u) << ticks;
     }
-    for (const int hidden : {0, 1}) {
-        start_display(25);
-        out(0x53, {hidden});
-        machine.timing_reset();
-        machine.dma_stall = 0;
-        for (int i = 0; i < 161 * 9; ++i) machine.timing_tick(1); // into the second row
-        EXPECT_EQ(machine.dma_stall, 60u * 5 + 60 * 6) << "hidden " << hidden;
-    }
+    for (const int columns : {0xCE, 0x4E}) // byte by byte, in bursts
+        for (const int hidden : {0, 1}) {
+            crtc(0x00, {columns, 0x98, 0x07, 0x00, 0x53});
+            crtc(0x20);
+            out(0x53, {hidden});
+            machine.timing_reset();
+            machine.dma_stall = 0;
+            for (int i = 0; i < 161 * 9; ++i) machine.timing_tick(1); // into the second row
+            EXPECT_EQ(machine.dma_stall, 60u * 5 + 60 * 6) << "hidden " << hidden << ", " << columns;
+        }
 }
 
 TEST_F(video_timing, BlinkPhasesFollowTheFrames) {
