@@ -108,6 +108,7 @@ class machine_run {
     void check_listing() const;
     void look_for_the_end();
     void frame_shown();
+    void fail_if_interrupted() const;
     void draw() { check(kiv_draw_indexed(pixels, KIV_WIDTH)); }
     void run_ended();
     bool ended() const { return options.seconds ? cycles >= cycle_limit : frames >= frame_limit; }
@@ -269,6 +270,10 @@ void machine_run::frame_shown() {
         interrupted = 0; // the driver has been asked to stop, and the person goes on
         return;
     }
+    fail_if_interrupted();
+}
+
+void machine_run::fail_if_interrupted() const {
     if (interrupted && options.gdb.empty())
         throw run_failure("interrupted after " + std::to_string(frames) + " frames");
 }
@@ -336,6 +341,7 @@ bool machine_run::go_on_bench() {
             }
     }
     bench->driver.on_run = nullptr;
+    if (!options.debug && !options.json) fail_if_interrupted(); // the driver may have stopped in mid-frame
     bench->finish();
     const bool own_end =
         bench->ended() || options.debug || options.json || !options.gdb.empty() || !options.scripts.empty();
@@ -445,9 +451,12 @@ int main(int argc, char **argv) {
         // A debugger that has started this program itself may get the terminal's interrupts, too.
         const bool of_debugger = !options.gdb.empty() && is_standard_gdb_place(options.gdb);
         std::signal(SIGINT, of_debugger ? SIG_IGN : interrupt);
-        struct sigaction end {};
+        struct sigaction end {
+        }, hang_up{};
         end.sa_handler = interrupt; // without SA_RESTART: a prompt that waits ends, too
         sigaction(SIGTERM, &end, nullptr);
+        if (sigaction(SIGHUP, nullptr, &hang_up) == 0 && hang_up.sa_handler != SIG_IGN) // by nohup
+            sigaction(SIGHUP, &end, nullptr);
         const auto run =
             std::make_unique<machine_run>(options); // the frame's pixels are too many for a stack
         run->prepare();

@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <iostream>
 #include <unistd.h>
 #ifdef KIV_HAS_LINE_EDITOR
@@ -45,6 +46,7 @@ struct growing {
     growing(const growing &) = delete;
     growing &operator=(const growing &) = delete;
     ~growing() {
+        if (std::uncaught_exceptions() != 0) return; // the run has failed, perhaps at this very file
         try {
             flush();
             file.finish();
