@@ -134,6 +134,11 @@ TEST(AtomicWrite, FailureLeavesTheOldFileAndNothingElse) {
         return write_text(folder / "big", "old big") &&
                !write_text(folder / "big", std::string(200'000, 'x'));
     }));
+    file_aside late;
+    EXPECT_TRUE(late.open(folder / "late"));
+    fs::create_directory(folder / "late"); // took the name meanwhile
+    EXPECT_FALSE(late.finish());
+    fs::remove(folder / "late");
     EXPECT_EQ(get_file(folder / "file"), "old");
     EXPECT_EQ(get_file(folder / "big"), "old big");
     EXPECT_EQ(names_in(folder.path), (std::vector<std::string>{"big", "file"}));

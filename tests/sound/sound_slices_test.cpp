@@ -1,4 +1,5 @@
 #include "sound/sound_slices.h"
+#include "support/log.h"
 
 #include <algorithm>
 #include <array>
@@ -177,14 +178,21 @@ TEST(sound_slices, phases_wrap_in_a_long_run) {
 
 // A program can switch faster than banks hold, and nobody may have closed a slice for long.
 TEST(sound_slices, overrun_banks_drop_time_and_still_give_whole_slices) {
+    static int told;
+    set_log_sink(
+        [](log_kind, const char *text) { told += std::string(text).find("overrun") != std::string::npos; });
     for (const uint32_t channel : {0, 1, 2, 4}) // 4: all tones muted
         for (const uint64_t step : {1, 8}) {    // less than a slice in all, or more
             auto slices = silent_slices();
+            told = 0;
             for (uint32_t n = 0; n < 12000; ++n) {
                 channel == 4 ? slices->muteTones() : apply(*slices, {0, channel, n % 2 ? 0 : 1000u});
                 slices->advanceClock(step);
             }
-            EXPECT_EQ(slices->channel(channel == 0 ? 0 : 1).banks[0].count, bank_capacity);
+            const sound_channel &full = slices->channel(channel == 0 ? 0 : 1);
+            EXPECT_EQ(full.banks[0].count, bank_capacity);
+            EXPECT_EQ(full.recorded_until, 11999 * step) << "what found no room is over";
+            EXPECT_EQ(told, 1);
             for (int n = 0; n < 40; ++n) {
                 next_slice(*slices, n == 0 ? 1000000 : slice);
                 for (uint32_t c = 0; c < sound_channels; ++c) {
@@ -196,6 +204,7 @@ TEST(sound_slices, overrun_banks_drop_time_and_still_give_whole_slices) {
                 }
             }
         }
+    set_log_sink(nullptr);
 }
 
 // The bank keeps 9599 stretches, here 923 samples' worth, the last of them silent. What follows lengthens
