@@ -480,6 +480,24 @@ class ProgramOnScreen : public DesktopScreen {
     }
 };
 
+TEST(ProgramStart, WithoutADesktopItSaysSoInOneLine) {
+    const temporary_folder place;
+    const struct {
+        const char *desktop, *said;
+    } rows[] = {{"DISPLAY=:4711", "kiv: The window cannot be shown on the desktop \":4711\""},
+                {"-u DISPLAY", "kiv: There is no desktop to show the window on"}};
+    for (const auto &r : rows) {
+        const std::string command = std::string("cd '") + place.path +
+                                    "'; env -u WAYLAND_DISPLAY -u QT_QPA_PLATFORM " + r.desktop +
+                                    " '" KIV_PROGRAM "' >said 2>&1";
+        const int status = std::system(command.c_str());
+        const std::string said = get_file(place / "said");
+        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 1) << status;
+        EXPECT_EQ(said.rfind(r.said, 0), 0u) << said;
+        EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;
+    }
+}
+
 TEST_F(ProgramOnScreen, OneDayWithEveryCommand) {
     const auto type_name = [](const char *name) {
         return QStringList{"type", "--args", "1", name, "key", "Return"};

@@ -65,9 +65,12 @@ TEST_F(DesktopSound, ADeviceTakesTheSlicesAndGivesThemUpOnStop) {
 }
 
 TEST_F(DesktopSound, WithoutADeviceTheCursorGoesByTheClock) {
+    testing::internal::CaptureStderr();
     open("no such driver");
     std::this_thread::sleep_for(50ms);
     EXPECT_FALSE(sound.get_figures().device_open);
+    sound.close();
+    sound.open();
     EXPECT_EQ(cursor(), 0u) << "stands while it is stopped";
     using seconds = std::chrono::duration<double>;
     const auto before = std::chrono::steady_clock::now();
@@ -86,6 +89,9 @@ TEST_F(DesktopSound, WithoutADeviceTheCursorGoesByTheClock) {
     // The device appears: it is taken without anyone asking.
     setenv("SDL_AUDIODRIVER", "dummy", 1);
     wait_until([&] { return sound.get_figures().device_open; });
+    const std::string said = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(said.rfind("kiv: no sound: ", 0), 0u) << said;
+    EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;
 }
 
 TEST_F(DesktopSound, LocksWrapAndAVolumeReadAndSetAgainStaysWhatItWas) {
