@@ -331,8 +331,7 @@ void take_sound(source &s, sound_block *sound) {
     }
 }
 
-// ---- ROM images, tape
-// --------------------------------------------------------------------------------------
+// ---- ROM images, tape -----------------------------------------------------------------------------------
 
 bool roms_known = false;
 uint64_t rom_checksums[4];
@@ -375,8 +374,7 @@ bool tape_in_deck(const tape_head &head) {
            cassette_tape_checksum() == head.checksum;
 }
 
-// ---- writing
-// -----------------------------------------------------------------------------------------------
+// ---- writing --------------------------------------------------------------------------------------------
 
 struct section_writer {
     uint8_t *at;
@@ -426,8 +424,7 @@ void all_sections(Sections &to, const snapshot_parts &parts, tape_in_snapshot ta
         });
 }
 
-// ---- reading
-// -----------------------------------------------------------------------------------------------
+// ---- reading --------------------------------------------------------------------------------------------
 
 struct section {
     const uint8_t *at = nullptr;
@@ -568,7 +565,7 @@ void load_tape(arrival &a) {
 void load_all(arrival &a, const snapshot_parts &parts) {
     const all_found &f = a.found;
     loading in{{f.machine.at, f.machine.size}};
-    key_matrix_block of_snapshot;
+    key_matrix_block of_snapshot{};
     take_machine(in, parts.keeps_keys ? of_snapshot : machine);
     loading processor{{f.processor.at, f.processor.size}};
     processor_fields(fields<loading>{processor});

@@ -168,7 +168,7 @@ class debug_session::recorder_scope {
 stop_report debug_session::back(aim_kind kind) {
     take_changes();
     const recorder_scope tape(*this);
-    const stop_report report = driver.back(kind);
+    stop_report report = driver.back(kind);
     take(report);
     told = true;
     return report;

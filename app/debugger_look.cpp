@@ -58,14 +58,15 @@ uint16_t listing_before(uint16_t pc, int rows) {
             for (int i = 0; i < 4; ++i) bytes[i] = byte_at(static_cast<uint16_t>(pc + at + i));
             at += instruction_length(bytes);
         }
-        if (at == 0 && static_cast<int>(starts.size()) >= rows) return starts[starts.size() - rows];
+        if (at == 0 && static_cast<int>(starts.size()) >= rows)
+            return starts[starts.size() - static_cast<size_t>(rows)];
     }
     return pc;
 }
 
 void list_stack(const debug_driver &driver, debugger_look &look) {
     const uint32_t sp = kiv_get_register(KIV_REG_SP);
-    for (int i = 0; i < stack_words; ++i) {
+    for (uint32_t i = 0; i < stack_words; ++i) {
         const auto at = static_cast<uint16_t>(sp + 2 * i);
         const auto word = static_cast<uint16_t>(byte_at(at) | byte_at(static_cast<uint16_t>(at + 1)) << 8);
         look.stack.push_back(

@@ -48,7 +48,7 @@ class kiv_form::dialog_scope {
   public:
     enum how : unsigned { plain = 0, take_focus = 1, erase = 2, release_keys = 4 };
 
-    dialog_scope(kiv_form &f, unsigned options) : form(f), with(options) {
+    dialog_scope(kiv_form &f, unsigned wanted) : form(f), with(wanted) {
         if (form.in_dialog) return;
         pause.emplace(form);
         if (!*pause) return;

@@ -98,14 +98,14 @@ template <class Do> bool kiv_form::debugger::while_parked(Do what) {
 
 template <class Do> bool kiv_form::debugger::work(Do what) {
     while_parked([&] {
-        const bool in_dialog = std::exchange(form.in_dialog, true);
+        const bool had_dialog = std::exchange(form.in_dialog, true);
         working = true;
         const auto shown = form.host.begin_work(*form.window, platform::text("デバッガが実行しています"));
         session.goes_on = [&shown](double part) { return shown->goes_on(part); };
         what();
         session.goes_on = nullptr;
         working = false;
-        form.in_dialog = in_dialog;
+        form.in_dialog = had_dialog;
     });
     if (!form.session_ends) return true;
     pause_scope(form).end();

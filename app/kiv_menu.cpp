@@ -8,7 +8,6 @@
 #include "cpu/z80_thread.h"
 #include "display/kiv_directx.h"
 #include "machine/kiv_machine.h"
-#include "machine/tape_files.h"
 #include "platform/file.h"
 #include "platform/texts.h"
 #include "support/log.h"

@@ -10,7 +10,6 @@
 #include "platform/texts.h"
 #include "support/host_keys.h"
 
-#include <algorithm>
 #include <cctype>
 #include <filesystem>
 #include <fstream>
@@ -44,7 +43,7 @@ void kiv_form::type_text(const std::string &text) {
     uint32_t left_out = 0;
     std::string typed; // where the debugger's history has to know of it
     const char *at = text.c_str(), *from = at;
-    for (; const uint32_t character = next_character(at); from = at) {
+    for (uint32_t character = next_character(at); character != 0; from = at, character = next_character(at)) {
         key_stroke stroke{};
         if (character == '\r') continue;
         if (!stroke_of(character, stroke) || (session() == nullptr && !typing.add(stroke)))

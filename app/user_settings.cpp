@@ -3,7 +3,6 @@
 #include "platform/file.h"
 #include "platform/profile.h"
 
-#include <algorithm>
 #include <cstdlib>
 
 namespace {

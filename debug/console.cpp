@@ -5,7 +5,6 @@
 #include "debug/disassembler.h"
 #include "machine/kiv_machine.h"
 #include <algorithm>
-#include <cstdio>
 #include <set>
 
 using namespace console_text;

@@ -7,7 +7,6 @@
 #include "debug/disassembler.h"
 #include <algorithm>
 #include <cinttypes>
-#include <cstdio>
 
 using namespace console_text;
 using command = debug_console::command;
@@ -24,7 +23,8 @@ void check(kiv_result result) {
 }
 uint8_t byte_at(uint16_t address) { return static_cast<uint8_t>(kiv_peek(KIV_AREA_CPU, address)); }
 unsigned word_at(uint16_t address) {
-    return byte_at(address) | byte_at(static_cast<uint16_t>(address + 1)) << 8;
+    const unsigned high = byte_at(static_cast<uint16_t>(address + 1));
+    return byte_at(address) | high << 8;
 }
 
 // ---- looking -----------------------------------------------------------------------------------------

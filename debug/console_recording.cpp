@@ -2,7 +2,6 @@
 #include "debug/console_commands.h"
 
 #include "api/kiv.h"
-#include <cstdio>
 
 using namespace console_text;
 using command = debug_console::command;

@@ -5,7 +5,6 @@
 #include "debug/disassembler.h"
 #include "debug/memory_banks.h"
 #include <cinttypes>
-#include <cstdio>
 
 using namespace console_text;
 using command = debug_console::command;

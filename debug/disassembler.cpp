@@ -1,6 +1,5 @@
 #include "debug/disassembler.h"
 
-#include <algorithm>
 #include <cstdio>
 
 namespace {
@@ -32,8 +31,8 @@ struct decoder {
         return result.bytes[result.length++] = byte;
     }
     uint16_t next_word() {
-        const unsigned low = next();
-        return static_cast<uint16_t>(next() << 8 | low);
+        const unsigned low = next(), high = next();
+        return static_cast<uint16_t>(high << 8 | low);
     }
     std::string address_text(uint16_t target) const {
         std::string name = name_of ? name_of(target) : std::string();

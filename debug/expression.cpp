@@ -5,7 +5,6 @@
 #include "machine/kiv_machine.h"
 #include <cctype>
 #include <cstring>
-#include <utility>
 
 expression_context looked_at;
 

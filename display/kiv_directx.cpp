@@ -9,7 +9,6 @@
 #include "platform/clock.h"
 #include "support/log.h"
 #include "support/main_window.h"
-#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <span>

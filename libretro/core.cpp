@@ -10,7 +10,6 @@
 #include "libretro/options.h"
 #include "libretro/tapes.h"
 
-#include <cstdarg>
 #include <cstdio>
 #include <cstring>
 #include <ctime>

@@ -3,7 +3,6 @@
 #include "api/kiv.h"
 
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <vector>
 

@@ -1,6 +1,6 @@
-#include "machine/kiv_machine.h"
 #include "machine/memory_dump.h"
 #include "machine/read_exactly.h"
+#include "platform/file.h"
 #include "support/kel_fstream.h"
 #include "support/log.h"
 

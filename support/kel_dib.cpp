@@ -2,7 +2,6 @@
 
 #include "platform/resources.h"
 #include "support/kel_fstream.h"
-#include <algorithm>
 #include <climits>
 #include <cstdlib>
 #include <cstring>

@@ -22,7 +22,6 @@
 #include <cstdio>
 #include <cstring>
 #include <ctime>
-#include <functional>
 #include <limits>
 #include <memory>
 #include <unistd.h>

@@ -6,10 +6,8 @@
 #include "tools/kiv_run_outputs.h"
 #include "tools/kiv_run_typing.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <exception>
 #include <iostream>
 #include <unistd.h>

@@ -179,35 +179,37 @@ std::pair<std::string, int> parse_exit_text(const std::string &option, const std
     return {value.substr(0, equals), code};
 }
 
-} // namespace
+using value_option = std::function<void(const std::string &option, const std::string &value)>;
 
-run_options parse_run_options(int argc, char **argv) {
-    run_options o;
-    using value_option = std::function<void(const std::string &option, const std::string &value)>;
-    const auto text_into = [](std::string &target) -> value_option {
-        return [&target](const std::string &, const std::string &value) { target = value; };
+value_option text_into(std::string &target) {
+    return [&target](const std::string &, const std::string &value) { target = value; };
+}
+
+value_option path_into(std::string &target) {
+    return [&target](const std::string &option, const std::string &value) {
+        if (value.empty()) throw run_failure(option + ": a name is wanted");
+        target = value;
     };
-    const auto path_into = [](std::string &target) -> value_option {
-        return [&target](const std::string &option, const std::string &value) {
-            if (value.empty()) throw run_failure(option + ": a name is wanted");
-            target = value;
-        };
+}
+
+// One of two words; the second sets it.
+value_option choice_into(bool &target, const char *first, const char *second) {
+    return [&target, first, second](const std::string &option, const std::string &value) {
+        if (value != first && value != second)
+            bad(option, value, std::string(first) + " or " + second + " is wanted");
+        target = value == second;
     };
-    // One of two words; the second sets it.
-    const auto choice_into = [](bool &target, const char *first, const char *second) -> value_option {
-        return [&target, first, second](const std::string &option, const std::string &value) {
-            if (value != first && value != second)
-                bad(option, value, std::string(first) + " or " + second + " is wanted");
-            target = value == second;
-        };
+}
+
+value_option added_to(std::vector<std::string> &target) {
+    return [&target](const std::string &option, const std::string &value) {
+        if (value.empty()) throw run_failure(option + ": its value is empty");
+        target.push_back(value);
     };
-    const auto added_to = [](std::vector<std::string> &target) -> value_option {
-        return [&target](const std::string &option, const std::string &value) {
-            if (value.empty()) throw run_failure(option + ": its value is empty");
-            target.push_back(value);
-        };
-    };
-    const std::map<std::string, value_option> with_value = {
+}
+
+std::map<std::string, value_option> options_with_value(run_options &o) {
+    return {
         {"--symbols", added_to(o.symbols)},
         {"--listing", added_to(o.listings)},
         {"--script", added_to(o.scripts)},
@@ -253,37 +255,15 @@ run_options parse_run_options(int argc, char **argv) {
              o.seed = static_cast<unsigned>(parse_count(name, value, 0, UINT_MAX));
          }},
     };
-    for (int i = 1; i < argc; ++i) {
-        std::string name = argv[i];
-        if (name == "--help" || name == "-h")
-            o.help = true;
-        else if (name == "--version")
-            o.version = true;
-        else if (name == "--text")
-            o.text = true;
-        else if (name == "--stats")
-            o.stats = true;
-        else if (name == "--run")
-            o.run = true;
-        else if (name == "--debug")
-            o.debug = true;
-        else if (name == "--json")
-            o.json = true;
-        else {
-            std::optional<std::string> value;
-            if (const size_t equals = name.find('='); equals != std::string::npos) {
-                value = name.substr(equals + 1);
-                name.resize(equals);
-            }
-            const auto option = with_value.find(name);
-            if (option == with_value.end()) throw run_failure(name + ": no such option (--help lists them)");
-            if (!value) {
-                if (++i >= argc) throw run_failure(name + ": its value is missing");
-                value = argv[i];
-            }
-            option->second(name, *value);
-        }
-    }
+}
+
+std::map<std::string, bool *> switches(run_options &o) {
+    return {{"--help", &o.help},   {"-h", &o.help},   {"--version", &o.version}, {"--text", &o.text},
+            {"--stats", &o.stats}, {"--run", &o.run}, {"--debug", &o.debug},     {"--json", &o.json}};
+}
+
+// Options that are each good alone.
+void check_together(const run_options &o) {
     if (o.frames && o.seconds) throw run_failure("--frames and --seconds: one of them is enough");
     if (o.debug && o.json) throw run_failure("--debug and --json: the standard input is one of them's");
     if (!o.record_input.empty() && o.record_input == o.replay_input)
@@ -296,5 +276,33 @@ run_options parse_run_options(int argc, char **argv) {
     if (!o.gdb.empty() && is_standard_gdb_place(o.gdb) && o.text)
         throw run_failure("--gdb " + o.gdb + " and --text: the standard output is for one of them");
     if (o.png_every != 0 && o.png.empty()) throw run_failure("--png-every: --png names the pictures");
+}
+
+} // namespace
+
+run_options parse_run_options(int argc, char **argv) {
+    run_options o;
+    const auto with_value = options_with_value(o);
+    const auto without = switches(o);
+    for (int i = 1; i < argc; ++i) {
+        std::string name = argv[i];
+        if (const auto found = without.find(name); found != without.end()) {
+            *found->second = true;
+            continue;
+        }
+        std::optional<std::string> value;
+        if (const size_t equals = name.find('='); equals != std::string::npos) {
+            value = name.substr(equals + 1);
+            name.resize(equals);
+        }
+        const auto option = with_value.find(name);
+        if (option == with_value.end()) throw run_failure(name + ": no such option (--help lists them)");
+        if (!value) {
+            if (++i >= argc) throw run_failure(name + ": its value is missing");
+            value = argv[i];
+        }
+        option->second(name, *value);
+    }
+    check_together(o);
     return o;
 }

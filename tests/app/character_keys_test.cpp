@@ -25,7 +25,7 @@ struct program_that_looks {
 };
 
 // However quickly the person types, and wherever in the program's look a key comes.
-TEST(character_keys, a_letter_is_never_seen_before_its_shift) {
+TEST(CharacterKeys, ALetterIsNeverSeenBeforeItsShift) {
     for (const std::string text : {"PRINT", "PrInT", "print", "aaAAaA"})
         for (const int retraces_between : {0, 1, 2, 7}) {
             SCOPED_TRACE(text + ", " + std::to_string(retraces_between));

@@ -5,7 +5,7 @@
 
 namespace {
 
-TEST_F(whole_program, TheDebuggerStopsStepsGoesBackAndLetsGo) {
+TEST_F(WholeProgram, TheDebuggerStopsStepsGoesBackAndLetsGo) {
     using act = platform::debugger_action;
     constexpr uint8_t begins[] = {0xE5, 0x7A, 0xFE, 0x30}; // the routine for a key that went down
     const auto typed = static_cast<uint16_t>(
@@ -183,7 +183,7 @@ TEST_F(whole_program, TheDebuggerStopsStepsGoesBackAndLetsGo) {
 }
 
 // A debugger on the wire and the window in front of the same machine.
-TEST_F(whole_program, ADebuggerOnTheWireStopsTheMachineAndLetsItGo) {
+TEST_F(WholeProgram, ADebuggerOnTheWireStopsTheMachineAndLetsItGo) {
     options.gdb = "0";
     platform::wire client;
     run([&] {

@@ -7,7 +7,7 @@
 
 namespace {
 
-TEST(help, TextHas33LinesAnd1232BytesInShiftJis) {
+TEST(Help, TextHas33LinesAnd1232BytesInShiftJis) {
     const iconv_t converter = iconv_open("CP932", "UTF-8");
     ASSERT_NE(converter, reinterpret_cast<iconv_t>(-1));
     std::string in = help_text, out(4096, '\0');

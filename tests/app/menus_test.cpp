@@ -4,7 +4,7 @@
 namespace {
 
 // A letter reaches one item of its menu, and every item of a menu has one; a key does one thing.
-TEST_F(whole_program, NoTwoItemsShareALetterOrAKey) {
+TEST_F(WholeProgram, NoTwoItemsShareALetterOrAKey) {
     std::map<std::string, std::string> keys;
     const std::function<void(const std::vector<platform::menu_item> &, bool)> look = [&](auto &items,
                                                                                          bool bar) {
@@ -28,7 +28,7 @@ TEST_F(whole_program, NoTwoItemsShareALetterOrAKey) {
     run([&] { on_window_thread([&] { look(program.form->menus(), true); }); });
 }
 
-TEST_F(whole_program, EveryMenuItemDoesItsWorkOnce) {
+TEST_F(WholeProgram, EveryMenuItemDoesItsWorkOnce) {
     put_file(folder / "song.cmt", "tape");
     run([&] {
         const auto own = [&](const char *key) {
@@ -117,7 +117,7 @@ TEST_F(whole_program, EveryMenuItemDoesItsWorkOnce) {
 
 // Whatever is in the menus is chosen: a check turns over, a choice is the one chosen, and the machine goes
 // on.
-TEST_F(whole_program, EveryCheckTurnsOverAndEveryChoiceIsTaken) {
+TEST_F(WholeProgram, EveryCheckTurnsOverAndEveryChoiceIsTaken) {
     run([&] {
         const std::set<uint32_t> elsewhere = {menu_quit, menu_record_sound, menu_record_video};
         std::vector<platform::menu_item> all;
@@ -165,7 +165,7 @@ TEST_F(whole_program, EveryCheckTurnsOverAndEveryChoiceIsTaken) {
 }
 
 // A person with a US keyboard: signs that the machine has elsewhere, with Shift and without.
-TEST_F(whole_program, KeysByCharacterGiveWhatThePersonsLayoutPrints) {
+TEST_F(WholeProgram, KeysByCharacterGiveWhatThePersonsLayoutPrints) {
     const auto sign = [](char c) { return static_cast<uint64_t>(c) << platform::key_sign_shift; };
     const struct {
         uint32_t key;
@@ -197,7 +197,7 @@ TEST_F(whole_program, KeysByCharacterGiveWhatThePersonsLayoutPrints) {
     });
 }
 
-TEST_F(whole_program, ThePageAndTheGamepadPressTheMachinesKeys) {
+TEST_F(WholeProgram, ThePageAndTheGamepadPressTheMachinesKeys) {
     script.pads = [](platform::pad_dialog &dialog) {
         const auto letter = std::find(dialog.keys.begin(), dialog.keys.end(), "Q");
         dialog.use = true;
@@ -243,7 +243,7 @@ TEST_F(whole_program, ThePageAndTheGamepadPressTheMachinesKeys) {
     EXPECT_EQ(platform::profile_string(folder / "config/kiv/kiv.ini", "Kiv", "pad_b"), "33");
 }
 
-TEST_F(whole_program, TextIsTypedAtTheMachinesPace) {
+TEST_F(WholeProgram, TextIsTypedAtTheMachinesPace) {
     std::string wanted;
     for (int i = 0; i < 60; ++i) wanted += "aBc"[i % 3];
     run([&] {
@@ -261,7 +261,7 @@ TEST_F(whole_program, TextIsTypedAtTheMachinesPace) {
 
 // Kiv BASIC reads a listing at either speed. What is typed is typed at the machine's own: at any other a key
 // would be down for so long that it repeats.
-TEST_F(whole_program, ATapeIsReadFastButNotWhileSomethingIsTyped) {
+TEST_F(WholeProgram, ATapeIsReadFastButNotWhileSomethingIsTyped) {
     for (const char *rom : {"8801-zun.rom", "8801-kiv.rom", "8801-4th.rom"})
         fs::copy_file(fs::path(KIV_FIRMWARE_DIR) / rom, folder / rom, fs::copy_options::overwrite_existing);
     const auto paste = [&](const std::string &text) {
@@ -292,7 +292,7 @@ TEST_F(whole_program, ATapeIsReadFastButNotWhileSomethingIsTyped) {
         "bytes free");
 }
 
-TEST_F(whole_program, ShiftCountsAtThePressOrAtTheRelease) {
+TEST_F(WholeProgram, ShiftCountsAtThePressOrAtTheRelease) {
     run([&] {
         const auto full_screen = [&] { return host.screen.current_mode().width != 0; };
         const struct {

@@ -31,7 +31,7 @@ using platform::fault;
 
 struct gave_up {};
 
-class whole_program : public testing::Test {
+class WholeProgram : public testing::Test {
   protected:
     // Runs the program on this thread to a normal end; another one does what the person does once the machine
     // has booted, and closes it at last.

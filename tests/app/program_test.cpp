@@ -5,7 +5,7 @@ namespace {
 
 // ---- from start to end -------------------------------------------------------------------------------
 
-TEST_F(whole_program, OneDayWithEveryCommand) {
+TEST_F(WholeProgram, OneDayWithEveryCommand) {
     std::string settings_text;
     run([&] {
         EXPECT_EQ(window().state().title, "Zun - Velmora [2.0.9]");
@@ -132,7 +132,7 @@ TEST_F(whole_program, OneDayWithEveryCommand) {
 
 // Values far outside the dialog's ranges are kept, shown, and used without harm; an OK brings the sliders'
 // ends.
-TEST_F(whole_program, SettingsAreShownAppliedAndWritten) {
+TEST_F(WholeProgram, SettingsAreShownAppliedAndWritten) {
     const std::string strange =
         "[Default]\nsoft_volume=33\nhard_volume=-2147483648\ndma_gain=500\ndma_load=2147483647\n";
     put_file(folder / "KIV.INI", strange);
@@ -186,7 +186,7 @@ TEST_F(whole_program, SettingsAreShownAppliedAndWritten) {
     }
 }
 
-TEST_F(whole_program, AnOkWithoutChangesLeavesEveryVolume) {
+TEST_F(WholeProgram, AnOkWithoutChangesLeavesEveryVolume) {
     run([&] {
         for (int wanted = 0; wanted >= -100; --wanted)
             for (const bool change : {true, false}) {
@@ -203,7 +203,7 @@ TEST_F(whole_program, AnOkWithoutChangesLeavesEveryVolume) {
 
 // ---- dialogs and painting ----------------------------------------------------------------------------
 
-TEST_F(whole_program, ThePausePictureTilesTheWindowBehindADialog) {
+TEST_F(WholeProgram, ThePausePictureTilesTheWindowBehindADialog) {
     platform::rgb_picture behind;
     run([&] {
         window().resize_client(641, 400); // one column more than five pictures
@@ -232,7 +232,7 @@ TEST_F(whole_program, ThePausePictureTilesTheWindowBehindADialog) {
     EXPECT_EQ(wrong, 0u) << "pixels of the tiled picture";
 }
 
-TEST_F(whole_program, PathsThatCannotBeTakenLoseNothing) {
+TEST_F(WholeProgram, PathsThatCannotBeTakenLoseNothing) {
     run([&] {
         choose("/" + std::string(511, 'x'));
         strike(vk_f6);
@@ -279,7 +279,7 @@ TEST_F(whole_program, PathsThatCannotBeTakenLoseNothing) {
     EXPECT_TRUE(folder.heard_line("最低 32576"));
 }
 
-TEST_F(whole_program, ACommandThatFailsInItsDialogLeavesTheMachineRunning) {
+TEST_F(WholeProgram, ACommandThatFailsInItsDialogLeavesTheMachineRunning) {
     run([&] {
         script.save_file = script.open_file = [](auto &, std::string &) -> bool {
             throw std::runtime_error("out of order");
@@ -300,7 +300,7 @@ TEST_F(whole_program, ACommandThatFailsInItsDialogLeavesTheMachineRunning) {
 
 // ---- activation, stops -------------------------------------------------------------------------------
 
-TEST_F(whole_program, FullScreenPausesWhileInactiveAWindowDoesNot) {
+TEST_F(WholeProgram, FullScreenPausesWhileInactiveAWindowDoesNot) {
     run([&] {
         window().activate(false);
         settle();
@@ -328,7 +328,7 @@ TEST_F(whole_program, FullScreenPausesWhileInactiveAWindowDoesNot) {
     EXPECT_TRUE(folder.heard_line("OnAppActivate: Activate without Surface"));
 }
 
-TEST_F(whole_program, AStoppedProcessorEndsTheProgramWithItsMessage) {
+TEST_F(WholeProgram, AStoppedProcessorEndsTheProgramWithItsMessage) {
     constexpr const char *texts[] = {"$00CD にて HALT命令を検出につき終了。",
                                      "$00CE にて未定義命令を検出につき終了。"};
     for (const char key : {'0', '1'}) {
@@ -346,7 +346,7 @@ TEST_F(whole_program, AStoppedProcessorEndsTheProgramWithItsMessage) {
     }
 }
 
-TEST_F(whole_program, AScreenChangeThatFailsEndsTheEmulationAndKeepsTheWindow) {
+TEST_F(WholeProgram, AScreenChangeThatFailsEndsTheEmulationAndKeepsTheWindow) {
     run([&] {
         host.faults.set(fault::display_mode);
         strike_with_shift(vk_f12);
@@ -360,12 +360,12 @@ TEST_F(whole_program, AScreenChangeThatFailsEndsTheEmulationAndKeepsTheWindow) {
     EXPECT_TRUE(folder.heard_line("change_screen: exit by failed"));
 }
 
-TEST_F(whole_program, ALogLineIsCutToItsBuffer) {
+TEST_F(WholeProgram, ALogLineIsCutToItsBuffer) {
     trace("%s.", std::string(2000, 'x').c_str());
     EXPECT_EQ(folder.heard(), std::vector{std::string(1023, 'x')});
 }
 
-TEST_F(whole_program, TheSessionMayEnd) {
+TEST_F(WholeProgram, TheSessionMayEnd) {
     run([&] {
         window().end_session();
         settle();
@@ -378,7 +378,7 @@ TEST_F(whole_program, TheSessionMayEnd) {
               "");
 }
 
-TEST_F(whole_program, ALogOffUnderTheSettingsStoresTheRightVolume) {
+TEST_F(WholeProgram, ALogOffUnderTheSettingsStoresTheRightVolume) {
     run([&] {
         at_settings([&](platform::settings_dialog &d) {
             EXPECT_EQ(window().send(platform::wm_query_end_session, 0, 0), 1);
@@ -393,7 +393,7 @@ TEST_F(whole_program, ALogOffUnderTheSettingsStoresTheRightVolume) {
 
 // ---- starts that fail --------------------------------------------------------------------------------
 
-TEST_F(whole_program, ASecondCopyEndsAtOnce) {
+TEST_F(WholeProgram, ASecondCopyEndsAtOnce) {
     platform::instance_lock first;
     ASSERT_EQ(first.acquire("ZunMultiBootChecker"), platform::instance_lock::result::acquired);
     EXPECT_EQ(run_program(host), 1);
@@ -405,7 +405,7 @@ TEST_F(whole_program, ASecondCopyEndsAtOnce) {
     EXPECT_EQ(poll(&called, 1, 0), 0);
 }
 
-TEST_F(whole_program, TheFirstCopyComesToTheFront) {
+TEST_F(WholeProgram, TheFirstCopyComesToTheFront) {
     run([&] {
         EXPECT_TRUE(platform::instance_lock::call_first("ZunMultiBootChecker"));
         wait_until("the window in front", [&] { return window().state().brought_to_front > 0; });
@@ -424,7 +424,7 @@ struct without_privileges {
     const uid_t was = geteuid();
 };
 
-TEST_F(whole_program, MissingImagesAreFoundInAnotherFolderAndRememberedThere) {
+TEST_F(WholeProgram, MissingImagesAreFoundInAnotherFolderAndRememberedThere) {
     fs::create_directory("elsewhere");
     for (const char *name : {"8801-zun.rom", "8801-kiv.rom", "8801-4th.rom"})
         fs::rename(name, fs::path("elsewhere") / name);
@@ -450,7 +450,7 @@ TEST_F(whole_program, MissingImagesAreFoundInAnotherFolderAndRememberedThere) {
     EXPECT_EQ(asked, 2) << "the folder is remembered";
 }
 
-TEST_F(whole_program, SettingsThatCannotBeKeptAreUsed) {
+TEST_F(WholeProgram, SettingsThatCannotBeKeptAreUsed) {
     fs::create_directory("KIV.INI");
     script.ask = [](auto &) { return 1; };
     host.set_script(script);
@@ -462,7 +462,7 @@ TEST_F(whole_program, SettingsThatCannotBeKeptAreUsed) {
     EXPECT_EQ(host.dialogs().questions.at(0).text, "INIファイル読み込み失敗");
 }
 
-TEST_F(whole_program, AFailedStartSaysWhyAndLeavesTheHostAsItWas) {
+TEST_F(WholeProgram, AFailedStartSaysWhyAndLeavesTheHostAsItWas) {
     const auto remove = [](const char *name) { return [name] { fs::remove(name); }; };
     const auto make_folder = [](const char *name) {
         return [name] {

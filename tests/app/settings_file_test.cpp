@@ -7,13 +7,13 @@
 
 namespace {
 
-class settings_file : public testing::Test {
+class SettingsFile : public testing::Test {
   protected:
     temporary_folder folder;
     const std::string path = folder / "KIV.INI";
 };
 
-TEST_F(settings_file, DefaultsAreWrittenInTheTablesOrder) {
+TEST_F(SettingsFile, DefaultsAreWrittenInTheTablesOrder) {
     put_file(path, "");
     ASSERT_TRUE(write_settings_file(path, read_settings_file(path)));
     std::string text = get_file(path);
@@ -24,7 +24,7 @@ TEST_F(settings_file, DefaultsAreWrittenInTheTablesOrder) {
 }
 
 // What a value of the file becomes, and is written back as.
-TEST_F(settings_file, ReadingRules) {
+TEST_F(SettingsFile, ReadingRules) {
     constexpr struct {
         setting_index setting;
         const char *in;
@@ -53,7 +53,7 @@ TEST_F(settings_file, ReadingRules) {
     }
 }
 
-TEST_F(settings_file, OtherLinesAndSectionsSurviveAWrite) {
+TEST_F(SettingsFile, OtherLinesAndSectionsSurviveAWrite) {
     put_file(path, "; mine\n[Other]\ndma_gain=7\n[default]\nDMA_GAIN=21\nunknown=x\n");
     setting_values v = read_settings_file(path);
     EXPECT_EQ(v[setting_dma_gain], 21);

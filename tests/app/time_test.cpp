@@ -4,7 +4,7 @@
 namespace {
 
 // What ffmpeg would get, what it says when it fails, and what is said when there is none.
-TEST_F(whole_program, RecordingsHoldEveryPictureAndSample) {
+TEST_F(WholeProgram, RecordingsHoldEveryPictureAndSample) {
     const std::string path_before = std::getenv("PATH"), tools = folder / "tools";
     fs::create_directory(tools);
     put_file(tools + "/ffmpeg", "#!/bin/sh\n"
@@ -55,7 +55,7 @@ TEST_F(whole_program, RecordingsHoldEveryPictureAndSample) {
     });
 }
 
-TEST_F(whole_program, TimeGoesBackwardsByFramesAndAtOtherSpeeds) {
+TEST_F(WholeProgram, TimeGoesBackwardsByFramesAndAtOtherSpeeds) {
     run([&] {
         const auto frames_in = [&](std::chrono::milliseconds time) {
             const auto frames = [&] {
@@ -143,7 +143,7 @@ TEST_F(whole_program, TimeGoesBackwardsByFramesAndAtOtherSpeeds) {
 }
 
 // What a person types, with the picture ahead, and without; recordings and the machine do not know of it.
-TEST_F(whole_program, ThePictureRunsAhead) {
+TEST_F(WholeProgram, ThePictureRunsAhead) {
     run([&] {
         std::string typed;
         for (const uint32_t frames : {1u, 2u, 0u}) {
@@ -162,7 +162,7 @@ TEST_F(whole_program, ThePictureRunsAhead) {
     });
 }
 
-TEST_F(whole_program, StatesGoBackAndForth) {
+TEST_F(WholeProgram, StatesGoBackAndForth) {
     run([&] {
         const auto noticed = [&](const std::string &part) {
             const auto notices = window().state().notices;

@@ -3,6 +3,7 @@
 #include "machine/kiv_machine.h"
 #include "machine/machine_pass.h"
 #include "machine/rom_loader.h"
+#include "machine/run_block.h"
 #include "resources/resources.h"
 #include "tests/typed_keys.h"
 #include "tools/kiv_run_outputs.h"
@@ -35,7 +36,7 @@ class Devices : public testing::Test {
                                        tones.emplace_back(channel, frequency);
                                },
                                [](uint32_t) {}, [] {}, [] {}});
-        machine_restart_clock_counter();
+        run_state.clock_counter = 0;
         ASSERT_EQ(load_rom_images(KIV_FIRMWARE_DIR), "");
         const auto font = platform::find_resource(platform::resource_type::font, font_resource_id);
         std::copy_n(font.data, font_size, machine.font_rom);

@@ -9,12 +9,12 @@
 
 namespace {
 
-class display_devices : public testing::Test {
+class DisplayDevices : public testing::Test {
   protected:
     void SetUp() override { power_on(); }
 };
-using crt_controller = display_devices;
-using video_timing = display_devices;
+using CrtController = DisplayDevices;
+using VideoTiming = DisplayDevices;
 
 template <class... Numbers> std::string text_of(const char *format, Numbers... numbers) {
     char text[200];
@@ -59,7 +59,7 @@ std::string state_after_reset() {
                    decoders, rasters);
 }
 
-TEST_F(display_devices, PortsMakeTheState) {
+TEST_F(DisplayDevices, PortsMakeTheState) {
     const std::vector<int> too_many(65538, 0x50); // the port, and 65,537 bytes
     const struct {
         std::string (*state)();
@@ -148,7 +148,7 @@ std::string printed(const std::string &lines, const std::function<void()> &act) 
     return got.find(lines) == std::string::npos ? got : lines;
 }
 
-TEST_F(crt_controller, TellsWhatItMadeOfTheResetParameters) {
+TEST_F(CrtController, TellsWhatItMadeOfTheResetParameters) {
     const struct {
         int bytes[5];
         std::string lines;
@@ -174,7 +174,7 @@ TEST_F(crt_controller, TellsWhatItMadeOfTheResetParameters) {
 }
 
 // Whatever the lengths of the ticks, an event comes with the first tick that reaches its time.
-TEST_F(video_timing, FramesKeepTheirLengthOverAnyTicks) {
+TEST_F(VideoTiming, FramesKeepTheirLengthOverAnyTicks) {
     struct {
         uint32_t standard;
         int rows;
@@ -206,7 +206,7 @@ TEST_F(video_timing, FramesKeepTheirLengthOverAnyTicks) {
         }
 }
 
-TEST_F(video_timing, TheDmaTakesItsClocksByteByByteOrInBursts) {
+TEST_F(VideoTiming, TheDmaTakesItsClocksByteByByteOrInBursts) {
     for (const int burst : {0, 1})
         for (const int bytes : {120, 3}) { // 80 characters with 20 pairs, 3 without
             power_on();
@@ -229,7 +229,7 @@ TEST_F(video_timing, TheDmaTakesItsClocksByteByByteOrInBursts) {
         }
 }
 
-TEST_F(video_timing, ARowIsAskedForEveryRasterLinesOfACharacter) {
+TEST_F(VideoTiming, ARowIsAskedForEveryRasterLinesOfACharacter) {
     start_display(25); // 8 raster lines a row
     for (uint32_t line = 0; line < 400; ++line) {
         machine.timing_tick(1);
@@ -251,7 +251,7 @@ TEST_F(video_timing, ARowIsAskedForEveryRasterLinesOfACharacter) {
 
 // A restart in mid-row and in the blank; a row's debt is not added to the last one's; text that port 0x53
 // hides is fetched all the same.
-TEST_F(video_timing, ARestartBeginsAFrameAndEachRowIsOwedAlone) {
+TEST_F(VideoTiming, ARestartBeginsAFrameAndEachRowIsOwedAlone) {
     for (const int ticks : {1, 100, 161 * 400 + 50, 161 * 400 + 7719}) {
         start_display(25);
         machine.timing_reset();
@@ -278,7 +278,7 @@ TEST_F(video_timing, ARestartBeginsAFrameAndEachRowIsOwedAlone) {
         }
 }
 
-TEST_F(video_timing, BlinkPhasesFollowTheFrames) {
+TEST_F(VideoTiming, BlinkPhasesFollowTheFrames) {
     for (uint32_t rate = 0; rate < 4; ++rate) {
         crtc(0x00, {0x4E, static_cast<int>(rate << 6 | 0x18)});
         const uint32_t cycle = 16 * (rate + 1);

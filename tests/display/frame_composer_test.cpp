@@ -38,7 +38,7 @@ struct surface {
     }
 };
 
-class frame_composer : public testing::Test {
+class FrameComposer : public testing::Test {
   protected:
     void SetUp() override {
         power_on();
@@ -80,7 +80,7 @@ class frame_composer : public testing::Test {
 };
 
 // Half of the rows hold pairs as programs write them, the others bytes at random.
-void frame_composer::randomise_memory() {
+void FrameComposer::randomise_memory() {
     for (uint8_t &byte : machine.ram) byte = random.byte();
     for (auto &plane : machine.gvram)
         for (uint8_t &byte : plane) byte = random.byte();
@@ -94,7 +94,7 @@ void frame_composer::randomise_memory() {
     }
 }
 
-void frame_composer::randomise_ports() {
+void FrameComposer::randomise_ports() {
     out(0x30, {random.byte()});
     out(0x31, {random.byte()});
     crtc(0x80 | static_cast<int>(random() % 4 != 0),
@@ -109,7 +109,7 @@ void frame_composer::randomise_ports() {
     machine.pcg_glyphs_on = static_cast<uint8_t>(random() % 2);
 }
 
-TEST_F(frame_composer, EveryModeShowsWhatTheOracleShows) {
+TEST_F(FrameComposer, EveryModeShowsWhatTheOracleShows) {
     constexpr surface_size sizes[] = {{640, 400, 640}, {720, 480, 736}, {800, 600, 800}, {641, 403, 700}};
     start_display(25);
     for (int mode = 0; mode < 4; ++mode)
@@ -127,7 +127,7 @@ TEST_F(frame_composer, EveryModeShowsWhatTheOracleShows) {
 }
 
 // The text window may begin anywhere in RAM and wraps at its end.
-TEST_F(frame_composer, RowsAreFetchedFromEveryAddress) {
+TEST_F(FrameComposer, RowsAreFetchedFromEveryAddress) {
     std::vector<uint8_t> twice(0x20000);
     for (uint32_t i = 0; i < 0x10000; ++i) machine.ram[i] = twice[i] = twice[i + 0x10000] = random.byte();
     for (uint32_t start = 0; start < 0x10000; ++start) {
@@ -154,7 +154,7 @@ void write_random_ports(random_numbers &random) {
 }
 
 // No order of port writes leads to a picture that the ports do not stand for.
-TEST_F(frame_composer, RandomPortWritesThenFrames) {
+TEST_F(FrameComposer, RandomPortWritesThenFrames) {
     start_display(25);
     randomise_memory();
     for (int frame = 0; frame < 30 && !HasFatalFailure(); ++frame) {
@@ -164,7 +164,7 @@ TEST_F(frame_composer, RandomPortWritesThenFrames) {
 }
 
 // For the thread sanitizer: the CPU thread writes ports and memory while frames are drawn.
-TEST_F(frame_composer, FramesAreDrawnWhileTheCpuRuns) {
+TEST_F(FrameComposer, FramesAreDrawnWhileTheCpuRuns) {
     static std::mutex lock;
     start_display(25);
     machine.video_lock = [] { lock.lock(); };

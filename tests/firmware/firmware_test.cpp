@@ -5,6 +5,7 @@
 #include "machine/kiv_machine.h"
 #include "machine/machine_pass.h"
 #include "machine/rom_loader.h"
+#include "machine/run_block.h"
 #include "resources/resources.h"
 #include "tests/temporary_folder.h"
 
@@ -32,7 +33,7 @@ struct setup {
     bool expansion = true;
 };
 
-class firmware : public testing::Test {
+class Firmware : public testing::Test {
   protected:
     static inline std::vector<std::pair<int, int>> tones; // Hz, 0 silent; channel
     static inline int beeps;                              // beginnings of a beep
@@ -47,7 +48,7 @@ class firmware : public testing::Test {
             {[] { beeps += !std::exchange(beeping, true); }, [] { beeping = false; },
              [](uint16_t frequency, uint32_t channel) { tones.emplace_back(frequency, channel); },
              [](uint32_t) {}, [] {}, [] {}});
-        machine_restart_clock_counter();
+        run_state.clock_counter = 0;
         ASSERT_EQ(load_rom_images(KIV_FIRMWARE_DIR), "");
         if (!s.expansion) std::memset(machine.ext_rom, 0, ext_rom_size);
         const auto font = platform::find_resource(platform::resource_type::font, font_resource_id);
@@ -165,7 +166,7 @@ class firmware : public testing::Test {
 };
 
 // Nothing half-written is ever seen: each picture on the way is empty or the whole title.
-TEST_F(firmware, title_stands_within_half_a_second_and_without_a_flash) {
+TEST_F(Firmware, TitleStandsWithinHalfASecondAndWithoutAFlash) {
     const struct {
         setup machine;
         const char *expected;
@@ -187,7 +188,7 @@ TEST_F(firmware, title_stands_within_half_a_second_and_without_a_flash) {
     }
 }
 
-TEST_F(firmware, demonstration_shows_all_and_leaves_the_program) {
+TEST_F(Firmware, DemonstrationShowsAllAndLeavesTheProgram) {
     session("10 REM kept\nPSET(5,199)\nDEMO\n", 150);
     while (text_screen().find("blink") == std::string::npos) run(1); // the phase of blinking
     expect_screen("demo.txt");
@@ -240,7 +241,7 @@ TEST_F(firmware, demonstration_shows_all_and_leaves_the_program) {
 }
 
 // What is typed, from which row on the screen is looked at, and what stands there.
-TEST_F(firmware, sessions) {
+TEST_F(Firmware, SessionsShowWhatTheyShould) {
     const struct {
         const char *what, *typed, *from, *expected;
         setup machine = {};
@@ -309,7 +310,7 @@ TEST_F(firmware, sessions) {
 
 // A disassembly on the screen is taken back by the assembler, a RETURN a line, and gives the same bytes: all
 // opcodes, each with operands that show their order and sign.
-TEST_F(firmware, assembler_takes_what_the_disassembler_writes) {
+TEST_F(Firmware, AssemblerTakesWhatTheDisassemblerWrites) {
     std::vector<uint8_t> code;
     const std::vector<std::vector<uint8_t>> prefixes = {
         {}, {0xCB}, {0xED}, {0xDD}, {0xFD}, {0xDD, 0xCB, 5}, {0xFD, 0xCB, 0xF0}};

@@ -302,7 +302,7 @@ const language_case cases[] = {
     {"printers and disks", "10 LPRINT 1", "Device unavailable in 10\nOk\n10 LPRINT 1"},
 };
 
-class language : public testing::TestWithParam<bool> {
+class Language : public testing::TestWithParam<bool> {
   protected:
     static inline kiv_machine *ready = new kiv_machine;
     static inline z80_cpu ready_cpu;
@@ -362,7 +362,7 @@ class language : public testing::TestWithParam<bool> {
     }
 };
 
-TEST_P(language, programs_show_what_they_should) {
+TEST_P(Language, ProgramsShowWhatTheyShould) {
     power_on(GetParam());
     for (const language_case &c : cases) {
         SCOPED_TRACE(c.name);
@@ -379,7 +379,7 @@ TEST_P(language, programs_show_what_they_should) {
         EXPECT_EQ(shown(first), c.shown);
     }
 }
-INSTANTIATE_TEST_SUITE_P(rom, language, testing::Values(true, false),
+INSTANTIATE_TEST_SUITE_P(Rom, Language, testing::Values(true, false),
                          [](const auto &row) { return row.param ? "zun" : "nbasic"; });
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "machine/machine_pass.h"
 #include "machine/memory_dump.h"
+#include "machine/run_block.h"
 #include "machine/tape_files.h"
 #include "tests/fuzz/fuzz_targets.h"
 
@@ -17,7 +18,7 @@ void power_on() {
     z80_fix_seed(1);
     z80_install(main_cpu, mem_read, mem_write, io_in, io_out);
     machine_init(machine, nothing, nothing);
-    machine_restart_clock_counter();
+    run_state.clock_counter = 0;
     set_frame_geometry(frame_width, frame_height, frame_width);
     machine.select_scanline_colours(0);
     geometry.frame_pixels = frame.data();

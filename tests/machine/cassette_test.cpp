@@ -235,7 +235,6 @@ TEST_F(Cassette, AfterAFailureTheTapeEnds) {
     EXPECT_EQ(get_file(name), std::string(1000, 0) + std::string(500, 1) + std::string(1000, 3));
     EXPECT_EQ(told, std::vector<std::string>{name});
     EXPECT_EQ(lines.size(), 1u);
-    EXPECT_EQ(cassette_output_failure(), "");
     cassette_on_output_failure(nullptr);
 }
 

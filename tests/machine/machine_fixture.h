@@ -2,6 +2,7 @@
 #pragma once
 
 #include "machine/kiv_machine.h"
+#include "machine/run_block.h"
 #include "machine/tape_files.h"
 #include "tests/temporary_folder.h"
 
@@ -35,7 +36,7 @@ class Machine : public testing::Test {
         seen.clear();
         z80_install(main_cpu, mem_read, mem_write, io_in, io_out);
         machine_init(machine, see, see);
-        machine_restart_clock_counter();
+        run_state.clock_counter = 0;
     }
     void TearDown() override {
         cassette_set_output("");

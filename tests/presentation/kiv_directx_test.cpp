@@ -12,7 +12,7 @@ using platform::fault;
 constexpr uint32_t white = 0xFFFFFF;
 constexpr int for_ever = platform::fault_plan::always;
 
-class kiv_directx_test : public presentation_test {
+class KivDirectx : public presentation_test {
   protected:
     platform::rgb_picture next_picture() {
         directx->frame();
@@ -20,7 +20,7 @@ class kiv_directx_test : public presentation_test {
     }
 };
 
-TEST_F(kiv_directx_test, a_window_is_set_up_on_either_kind_of_desktop) {
+TEST_F(KivDirectx, AWindowIsSetUpOnEitherKindOfDesktop) {
     ASSERT_EQ(init(), 1);
     EXPECT_EQ(lines(),
               (strings{"DirectX:  Window Mode start", "DirectX:  Surface pixcel format = RGB",
@@ -37,7 +37,7 @@ TEST_F(kiv_directx_test, a_window_is_set_up_on_either_kind_of_desktop) {
     EXPECT_EQ(next_picture().at(320, 200), white);
 }
 
-TEST_F(kiv_directx_test, every_refused_step_says_so_and_releases_what_was_made) {
+TEST_F(KivDirectx, EveryRefusedStepSaysSoAndReleasesWhatWasMade) {
     const struct {
         bool full_screen;
         fault refused;
@@ -73,7 +73,7 @@ TEST_F(kiv_directx_test, every_refused_step_says_so_and_releases_what_was_made) 
     EXPECT_EQ(directx->frame(), 25u);
 }
 
-TEST_F(kiv_directx_test, full_screen_takes_the_first_mode_that_is_there) {
+TEST_F(KivDirectx, FullScreenTakesTheFirstModeThatIsThere) {
     const struct {
         uint16_t screensize;
         strings modes;
@@ -108,7 +108,7 @@ TEST_F(kiv_directx_test, full_screen_takes_the_first_mode_that_is_there) {
     }
 }
 
-TEST_F(kiv_directx_test, window_to_full_screen_and_back) {
+TEST_F(KivDirectx, WindowToFullScreenAndBack) {
     ASSERT_EQ(init(), 1);
     for (const uint32_t full_screen : {1, 0}) {
         EXPECT_EQ(directx->toggle_screen(), 1);
@@ -130,7 +130,7 @@ TEST_F(kiv_directx_test, window_to_full_screen_and_back) {
     EXPECT_TRUE(host.sound.is_open());
 }
 
-TEST_F(kiv_directx_test, the_speed_line_comes_and_is_wiped_once) {
+TEST_F(KivDirectx, TheSpeedLineComesAndIsWipedOnce) {
     for (const char *mode : {"640x400x8", "640x480x8", "640x480x32"}) { // over the picture, in the margin
         stat_sys_mhz = 3.994;
         stat_cpu_mhz = 3.912;
@@ -157,7 +157,7 @@ TEST_F(kiv_directx_test, the_speed_line_comes_and_is_wiped_once) {
     }
 }
 
-TEST_F(kiv_directx_test, a_frame_that_cannot_be_shown_costs_itself_only) {
+TEST_F(KivDirectx, AFrameThatCannotBeShownCostsItselfOnly) {
     const struct {
         fault what;
         int times;
@@ -188,7 +188,7 @@ TEST_F(kiv_directx_test, a_frame_that_cannot_be_shown_costs_itself_only) {
 
 // Slices handed over once every 20 ms are heard one after the other, wherever in the buffer it began and
 // whether or not the device gives it out in one piece.
-TEST_F(kiv_directx_test, slices_go_into_the_half_without_the_write_cursor) {
+TEST_F(KivDirectx, SlicesGoIntoTheHalfWithoutTheWriteCursor) {
     for (const uint64_t start_us : {0, 5000, 19000, 20000, 33000}) {
         ASSERT_EQ(init(), 1);
         host.sound.use_manual_clock();
@@ -225,7 +225,7 @@ TEST_F(kiv_directx_test, slices_go_into_the_half_without_the_write_cursor) {
 }
 
 // A device that has fetched some milliseconds beyond what it plays: a slice for those would come too late.
-TEST_F(kiv_directx_test, a_write_lead_counts_as_played) {
+TEST_F(KivDirectx, AWriteLeadCountsAsPlayed) {
     const struct {
         uint64_t at_us;
         uint32_t lead_bytes;
@@ -250,7 +250,7 @@ TEST_F(kiv_directx_test, a_write_lead_counts_as_played) {
     }
 }
 
-TEST_F(kiv_directx_test, the_machine_is_heard_unless_the_sound_is_off) {
+TEST_F(KivDirectx, TheMachineIsHeardUnlessTheSoundIsOff) {
     directx->play();
     directx->stop();
     directx->tickPCM();

@@ -9,7 +9,7 @@ namespace {
 
 using namespace std::chrono;
 
-TEST(kiv_render, speed_figures) {
+TEST(SpeedFigures, FollowFromThePeriod) {
     const struct {
         speed_period period; // frames, rows, milliseconds, all cycles, instructions' cycles
         double sys, cpu;
@@ -31,9 +31,9 @@ TEST(kiv_render, speed_figures) {
     }
 }
 
-class kiv_render_test : public presentation_test, public emulated_clock {
+class KivRender : public presentation_test, public emulated_clock {
   protected:
-    kiv_render_test() {
+    KivRender() {
         EXPECT_EQ(init(), 1);
         before_each_row = [] {
             while (held) std::this_thread::yield();
@@ -51,7 +51,7 @@ class kiv_render_test : public presentation_test, public emulated_clock {
     kiv_render render{*this};
 };
 
-TEST_F(kiv_render_test, frames_that_pile_up_are_drawn_once) {
+TEST_F(KivRender, FramesThatPileUpAreDrawnOnce) {
     ASSERT_EQ(render.create_thread(0), 1);
     draw_frame();
     held = true;
@@ -67,7 +67,7 @@ TEST_F(kiv_render_test, frames_that_pile_up_are_drawn_once) {
     EXPECT_LE(host.screen.shown().number, 3u);
 }
 
-TEST_F(kiv_render_test, figures_come_once_a_second) {
+TEST_F(KivRender, FiguresComeOnceASecond) {
     ASSERT_EQ(render.create_thread(0), 1);
     auto posted = steady_clock::now();
     for (int period = 0; period < 2; ++period) {
@@ -82,7 +82,7 @@ TEST_F(kiv_render_test, figures_come_once_a_second) {
 }
 
 // The picture's object goes first; frames that are asked for afterwards are not drawn.
-TEST_F(kiv_render_test, the_thread_outlives_the_picture) {
+TEST_F(KivRender, TheThreadOutlivesThePicture) {
     ASSERT_EQ(render.create_thread(0), 1);
     EXPECT_EQ(kiv_directx::present_frame(), 25u);
     for (int n = 0; n < 100; ++n) {

@@ -12,7 +12,7 @@ using platform::find_resource;
 using platform::resource;
 using platform::resource_type;
 
-struct resources : testing::Test {
+struct Resources : testing::Test {
     static void SetUpTestSuite() { register_program_resources(); }
     const resource font = find_resource(resource_type::font, font_resource_id);
     bool pixel(int code, int row, int column) const { // of a character glyph
@@ -20,7 +20,7 @@ struct resources : testing::Test {
     }
 };
 
-TEST_F(resources, font_has_its_characters_and_the_block_patterns) {
+TEST_F(Resources, FontHasItsCharactersAndTheBlockPatterns) {
     ASSERT_EQ(font.size, 4096u);
     std::map<std::string, int> seen;
     for (int i = 0; i < 256 * 8; ++i) {
@@ -40,7 +40,7 @@ TEST_F(resources, font_has_its_characters_and_the_block_patterns) {
 
 // What a frame glyph shows at the edge of its cell must go on in the neighbour: every glyph that reaches an
 // edge meets every glyph that is made to be joined to it there.
-TEST_F(resources, frame_glyphs_join) {
+TEST_F(Resources, FrameGlyphsJoin) {
     const struct {
         int code;
         const char *reaches; // up, down, left, right; = a double line
@@ -64,7 +64,7 @@ TEST_F(resources, frame_glyphs_join) {
     EXPECT_TRUE(pixel(0xEE, 0, 7) && pixel(0xEE, 7, 0) && pixel(0xEF, 0, 0) && pixel(0xEF, 7, 7));
 }
 
-TEST_F(resources, icon_decodes_in_all_sizes_and_refuses_damaged_bytes) {
+TEST_F(Resources, IconDecodesInAllSizesAndRefusesDamagedBytes) {
     const resource r = find_resource(resource_type::icon, icon_resource_id);
     std::vector<int> sides;
     for (const icon_picture &picture : icon_pictures(r)) {

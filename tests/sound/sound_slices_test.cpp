@@ -53,7 +53,7 @@ std::string runs(const std::vector<int> &samples) {
     return text;
 }
 
-TEST(sound_slices, a_slice_is_what_was_written_in_it) {
+TEST(SoundSlices, ASliceIsWhatWasWrittenInIt) {
     const struct {
         std::vector<port_write> writes;
         uint32_t entries[2]; // of the beeper, of each tone
@@ -84,7 +84,7 @@ TEST(sound_slices, a_slice_is_what_was_written_in_it) {
     }
 }
 
-TEST(sound_slices, the_beeper_sounds_from_power_on_and_not_after_a_clear) {
+TEST(SoundSlices, TheBeeperSoundsFromPowerOnAndNotAfterAClear) {
     auto slices = std::make_unique<sound_slices>();
     EXPECT_EQ(runs(next_slice(*slices, slice)), "20*6000 20*-6000 20*6000");
     slices->setTone(701, 2);
@@ -95,7 +95,7 @@ TEST(sound_slices, the_beeper_sounds_from_power_on_and_not_after_a_clear) {
 }
 
 // Every stored volume is usable, also those that wrap in 16 bits or turn negative there.
-TEST(sound_slices, all_sources_at_once_stay_within_the_amplitude) {
+TEST(SoundSlices, AllSourcesAtOnceStayWithinTheAmplitude) {
     for (const int32_t volume : {0, 1, 8, 32, 33, 65, 4096, -1, -33, INT32_MAX, INT32_MIN}) {
         auto slices = silent_slices(volume);
         const int a = static_cast<int16_t>(static_cast<uint16_t>(uint64_t(int64_t{volume} * 1000) & 0xFFFF));
@@ -142,7 +142,7 @@ struct timeline {
 };
 
 // Slices are closed by a run loop whose last step crosses the end; the surplus belongs to the next slice.
-TEST(sound_slices, any_run_of_writes_gives_the_samples_of_its_timeline) {
+TEST(SoundSlices, AnyRunOfWritesGivesTheSamplesOfItsTimeline) {
     std::mt19937 generator(8801);
     const auto random = [&] { return static_cast<uint32_t>(generator()); };
     for (int run = 0; run < 20; ++run) {
@@ -166,7 +166,7 @@ TEST(sound_slices, any_run_of_writes_gives_the_samples_of_its_timeline) {
 }
 
 // The sample counters start again every 104 seconds of beeper and 17 minutes of tones.
-TEST(sound_slices, phases_wrap_in_a_long_run) {
+TEST(SoundSlices, PhasesWrapInALongRun) {
     auto slices = silent_slices();
     timeline expected{{{0, 0, 1}, {0, 1, 700}}};
     for (const port_write &w : expected.writes) apply(*slices, w);
@@ -177,7 +177,7 @@ TEST(sound_slices, phases_wrap_in_a_long_run) {
 }
 
 // A program can switch faster than banks hold, and nobody may have closed a slice for long.
-TEST(sound_slices, overrun_banks_drop_time_and_still_give_whole_slices) {
+TEST(SoundSlices, OverrunBanksDropTimeAndStillGiveWholeSlices) {
     static int told;
     set_log_sink(
         [](log_kind, const char *text) { told += std::string(text).find("overrun") != std::string::npos; });
@@ -209,7 +209,7 @@ TEST(sound_slices, overrun_banks_drop_time_and_still_give_whole_slices) {
 
 // The bank keeps 9599 stretches, here 923 samples' worth, the last of them silent. What follows lengthens
 // that one if it is silence, too; else the slice is filled by stretching what was kept.
-TEST(sound_slices, after_an_overrun_the_samples_are_those_of_what_was_kept) {
+TEST(SoundSlices, AfterAnOverrunTheSamplesAreThoseOfWhatWasKept) {
     const struct {
         uint32_t writes; // one every four T-states: on, off, on ...
         bool sounds_to_the_end;
@@ -231,7 +231,7 @@ TEST(sound_slices, after_an_overrun_the_samples_are_those_of_what_was_kept) {
     }
 }
 
-TEST(sound_slices, short_and_empty_slices_are_stretched_or_silent) {
+TEST(SoundSlices, ShortAndEmptySlicesAreStretchedOrSilent) {
     auto slices = silent_slices();
     slices->beepOn(); // its entry of no time is the whole slice
     EXPECT_EQ(runs(next_slice(*slices, 0)), "1920*0");

@@ -6,7 +6,7 @@
 
 namespace {
 
-TEST(kiv_run_listing, text_becomes_the_machines_characters_and_comes_back) {
+TEST(KivRunListing, TextBecomesTheMachinesCharactersAndComesBack) {
     const struct {
         const char *what, *utf8, *back;
     } cases[] = {
@@ -28,7 +28,7 @@ TEST(kiv_run_listing, text_becomes_the_machines_characters_and_comes_back) {
     for (const auto &c : cases) EXPECT_EQ(listing_of_tape(listing_tape(c.utf8, "x.bas")), c.back) << c.what;
 }
 
-TEST(kiv_run_listing, what_the_machine_cannot_take_is_told_with_its_line) {
+TEST(KivRunListing, WhatTheMachineCannotTakeIsToldWithItsLine) {
     const struct {
         std::string utf8, message;
     } cases[] = {
@@ -46,7 +46,7 @@ TEST(kiv_run_listing, what_the_machine_cannot_take_is_told_with_its_line) {
         }
 }
 
-TEST(kiv_run_listing, the_tape_bears_the_files_name) {
+TEST(KivRunListing, TheTapeBearsTheFilesName) {
     const std::pair<const char *, const char *> cases[] = {
         {"snake.bas", "SNAKE"},
         {"some/where/Two.Parts.bas", "TWO.PARTS"},
@@ -57,7 +57,7 @@ TEST(kiv_run_listing, the_tape_bears_the_files_name) {
         EXPECT_EQ(listing_tape("", file), listing_tape("", "x").replace(25, 1, name)) << file;
 }
 
-TEST(kiv_run_listing, damaged_and_foreign_tapes_hold_no_listing) {
+TEST(KivRunListing, DamagedAndForeignTapesHoldNoListing) {
     const std::string tape = listing_tape("10 CLS\n", "x.bas");
     for (size_t size = 0; size < tape.size(); ++size)
         EXPECT_EQ(listing_of_tape(tape.substr(0, size)), std::nullopt) << size << " bytes";

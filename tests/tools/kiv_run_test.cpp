@@ -18,9 +18,9 @@ struct outcome {
     std::string out, err;
 };
 
-class kiv_run : public testing::Test {
+class KivRun : public testing::Test {
   protected:
-    kiv_run() { write_test_roms(folder.path); }
+    KivRun() { write_test_roms(folder.path); }
 
     // Runs it in the folder; the arguments as a shell reads them.
     outcome run(const std::string &arguments) const {
@@ -64,7 +64,7 @@ template <class T> T number_at(const std::string &bytes, size_t at) {
     return n;
 }
 
-TEST_F(kiv_run, WhatIsWrongWithAListingIsTold) {
+TEST_F(KivRun, WhatIsWrongWithAListingIsTold) {
     put_file(folder / "kanji.bas", "10 REM 漢\n");
     const struct {
         const char *arguments, *message;
@@ -84,7 +84,7 @@ TEST_F(kiv_run, WhatIsWrongWithAListingIsTold) {
     EXPECT_EQ(leftovers(), std::vector<std::string>{"kanji.bas"});
 }
 
-TEST_F(kiv_run, ShowsTheTextScreenAndSeesEveryKeyTyped) {
+TEST_F(KivRun, ShowsTheTextScreenAndSeesEveryKeyTyped) {
     const outcome o = run(R"(--type 'ABCaabbcc@:22[[' --text)");
     EXPECT_EQ(o.code, 0) << o.err;
     EXPECT_EQ(o.err, "");
@@ -94,7 +94,7 @@ TEST_F(kiv_run, ShowsTheTextScreenAndSeesEveryKeyTyped) {
     EXPECT_EQ(std::count(o.out.begin(), o.out.end(), '\n'), 25);
 }
 
-TEST_F(kiv_run, FixedDateAndSeedGiveTheSameBytes) {
+TEST_F(KivRun, FixedDateAndSeedGiveTheSameBytes) {
     const std::string run_it =
         "--date 1982-11-01T12:34:56 --seed 7 --frames 90 --type 8a --type-at 20 --text --png ";
     const outcome a = run(run_it + "a.png --wav a.wav --save-dump a.kiv");
@@ -109,7 +109,7 @@ TEST_F(kiv_run, FixedDateAndSeedGiveTheSameBytes) {
     EXPECT_EQ(get_file(folder / "a.kiv").size(), 32612u);
 }
 
-TEST_F(kiv_run, PicturesAreNumberedAndShowTheScreen) {
+TEST_F(KivRun, PicturesAreNumberedAndShowTheScreen) {
     ASSERT_EQ(run("--frames 25 --png shot.png --png-every 10").code, 0);
     EXPECT_EQ(leftovers(), (std::vector<std::string>{"shot-000010.png", "shot-000020.png", "shot.png"}));
     png_image image{};
@@ -132,7 +132,7 @@ TEST_F(kiv_run, PicturesAreNumberedAndShowTheScreen) {
     EXPECT_EQ(lit_outside, 0u);
 }
 
-TEST_F(kiv_run, WavHoldsEveryWholeSlice) {
+TEST_F(KivRun, WavHoldsEveryWholeSlice) {
     ASSERT_EQ(run("--seconds 1 --type 8 --type-at 5 --wav s.wav").code, 0);
     const std::string wav = get_file(folder / "s.wav");
     EXPECT_EQ(wav.substr(0, 4), "RIFF");
@@ -150,7 +150,7 @@ TEST_F(kiv_run, WavHoldsEveryWholeSlice) {
     for (size_t i = last - 200; i < last - 20; ++i) EXPECT_EQ(sample(i), -sample(i + 20)) << i;
 }
 
-TEST_F(kiv_run, DumpAndTapeGoOutAndIn) {
+TEST_F(KivRun, DumpAndTapeGoOutAndIn) {
     ASSERT_EQ(run("--type xyz99 --save-dump d.kiv --tape-out t.cmt").code, 0);
     EXPECT_EQ(get_file(folder / "t.cmt"), "HIHI");
     const outcome o = run("--load-dump d.kiv --tape t.cmt --type-at 10 --type w --text");
@@ -159,7 +159,7 @@ TEST_F(kiv_run, DumpAndTapeGoOutAndIn) {
 }
 
 // The first half, saved, and the second half from there leave what the whole run leaves.
-TEST_F(kiv_run, AStateGoesOnExactly) {
+TEST_F(KivRun, AStateGoesOnExactly) {
     const std::string fixed = "--date 1982-11-01T12:34:56 --seed 7 ";
     ASSERT_EQ(
         run(fixed + "--frames 120 --type abc8 --type-at 20 --text --png w.png --save-state w.state").code, 0);
@@ -176,7 +176,7 @@ TEST_F(kiv_run, AStateGoesOnExactly) {
               std::string::npos);
 }
 
-TEST_F(kiv_run, SettingsReachTheMachine) {
+TEST_F(KivRun, SettingsReachTheMachine) {
     put_file(folder / "s.ini", "[Default]\nhires_crt=0\nsoft_volume=3\n");
     ASSERT_EQ(run("--seconds 0.5 --type 8 --type-at 2 --wav s.wav --settings s.ini --stats").code, 0);
     const std::string wav = get_file(folder / "s.wav");
@@ -186,7 +186,7 @@ TEST_F(kiv_run, SettingsReachTheMachine) {
         << get_file(folder / "err.txt");
 }
 
-TEST_F(kiv_run, AStoppedProcessorIsNamedAndShown) {
+TEST_F(KivRun, AStoppedProcessorIsNamedAndShown) {
     const outcome halted = run("--type ab0 --text");
     EXPECT_EQ(halted.code, 1);
     EXPECT_NE(halted.err.find("the processor stopped at $00CD: HALT (76 "), std::string::npos) << halted.err;
@@ -201,7 +201,7 @@ TEST_F(kiv_run, AStoppedProcessorIsNamedAndShown) {
 }
 
 // One line that names what and why, exit code 1, and nothing left behind.
-TEST_F(kiv_run, WhatFailsSaysWhyAndLeavesNothing) {
+TEST_F(KivRun, WhatFailsSaysWhyAndLeavesNothing) {
     put_file(folder / "too-long.rom", std::string(32769, 'x'));
     const struct {
         const char *arguments;
@@ -261,7 +261,7 @@ TEST_F(kiv_run, WhatFailsSaysWhyAndLeavesNothing) {
 }
 
 // A full disk, an end from outside, two at once, a link, a mode, a file of the person's own.
-TEST_F(kiv_run, OutputsAreWrittenWholeOrNotAtAll) {
+TEST_F(KivRun, OutputsAreWrittenWholeOrNotAtAll) {
     put_file(folder / "8801-zun.rom", "\xD3\x20\x3C\x18\xFB"); // out (20h),a; inc a; jr 0: tape without end
     const std::string names[] = {"f.cmt", "f.wav", "f.png", "f.kiv", "f.txt"};
     const std::string options[] = {"--tape-out ", "--wav ", "--png ", "--save-dump ", "--trace "};

@@ -20,7 +20,7 @@ uint32_t charged_for_a_pass(uint32_t iteration, bool charge_waits) {
     return main_cpu.step_cycles;
 }
 
-TEST(machine_pass, every_opcode_fetch_waits_once_and_memory_where_it_is_charged) {
+TEST(MachinePass, EveryOpcodeFetchWaitsOnceAndMemoryWhereItIsCharged) {
     const struct {
         const char *what;
         uint16_t pc;
@@ -45,7 +45,7 @@ TEST(machine_pass, every_opcode_fetch_waits_once_and_memory_where_it_is_charged)
     }
 }
 
-TEST(machine_pass, a_debt_to_the_dma_is_burnt_in_three_passes_of_four) {
+TEST(MachinePass, ADebtToTheDmaIsBurntInThreePassesOfFour) {
     start_at(0x8400, {0x03, 0x03, 0x76});                                      // INC BC; INC BC; HALT
     machine.timing_tick = [](uint32_t) -> uint32_t { return timing_nothing; }; // no more debts
     machine.dma_stall = 25;

@@ -47,13 +47,13 @@ void text_screen_on() {
     machine.dma_mode(0xE4);
 }
 
-class three_threads : public presentation_test {
+class ThreeThreads : public presentation_test {
   protected:
     void post(uint32_t, uint64_t, uint64_t) override { ++aborts; }
     std::atomic<int> aborts{0};
 };
 
-TEST_F(three_threads, survive_everything_that_a_person_can_do) {
+TEST_F(ThreeThreads, SurviveEverythingThatAPersonCanDo) {
     const char *set = std::getenv("KIV_STRESS");
     const int actions = set == nullptr ? 300 : std::max(1, std::atoi(set));
     platform::set_current_thread_affinity(1);

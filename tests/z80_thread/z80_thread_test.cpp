@@ -42,9 +42,9 @@ struct thread_without_delay : z80_thread {
     thread_without_delay() { start_delay_ms = 0; }
 };
 
-class z80_thread_test : public testing::Test {
+class Z80Thread : public testing::Test {
   protected:
-    z80_thread_test()
+    Z80Thread()
         : sync(platform::event::create("SYNC")), ack(platform::event::create("ACK")),
           cpu(new thread_without_delay) {
         the_main_window = &window;
@@ -63,7 +63,7 @@ class z80_thread_test : public testing::Test {
         load({});
         EXPECT_EQ(cpu->init(), 1);
     }
-    ~z80_thread_test() override {
+    ~Z80Thread() override {
         EXPECT_LT(longest, milliseconds(2500)) << "a lost wake-up waits for 5000 ms";
         std::printf("longest wait %.2f ms\n", duration<double, std::milli>(longest).count());
         cpu.reset();
@@ -108,7 +108,7 @@ class z80_thread_test : public testing::Test {
     steady_clock::duration longest{};
 };
 
-TEST_F(z80_thread_test, a_run_without_memory_ends_and_asks_for_the_close) {
+TEST_F(Z80Thread, ARunWithoutMemoryEndsAndAsksForTheClose) {
     machine.timing_tick = [](uint32_t) -> uint32_t { throw std::bad_alloc(); };
     start();
     while (cpu->is_running() || window.count == 0) std::this_thread::yield();
@@ -117,7 +117,7 @@ TEST_F(z80_thread_test, a_run_without_memory_ends_and_asks_for_the_close) {
     stop();
 }
 
-TEST_F(z80_thread_test, parked_means_that_nothing_moves) {
+TEST_F(Z80Thread, ParkedMeansThatNothingMoves) {
     start_and_wait_until_it_runs();
     for (int n = 0; n < 3; ++n) {
         ASSERT_EQ(pause(), 1);
@@ -145,7 +145,7 @@ TEST_F(z80_thread_test, parked_means_that_nothing_moves) {
 }
 
 // A second must go by before the first instruction; requests are answered meanwhile.
-TEST_F(z80_thread_test, the_start_delay_is_kept_and_answers) {
+TEST_F(Z80Thread, TheStartDelayIsKeptAndAnswers) {
     cpu.reset(new z80_thread);
     ASSERT_EQ(cpu->init(), 1);
     const auto before = steady_clock::now();
@@ -166,7 +166,7 @@ TEST_F(z80_thread_test, the_start_delay_is_kept_and_answers) {
 }
 
 // Neither while it runs nor after a pause, whose first slice alone is not waited for.
-TEST_F(z80_thread_test, real_time_is_never_overtaken) {
+TEST_F(Z80Thread, RealTimeIsNeverOvertaken) {
     start_and_wait_until_it_runs();
     for (int n = 0; n < 3; ++n) {
         const auto before = steady_clock::now();
@@ -189,7 +189,7 @@ TEST_F(z80_thread_test, real_time_is_never_overtaken) {
 }
 
 // So that what is struck meanwhile is seen by all of it.
-TEST_F(z80_thread_test, a_stretch_runs_at_its_end) {
+TEST_F(Z80Thread, AStretchRunsAtItsEnd) {
     cpu->set_speed(25); // a quarter of a slice takes 20 ms
     const auto before = steady_clock::now();
     start_and_wait_until_it_runs();
@@ -198,7 +198,7 @@ TEST_F(z80_thread_test, a_stretch_runs_at_its_end) {
 
 // With the motor on and bytes taken; the chosen speed again when they come no more. That is a quarter of real
 // time here, so that a busy host, too, has a pace of its own above it.
-TEST_F(z80_thread_test, a_tape_that_is_read_is_not_waited_for) {
+TEST_F(Z80Thread, ATapeThatIsReadIsNotWaitedFor) {
     static uint8_t tape[1];
     static std::atomic<bool> reading;
     machine.tape_image = tape;
@@ -234,7 +234,7 @@ TEST_F(z80_thread_test, a_tape_that_is_read_is_not_waited_for) {
     machine.tape_image = nullptr;
 }
 
-TEST_F(z80_thread_test, a_stop_of_the_cpu_is_posted_with_its_address_and_reason) {
+TEST_F(Z80Thread, AStopOfTheCpuIsPostedWithItsAddressAndReason) {
     const struct {
         std::initializer_list<uint8_t> bytes;
         uint64_t reason;
@@ -253,7 +253,7 @@ TEST_F(z80_thread_test, a_stop_of_the_cpu_is_posted_with_its_address_and_reason)
     EXPECT_EQ(window.count, 3);
 }
 
-TEST_F(z80_thread_test, a_pause_right_after_a_resume_is_answered) {
+TEST_F(Z80Thread, APauseRightAfterAResumeIsAnswered) {
     start_and_wait_until_it_runs();
     for (int n = 0; n < cycles_to_try(); ++n) {
         ASSERT_EQ(pause(), 1) << n;
@@ -269,7 +269,7 @@ TEST_F(z80_thread_test, a_pause_right_after_a_resume_is_answered) {
     }
 }
 
-TEST_F(z80_thread_test, a_cpu_stop_that_races_a_pause_is_answered) {
+TEST_F(Z80Thread, ACpuStopThatRacesAPauseIsAnswered) {
     int answered[2] = {};
     for (int n = 0; n < cycles_to_try(); ++n) {
         // From at once to a few thousand passes, about as long as a pause takes.
@@ -288,7 +288,7 @@ TEST_F(z80_thread_test, a_cpu_stop_that_races_a_pause_is_answered) {
     std::printf("parked %d, ended %d\n", answered[1], answered[0]);
 }
 
-TEST_F(z80_thread_test, stopped_in_every_state) {
+TEST_F(Z80Thread, StoppedInEveryState) {
     enum { suspended, asked_to_stop, parked, resumed };
     for (int n = 0; n < 200; ++n) {
         EXPECT_EQ(pause(), 0) << "no thread, " << n;

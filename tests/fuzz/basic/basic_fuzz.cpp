@@ -3,6 +3,7 @@
 #include "machine/kiv_machine.h"
 #include "machine/machine_pass.h"
 #include "machine/rom_loader.h"
+#include "machine/run_block.h"
 #include "resources/resources.h"
 
 #include <algorithm>
@@ -145,7 +146,7 @@ class watched_machine {
         machine_init(
             machine, [] {}, [] {});
         host_callbacks_listen({[] {}, [] {}, [](uint16_t, uint32_t) {}, [](uint32_t) {}, [] {}, [] {}});
-        machine_restart_clock_counter();
+        run_state.clock_counter = 0;
         if (const std::string error = load_rom_images(KIV_FIRMWARE_DIR); !error.empty())
             throw std::runtime_error(error);
         machine.boot_rom = 1;
