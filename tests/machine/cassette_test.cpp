@@ -149,6 +149,7 @@ TEST_F(Cassette, FastLoadFindsTheRecordThatAScanWouldFind) {
 TEST_F(Cassette, FastLoadsOverALargeTapeCostNoScan) {
     const bytes record = {':', 0xC0, 0, 9, ':', 1, 5, 9};
     for (const bool has_record : {false, true}) {
+        SCOPED_TRACE(has_record ? "a record at its end" : "no record");
         constexpr size_t closed = 1 << 20;
         bytes tape(2 * closed, 0x00);
         if (has_record)

@@ -111,6 +111,7 @@ TEST_F(KivDirectx, FullScreenTakesTheFirstModeThatIsThere) {
 TEST_F(KivDirectx, WindowToFullScreenAndBack) {
     ASSERT_EQ(init(), 1);
     for (const uint32_t full_screen : {1, 0}) {
+        SCOPED_TRACE(full_screen ? "full screen" : "window");
         EXPECT_EQ(directx->toggle_screen(), 1);
         EXPECT_EQ(directx->is_full_screen(), full_screen);
         host.window()->drag_to(-70, 300);
@@ -190,6 +191,7 @@ TEST_F(KivDirectx, AFrameThatCannotBeShownCostsItselfOnly) {
 // whether or not the device gives it out in one piece.
 TEST_F(KivDirectx, SlicesGoIntoTheHalfWithoutTheWriteCursor) {
     for (const uint64_t start_us : {0, 5000, 19000, 20000, 33000}) {
+        SCOPED_TRACE(start_us);
         ASSERT_EQ(init(), 1);
         host.sound.use_manual_clock();
         host.sound.set_record_limit(100'000);

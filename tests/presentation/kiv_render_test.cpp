@@ -23,6 +23,8 @@ TEST(SpeedFigures, FollowFromThePeriod) {
         {{30, 740, 2000, 7987200, 7987200}, 3.994, 3.994, 15, 24},
     };
     for (const auto &c : cases) {
+        SCOPED_TRACE(std::to_string(c.period.frames) + " frames in " + std::to_string(c.period.elapsed_ms) +
+                     " ms");
         publish_speed(c.period);
         EXPECT_DOUBLE_EQ(stat_sys_mhz, c.sys);
         EXPECT_DOUBLE_EQ(stat_cpu_mhz, c.cpu);

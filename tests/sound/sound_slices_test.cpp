@@ -183,6 +183,7 @@ TEST(SoundSlices, OverrunBanksDropTimeAndStillGiveWholeSlices) {
         [](log_kind, const char *text) { told += std::string(text).find("overrun") != std::string::npos; });
     for (const uint32_t channel : {0, 1, 2, 4}) // 4: all tones muted
         for (const uint64_t step : {1, 8}) {    // less than a slice in all, or more
+            SCOPED_TRACE("channel " + std::to_string(channel) + ", step " + std::to_string(step));
             auto slices = silent_slices();
             told = 0;
             for (uint32_t n = 0; n < 12000; ++n) {

@@ -241,6 +241,7 @@ TEST_F(Z80Thread, AStopOfTheCpuIsPostedWithItsAddressAndReason) {
     } cases[] = {{{0x76}, stop_halt}, {{0xED, 0x00}, stop_undefined}, {{0xED, 0xB2}, stop_unimplemented}};
     int posted = 0;
     for (const auto &c : cases) {
+        SCOPED_TRACE(c.reason);
         load(c.bytes, 0x1234);
         start();
         while (window.count == posted) std::this_thread::yield();
