@@ -164,7 +164,9 @@ void put_number(uint8_t *at, uint32_t value) {
 }
 
 uint32_t number_at(const uint8_t *at) {
-    return at[0] | at[1] << 8 | at[2] << 16 | static_cast<uint32_t>(at[3]) << 24;
+    uint32_t value = 0;
+    for (int i = 0; i < 4; ++i) value |= uint32_t{at[i]} << 8 * i;
+    return value;
 }
 
 } // namespace
