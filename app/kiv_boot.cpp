@@ -140,7 +140,7 @@ void kiv_form::use_rom_folder(const std::string &folder) {
         if (!pause) return;
         if (const std::string wrong = load_rom_images(folder); !wrong.empty()) {
             const std::string fault = rom_fault(folder);
-            notify(fault.empty() ? wrong : fault);
+            tell_fault(fault.empty() ? wrong : fault);
             load_roms(); // what may have been overwritten
             return;
         }

@@ -90,10 +90,10 @@ int64_t kiv_form::window_proc(platform::host_window &, const platform::message &
     } catch (const kel_exception &) {
         const std::string why = platform::last_file_error();
         trace("window_proc: message 0x%X: a file could not be read or written: %s", m.id, why.c_str());
-        notify(why);
+        tell_fault(why);
     } catch (const std::exception &e) {
         trace("window_proc: message 0x%X: %s", m.id, e.what());
-        notify(e.what());
+        tell_fault(e.what());
     }
     return 0;
 }
@@ -377,7 +377,19 @@ void kiv_form::on_z80_abort(uint32_t address, uint32_t reason) {
 
 void kiv_form::notify(const std::string &text) {
     trace("notice: %s", text.c_str());
+    if (own.values[user_messages] != 0) window->notify(text);
+}
+
+void kiv_form::tell_fault(const std::string &text) {
+    trace("fault: %s", text.c_str());
     window->notify(text);
+}
+
+void kiv_form::tell_saved(bool saved, const std::string &path, const std::string &name) {
+    if (saved)
+        notify(name + platform::text(" に保存しました"));
+    else
+        tell_fault(path + ": " + platform::last_file_error());
 }
 
 void kiv_form::come_to_front() {
@@ -459,8 +471,7 @@ void kiv_form::save_dump() {
     dialog.confirm_overwrite = true;
     std::string path;
     if (!host.save_file(*window, dialog, path) || refuse_long_path("save_dump", path)) return;
-    notify(memory_dump_save(path, main_cpu) ? path + platform::text(" に保存しました")
-                                            : path + ": " + platform::last_file_error());
+    tell_saved(memory_dump_save(path, main_cpu), path, path);
 }
 
 void kiv_form::open_file() {
@@ -493,7 +504,7 @@ bool kiv_form::load_file(const std::string &path) {
     if (refuse_long_path("open_file", path)) return false;
     const bool dump = path.find(".KIV") != std::string::npos || path.find(".kiv") != std::string::npos;
     if (!(dump ? memory_dump_load(path, main_cpu) : cassette_load_tape(path))) {
-        notify(path + ": " + load_fault(path, dump));
+        tell_fault(path + ": " + load_fault(path, dump));
         return false;
     }
     if (!dump) tape_names[cassette_tape_checksum()] = path;
@@ -521,12 +532,12 @@ void kiv_form::select_tape_output() {
     if (!host.save_file(*window, dialog, path)) path = dialog.file_name;
     if (refuse_long_path("select_tape_output", path) || cassette_set_output(path)) return;
     trace("select_tape_output: %s cannot be taken", path.c_str());
-    notify(path + ": " + platform::last_file_error());
+    tell_fault(path + ": " + platform::last_file_error());
 }
 
 void kiv_form::tape_output_failed() {
     const std::lock_guard lock(tape_fault_mutex);
-    notify(tape_fault);
+    tell_fault(tape_fault);
 }
 
 void kiv_form::settings_command() {

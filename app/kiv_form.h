@@ -253,8 +253,11 @@ class kiv_form final : public main_window, public platform::window_listener {
     class dialog_scope;  // around every dialog: the CPU thread parked
     class pause_scope;   // the same, for what needs no dialog
     int pause_machine(); // z80_thread's pause, then the buffered tape output
-    // Something that the person should know and need not answer.
+    // Something that the person should know and need not answer: what is done, unless the person wants no
+    // messages; and what has failed, in any case.
     void notify(const std::string &text);
+    void tell_fault(const std::string &text);
+    void tell_saved(bool saved, const std::string &path, const std::string &name); // false: last_file_error
     bool refuse_long_path(const char *command, const std::string &path);
 
     // Boot.

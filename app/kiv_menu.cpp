@@ -308,7 +308,6 @@ void kiv_form::apply_user_settings() {
     view.look = static_cast<platform::crt_look>(own.values[user_look]);
     view.four_thirds = own.values[user_four_thirds] != 0;
     view.whole_factors = own.values[user_whole_factors] != 0;
-    view.notices = own.values[user_messages] != 0;
     window->set_view(view);
     map_back_key(lenient(user_back_deletes));
     host.use_gamepads(own.values[user_gamepads] != 0);
@@ -324,7 +323,7 @@ void kiv_form::apply_user_settings() {
 void kiv_form::save_user_settings() {
     const std::string path = user_settings_path();
     if (path.empty() || write_user_settings(path, own)) return;
-    notify(path + ": " + platform::last_file_error());
+    tell_fault(path + ": " + platform::last_file_error());
 }
 
 void kiv_form::copy_text() {
@@ -350,9 +349,7 @@ void kiv_form::copy_picture() {
 // Into the person's pictures.
 void kiv_form::screenshot() {
     const std::string path = dated_path(host.pictures_folder(), ".png");
-    notify(platform::make_folder_of(path) && window->save_picture(path)
-               ? path + platform::text(" に保存しました")
-               : path + ": " + platform::last_file_error());
+    tell_saved(platform::make_folder_of(path) && window->save_picture(path), path, path);
 }
 
 // The machine stands still and its picture stays.

@@ -42,7 +42,7 @@ bool kiv_form::is_recording(recording::kind what) const {
 void kiv_form::toggle_recording(recording::kind what) {
     if (is_recording(what)) return end_recording();
     if (recorder != nullptr) {
-        notify(platform::text("前の録音・録画を書き込んでいます"));
+        tell_fault(platform::text("前の録音・録画を書き込んでいます"));
         return;
     }
     const bool video = what == recording::kind::video;
@@ -50,7 +50,7 @@ void kiv_form::toggle_recording(recording::kind what) {
     if (!pause) return;
     const std::string path =
         dated_path(video ? host.movies_folder() : host.music_folder(), video ? ".mp4" : ".wav");
-    if (!platform::make_folder_of(path)) return notify(path + ": " + platform::last_file_error());
+    if (!platform::make_folder_of(path)) return tell_fault(path + ": " + platform::last_file_error());
     recorder = std::make_unique<recording>(what, path, [this, path](const std::string &wrong) {
         if (!wrong.empty()) // the window may be gone by then
             std::fprintf(stderr, "kiv: %s: %s\n", path.c_str(), wrong.c_str());
@@ -62,7 +62,7 @@ void kiv_form::toggle_recording(recording::kind what) {
     });
     const uint32_t frame = machine.line_clocks * machine.display_lines + machine.vblank_clocks;
     if (const std::string wrong = recorder->start(frame); !wrong.empty()) {
-        notify(recorder->path() + ": " + wrong);
+        tell_fault(recorder->path() + ": " + wrong);
         recorder.reset();
         return;
     }
@@ -89,6 +89,9 @@ void kiv_form::recorded() {
     }
     const std::string path = recorder->path();
     recorder.reset();
-    notify(wrong.empty() ? path + platform::text(" に保存しました") : path + ": " + wrong);
+    if (wrong.empty())
+        notify(path + platform::text(" に保存しました"));
+    else
+        tell_fault(path + ": " + wrong);
     window->menus_changed();
 }

@@ -59,13 +59,13 @@ void kiv_form::read_settings(const char *section) {
 
 int kiv_form::write_settings(const char *section) {
     if (!keeps_settings) {
-        notify(platform::text("設定は保存されません"));
+        tell_fault(platform::text("設定は保存されません"));
         return 0;
     }
     if (write_settings_file(ini_path, settings, section)) return 1;
     const std::string why = platform::last_file_error();
     trace("write_settings: %s: %s", ini_path.c_str(), why.c_str());
-    notify(ini_path + ": " + why);
+    tell_fault(ini_path + ": " + why);
     return 0;
 }
 

@@ -138,9 +138,8 @@ void kiv_form::save_state_file(const std::string &path, const std::string &name)
     const pause_scope pause(*this);
     if (!pause) return;
     const std::vector<uint8_t> bytes = state_with_picture();
-    notify(platform::make_folder_of(path) && platform::atomic_write(path, bytes.data(), bytes.size())
-               ? name + platform::text(" に保存しました")
-               : path + ": " + platform::last_file_error());
+    tell_saved(platform::make_folder_of(path) && platform::atomic_write(path, bytes.data(), bytes.size()),
+               path, name);
     window->menus_changed();
 }
 
@@ -148,7 +147,10 @@ bool kiv_form::load_state_file(const std::string &path, const std::string &name)
     std::string wrong;
     const std::vector<uint8_t> bytes = bytes_of(path, wrong);
     if (wrong.empty()) wrong = put_state(bytes);
-    notify(wrong.empty() ? name + platform::text(" を読み込みました") : path + ": " + wrong);
+    if (wrong.empty())
+        notify(name + platform::text(" を読み込みました"));
+    else
+        tell_fault(path + ": " + wrong);
     return wrong.empty();
 }
 
@@ -171,7 +173,10 @@ void kiv_form::undo_load() {
     if (before_load.empty()) return;
     const std::vector<uint8_t> back = before_load;
     const std::string wrong = put_state(back);
-    notify(wrong.empty() ? platform::text("読み込みを取り消しました") : wrong);
+    if (wrong.empty())
+        notify(platform::text("読み込みを取り消しました"));
+    else
+        tell_fault(wrong);
 }
 
 // The dialog is over, and with it what it holds the machine for, before the file is used: that parks and

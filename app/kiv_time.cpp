@@ -65,7 +65,7 @@ void kiv_form::step_time(bool back) {
         return;
     }
     const std::string wrong = history.one_back();
-    if (!wrong.empty()) notify(wrong);
+    if (!wrong.empty()) tell_fault(wrong);
     machine_changed(true);
     release_keys();
     kiv_directx::present_frame();
@@ -97,7 +97,7 @@ bool kiv_form::rewind_to(uint64_t stamp) {
     kiv_directx::present_frame();
     machine_changed(true);
     if (!wrong.empty()) {
-        notify(wrong);
+        tell_fault(wrong);
     } else if (history.at_beginning() && !was_at_beginning) {
         notify(text("これより前には戻れません"));
     }

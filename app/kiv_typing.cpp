@@ -37,7 +37,7 @@ void kiv_form::paste() { type_text(host.clipboard_text()); }
 void kiv_form::type_text(const std::string &text) {
     if (text.empty()) return;
     if (text.size() > most_typed_bytes) {
-        notify(platform::text("長すぎて打てません"));
+        tell_fault(platform::text("長すぎて打てません"));
         return;
     }
     uint32_t left_out = 0;
@@ -97,7 +97,7 @@ void kiv_form::use_file(const std::string &path) {
     } else if (extension == ".bas" || extension == ".txt") {
         std::ifstream in(path, std::ios::binary);
         if (!in) {
-            notify(path + ": " + platform::text("読めません"));
+            tell_fault(path + ": " + platform::text("読めません"));
             return;
         }
         type_text({std::istreambuf_iterator<char>(in), {}});

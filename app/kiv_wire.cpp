@@ -25,7 +25,7 @@ void kiv_form::open_wire() {
     } catch (const debug_error &error) {
         const std::string why = std::string("--gdb: ") + error.what();
         std::fprintf(stderr, "kiv: %s\n", why.c_str());
-        notify(why);
+        tell_fault(why);
     }
 }
 

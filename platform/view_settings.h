@@ -11,7 +11,6 @@ struct view_settings {
     crt_look look = crt_look::none;
     bool four_thirds = false;   // as the monitor, whose pixels are taller than wide; else square pixels
     bool whole_factors = false; // enlarged by whole numbers only, black around
-    bool notices = true;        // messages on the picture
 };
 
 } // namespace platform

@@ -14,7 +14,7 @@ constexpr int shown_ms = 2000;
 } // namespace
 
 void desktop_window::notify(const std::string &text) {
-    if (gone || !looks.notices) return;
+    if (gone) return;
     if (notice_time == nullptr) {
         notice_time = new QTimer(view);
         notice_time->setSingleShot(true);

@@ -77,8 +77,7 @@ TEST_F(WholeProgram, EveryMenuItemDoesItsWorkOnce) {
             EXPECT_EQ(own(k.key), k.value) << k.key;
         }
         const platform::view_settings view = window().state().view;
-        EXPECT_TRUE(view.look == platform::crt_look::tube && view.four_thirds && view.whole_factors &&
-                    !view.notices);
+        EXPECT_TRUE(view.look == platform::crt_look::tube && view.four_thirds && view.whole_factors);
         EXPECT_EQ(host.chosen_language, platform::language::english);
         EXPECT_EQ(host.sound.loud, 90);
         EXPECT_FALSE(window().state().keyboard_shown);
@@ -88,6 +87,11 @@ TEST_F(WholeProgram, EveryMenuItemDoesItsWorkOnce) {
         EXPECT_EQ(host.copied().substr(0, host.copied().find('\n')), "READY");
         EXPECT_TRUE(choose_item(menu_copy_picture));
         for (int i = 0; i < 2; ++i) EXPECT_TRUE(choose_item(menu_screenshot));
+        EXPECT_EQ(window().state().notices.back().find("pictures/kiv-"), std::string::npos) << "no messages";
+        setenv("XDG_DATA_HOME", "/sys/nothing", 1); // where nobody makes a folder
+        EXPECT_TRUE(choose_item(menu_state_quick_save));
+        setenv("XDG_DATA_HOME", (folder / "data").c_str(), 1);
+        EXPECT_NE(window().state().notices.back().find("slot-1.kst: "), std::string::npos) << "but a fault";
         EXPECT_EQ(window().state().pictures_copied, 1);
         EXPECT_EQ(window().state().pictures_saved.size(), 2u);
         EXPECT_EQ(window().state().pictures_saved.at(0).find("pictures/kiv-"), 0u);
