@@ -57,7 +57,6 @@ kel_dib::kel_dib() { kel_dib::reset_fields(); }
 kel_dib::~kel_dib() { kel_dib::unload(); }
 
 void kel_dib::reset_fields() {
-    source = source_none;
     view = nullptr;
     view_bytes = 0;
     header = nullptr;
@@ -124,7 +123,6 @@ bool kel_dib::adopt_bits(const uint8_t *data, size_t bytes, size_t offset) {
 
 int kel_dib::load_resource(uint16_t id) {
     if (loaded) return 0;
-    source = source_resource;
     const platform::resource found = platform::find_resource(platform::resource_type::bitmap, id);
     const bool good = found.data != nullptr && adopt_header(found.data, found.size) &&
                       adopt_bits(found.data, found.size,
@@ -163,7 +161,6 @@ bool kel_dib::adopt_file(const std::string &file_name) {
 
 int kel_dib::load_file(const std::string &file_name) {
     if (loaded) return 0;
-    source = source_file;
     if (!adopt_file(file_name) || !build_palette()) {
         unload();
         return 0;
@@ -197,7 +194,6 @@ const dib_info *kel_dib::create(int new_width, int new_height, int bit_count, co
     else
         for (int i = 0; i < table_size; i++) new_colours[i] = default_colour(bit_count, i);
 
-    source = source_created;
     header = new_header;
     colours = new_colours;
     colours_held = table_size;
@@ -214,7 +210,7 @@ const dib_info *kel_dib::create(int new_width, int new_height, int bit_count, co
 }
 
 int kel_dib::set_bits(void *buffer) {
-    if (source != source_created) return 0;
+    if (read_only) return 0; // not a created one
     pixel_bits = own_bits = static_cast<uint8_t *>(buffer);
     return 1;
 }

@@ -85,8 +85,6 @@ class kel_dib {
     int set_bits(void *buffer);
 
   private:
-    enum source_kind : int { source_none = -1, source_resource, source_file, source_created };
-
     bool adopt_header(const uint8_t *data, size_t bytes);
     bool adopt_bits(const uint8_t *data, size_t bytes, size_t offset);
     bool read_file(const std::string &file_name);
@@ -94,7 +92,6 @@ class kel_dib {
     uint64_t stored_row() const;
     size_t row_offset(int y) const;
 
-    int source;
     uint8_t *view; // the file's bytes
     size_t view_bytes;
     const dib_header *header;

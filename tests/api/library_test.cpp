@@ -35,6 +35,7 @@ TEST(Library, BeforeTheBootEverythingSaysSo) { // the first test of the program
          {kiv_run_frame(), kiv_reset(), kiv_type("A"), kiv_poke(KIV_AREA_RAM, 0, 1), kiv_tape_insert("", 1),
           kiv_dump_load(buffer.data(), buffer.size()), kiv_snapshot_load(buffer.data(), buffer.size())})
         EXPECT_EQ(result, KIV_ERROR_NOT_BOOTED);
+    kiv_release_keys();
     EXPECT_EQ(kiv_pixels(), nullptr);
     EXPECT_EQ(kiv_snapshot_save(KIV_SNAPSHOT_WHOLE, buffer.data(), buffer.size()), 0u);
     EXPECT_EQ(kiv_text_screen(nullptr, 0) + kiv_dump_save(buffer.data(), buffer.size()), 0u);
@@ -68,6 +69,8 @@ TEST(Library, WhatIsTypedArrivesAtTheMachinesPace) {
     const bytes before = snapshot();
     EXPECT_EQ(text_screen().substr(0, 3), "RE\n") << "what the picture hides, the text hides";
     EXPECT_TRUE(snapshot() == before);
+    kiv_poke(KIV_AREA_RAM, 0xF3C8 + 81, 0xF8); // semigraphics
+    EXPECT_EQ(text_screen().substr(0, 11), "RE⠡⠤⡩");
     kiv_release_keys();
     EXPECT_EQ(kiv_matrix_row(2), 0xFFu);
     EXPECT_EQ(kiv_matrix_key(12, 0, 1), KIV_ERROR_ARGUMENT);

@@ -51,6 +51,7 @@ const std::pair<const char *, void (*)()> disturbances[] = {
          for (uint32_t i = 0; const char *key = kiv_setting_key(i); ++i) kiv_set_setting(key, i % 2 != 0);
          kiv_set_setting("halt_waits", 0); // in no snapshot: the choice of whoever runs the machine
          for (int i = 0; i < KIV_REGISTERS; ++i) kiv_set_register(i, 0x1234);
+         std::memset(main_cpu.inject_bytes, 0x76, sizeof main_cpu.inject_bytes);
          seen_and_heard(3);
      }},
     {"another boot, no tape", [] { kiv_boot(); }},
@@ -66,6 +67,7 @@ void settings_as_at_first() {
 void expect_the_same_again(int runs, const std::string &what) {
     const bytes taken = snapshot(), bare = snapshot(KIV_SNAPSHOT_WITHOUT_TAPE);
     const auto record = std::make_unique<kiv_machine>(machine);
+    const z80_cpu processor = main_cpu;
     EXPECT_LE(bare.size(), 400'000u);
     EXPECT_LE(taken.size(), kiv_snapshot_limit(KIV_SNAPSHOT_WHOLE));
     const bytes future = seen_and_heard(runs), after = snapshot();
@@ -74,6 +76,7 @@ void expect_the_same_again(int runs, const std::string &what) {
         const bool has_tape = kiv_tape_inserted() != 0;
         ASSERT_EQ(load(taken), KIV_OK) << what << ": " << name << ": " << kiv_error_text();
         kiv_tape_record(1);
+        EXPECT_EQ(std::memcmp(&processor, &main_cpu, sizeof main_cpu), 0) << what << ": " << name;
         if (has_tape) {
             EXPECT_EQ(std::memcmp(record.get(), &machine, sizeof machine), 0) << what << ": " << name;
         }

@@ -83,7 +83,7 @@ TEST_F(WholeProgram, TheDebuggerStopsStepsGoesBackAndLetsGo) {
         acts(act::back_over); // undone
         EXPECT_EQ(look().pc, behind - 3);
         EXPECT_EQ(screen_row(1), "z");
-        EXPECT_EQ(step(act::go_or_stop).pc, typed);
+        EXPECT_EQ(do_and_stop([&] { EXPECT_EQ(said("go"), ""); }).pc, typed);
         debugger([&](auto &d) { // the letter that is shown
             EXPECT_EQ(d.debugger_sets_register(1, 0x1200), "");
             EXPECT_EQ(d.debugger_writes(0, 0xE010 + 11, {0xFF}), "");

@@ -80,6 +80,8 @@ TEST_F(WholeProgram, EveryMenuItemDoesItsWorkOnce) {
         EXPECT_TRUE(view.look == platform::crt_look::tube && view.four_thirds && view.whole_factors);
         EXPECT_EQ(host.chosen_language, platform::language::english);
         EXPECT_EQ(host.sound.loud, 90);
+        for (const auto &[item, steps] : {std::pair(menu_quieter, 9), {menu_louder, 10}})
+            for (int n = 0; n <= steps; ++n) EXPECT_EQ(choose_item(item), n < steps) << item << ", " << n;
         EXPECT_FALSE(window().state().keyboard_shown);
         EXPECT_TRUE(choose_item(menu_keyboard));
         EXPECT_TRUE(window().state().keyboard_shown);

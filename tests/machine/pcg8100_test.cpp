@@ -21,7 +21,7 @@ TEST_F(Pcg, GlyphBytesGoToTheirAddress) {
             << "address 0x" << std::hex << address << " from ROM " << from_rom;
         ASSERT_EQ(machine.pcg_address_high, address >> 8);
     }
-    out(0x03, 0xFF);
+    out({{0x03, 0xFF}, {0x02, 0x00}});
     EXPECT_EQ(machine.pcg_glyphs_on, 1);
     out(0x03, 0xF7);
     EXPECT_EQ(machine.pcg_glyphs_on, 0);
@@ -48,7 +48,7 @@ TEST_F(Pcg, TonesFollowCountersAndGates) {
         {"then the high byte: 4160", {{0x0C, 0x10}}, {{960, 0}}},
         {"in pairs: 8192", {{0x0C, 0x00}, {0x0C, 0x20}}, {{488, 0}}},
         {"low byte only", {{0x0F, 0x16}, {0x0C, 0x55}}, {}},
-        {"high byte only clears the low one: 0x1000", {{0x0F, 0x26}, {0x0C, 0x10}}, {{975, 0}}},
+        {"high bytes only, the low one 0", {{0x0F, 0x26}, {0x0C, 0x10}, {0x0C, 0x08}}, {{975, 0}, {1950, 0}}},
         {"latched: ignored", {{0x0F, 0x06}, {0x0C, 0x33}, {0x0C, 0x44}}, {}},
         {"no channel 3", {{0x0F, 0xF6}, {0x0C, 0x33}}, {}},
         {"channel 2: 440 Hz", {{0x0F, 0xB6}, {0x0E, 0x74}, {0x0E, 0x23}, {0x02, 0x88}}, {{0, 1}, {440, 2}}},

@@ -35,6 +35,7 @@ class presentation_test : public testing::Test, public main_window, public platf
         });
     }
     ~presentation_test() override {
+        for (const std::string &line : lines()) EXPECT_EQ(line.find("by force"), std::string::npos) << line;
         directx.reset();
         the_main_window = nullptr;
         set_trace_listener(nullptr);
