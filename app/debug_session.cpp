@@ -6,7 +6,6 @@
 #include "platform/texts.h"
 
 #include <fstream>
-#include <iterator>
 #include <memory>
 #include <utility>
 
@@ -16,8 +15,14 @@ constexpr size_t most_lines = 10000; // that wait for the window
 
 std::string whole_file(const std::string &path) {
     std::ifstream in(path, std::ios::binary);
-    std::string bytes{std::istreambuf_iterator<char>(in), {}};
-    if (!in) throw debug_error(path + ": cannot be read");
+    std::string bytes;
+    char part[0x4000];
+    do {
+        in.read(part, sizeof part);
+        bytes.append(part, static_cast<size_t>(in.gcount()));
+    } while (in);
+    // A folder can be opened; what fails is the reading.
+    if (!in.is_open() || in.bad()) throw debug_error(path + ": cannot be read");
     return bytes;
 }
 
@@ -26,11 +31,14 @@ void write_whole(const std::string &path, std::string_view bytes) {
         throw debug_error(path + ": " + platform::last_file_error());
 }
 
-text_sink growing_file(const std::string &path) {
+// It grows while the machine runs, within an instruction: a disk that is full by then is told once, and stops
+// nothing.
+text_sink growing_file(const std::string &path, std::function<void(const std::string &)> tell) {
     const auto out = std::make_shared<std::ofstream>(path, std::ios::binary);
-    if (!*out) throw debug_error(path + ": cannot be written");
-    return [out, path](const std::string &text) {
-        if (!(*out << text)) throw debug_error(path + ": cannot be written");
+    const std::string wrong = path + ": cannot be written";
+    if (!*out) throw debug_error(wrong);
+    return [out, wrong, tell = std::move(tell)](const std::string &text) {
+        if (*out && !(*out << text)) tell(wrong);
     };
 }
 
@@ -63,7 +71,7 @@ console_host debug_session::make_host(std::function<void(const std::string &)> w
     };
     host.read_file = whole_file;
     host.write_file = write_whole;
-    host.grow_file = growing_file;
+    host.grow_file = [print = host.print](const std::string &path) { return growing_file(path, print); };
     host.write_picture = std::move(write_picture);
     return host;
 }

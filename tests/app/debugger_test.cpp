@@ -114,6 +114,14 @@ TEST_F(WholeProgram, TheDebuggerStopsStepsGoesBackAndLetsGo) {
         said("back-go");
         EXPECT_EQ(look().pc, typed);
 
+        // Files that fail are told, here and while the machine runs, and end nothing.
+        EXPECT_EQ(said("source ."), ".: cannot be read\n");
+        EXPECT_EQ(said("trace /dev/full"), "");
+        EXPECT_NE(said("repeat 500 step").find("/dev/full: cannot be written\n"), std::string::npos);
+        said("trace off");
+        said("back-go");
+        EXPECT_EQ(look().pc, typed);
+
         said("profile on");
         step(act::frame);
         debugger([&](auto &d) {
