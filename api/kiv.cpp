@@ -242,8 +242,9 @@ void poke(int32_t index, uint32_t address, uint8_t value) {
     if (a.is_rom) snapshot_roms_changed();
 }
 
-kiv_result check_range(int32_t index, uint32_t address, size_t size) {
+kiv_result check_range(int32_t index, uint32_t address, const void *buffer, size_t size) {
     if (!booted) return not_booted();
+    if (buffer == nullptr && size != 0) return failed(KIV_ERROR_ARGUMENT, "%s", "no buffer");
     const uint32_t whole = kiv_area_size(index);
     if (whole == 0) return failed(KIV_ERROR_ARGUMENT, "no such memory area: %d", index);
     if (address > whole || size > whole - address)
@@ -278,7 +279,7 @@ void record_byte(uint8_t byte) {
 
 void forget_run() {
     sample_count = resampled_count = 0;
-    keys.cancel();
+    keys.forget();
     keys.at_frame(run_state.frames);
 }
 
@@ -358,7 +359,8 @@ kiv_result kiv_set_setting(const char *key, int32_t value) {
 
 kiv_result kiv_get_setting(const char *key, int32_t *value) {
     const setting *const s = setting_of(key);
-    if (s == nullptr || value == nullptr) return KIV_ERROR_ARGUMENT;
+    if (s == nullptr) return KIV_ERROR_ARGUMENT;
+    if (value == nullptr) return failed(KIV_ERROR_ARGUMENT, "no place for the value of %s", key);
     *value = booted && s->live != nullptr ? s->live() : s->value;
     return KIV_OK;
 }
@@ -445,7 +447,7 @@ size_t kiv_text_screen(char *buffer, size_t size) {
     size_t length = 0;
     look([&] {
         if (run_state.frame_due != 0) pass_frame_over();
-        length = text_screen_utf8(buffer, size);
+        length = text_screen_utf8(buffer, buffer != nullptr ? size : 0);
     });
     return length;
 }
@@ -549,14 +551,14 @@ kiv_result kiv_poke(int32_t index, uint32_t address, uint8_t value) {
 }
 
 kiv_result kiv_read(int32_t index, uint32_t address, void *buffer, size_t size) {
-    if (const kiv_result result = check_range(index, address, size); result != KIV_OK) return result;
+    if (const kiv_result result = check_range(index, address, buffer, size); result != KIV_OK) return result;
     for (size_t i = 0; i < size; ++i)
         static_cast<uint8_t *>(buffer)[i] = peek(index, static_cast<uint32_t>(address + i));
     return KIV_OK;
 }
 
 kiv_result kiv_write(int32_t index, uint32_t address, const void *data, size_t size) {
-    if (const kiv_result result = check_range(index, address, size); result != KIV_OK) return result;
+    if (const kiv_result result = check_range(index, address, data, size); result != KIV_OK) return result;
     for (size_t i = 0; i < size; ++i)
         poke(index, static_cast<uint32_t>(address + i), static_cast<const uint8_t *>(data)[i]);
     return KIV_OK;
@@ -648,14 +650,14 @@ size_t kiv_tape_output_size(void) { return tape_output.size(); }
 void kiv_tape_output_clear(void) { tape_output.clear(); }
 
 size_t kiv_dump_save(void *buffer, size_t size) {
-    if (!booted || size < dump_size) return 0;
+    if (!booted || buffer == nullptr || size < dump_size) return 0;
     memory_dump_make(static_cast<uint8_t *>(buffer), main_cpu);
     return dump_size;
 }
 
 kiv_result kiv_dump_load(const void *data, size_t size) {
     if (!booted) return not_booted();
-    if (!memory_dump_apply(static_cast<const uint8_t *>(data), size, main_cpu))
+    if (data == nullptr || !memory_dump_apply(static_cast<const uint8_t *>(data), size, main_cpu))
         return failed(KIV_ERROR_SIZE, "not a memory dump (%zu bytes, fewer than %u)", size, dump_minimum);
     machine.cassette_set_stopped(1);
     return KIV_OK;
@@ -690,14 +692,15 @@ size_t kiv_snapshot_limit(int32_t what) {
 
 size_t kiv_snapshot_save(int32_t what, void *buffer, size_t size) {
     const size_t wanted = kiv_snapshot_size(what);
-    if (wanted == 0 || size < wanted) return 0;
+    if (wanted == 0 || buffer == nullptr || size < wanted) return 0;
     snapshot_write(parts(), tape_wanted(what), static_cast<uint8_t *>(buffer));
     return wanted;
 }
 
 kiv_result kiv_snapshot_load(const void *data, size_t size) {
     if (!booted) return not_booted();
-    const snapshot_fault fault = snapshot_read(parts(), static_cast<const uint8_t *>(data), size);
+    const snapshot_fault fault =
+        snapshot_read(parts(), static_cast<const uint8_t *>(data), data != nullptr ? size : 0);
     if (fault != snapshot_fault::none) return failed(code_of(fault), "%s", snapshot_fault_text(fault));
     forget_run();
     return KIV_OK;

@@ -214,8 +214,8 @@ KIV_API uint32_t kiv_matrix_row(uint32_t row); /* as the port shows it: a 0 bit 
 KIV_API void kiv_release_keys(void);
 
 /* Types a text at the machine's pace: a key is held for 3 frames and 3 pass to the next. What is typed is
- * added to what waits. Known are ASCII, the yen sign, half-width katakana are not; a line feed is RETURN, a
- * tab TAB, 0x1B ESC. KIV_ERROR_CHARACTER: nothing is typed. */
+ * added to what waits. Known are ASCII and the yen sign, half-width katakana are not; a line feed is RETURN,
+ * a tab TAB, 0x1B ESC. KIV_ERROR_CHARACTER: nothing is typed. */
 KIV_API kiv_result kiv_type(const char *text);
 KIV_API kiv_result kiv_type_key(uint32_t virtual_key, int32_t with_shift); /* any key, likewise */
 KIV_API kiv_result kiv_type_pause(uint32_t frames);
@@ -305,9 +305,10 @@ KIV_API kiv_result kiv_dump_load(const void *data, size_t size);
 
 /* All that decides the machine's future, and nothing else: N frames after a load are equal to the byte to the
  * N frames that followed the save (pixels, samples, tape output). Not in it: ROM images (their checksums are,
- * and the ones in the machine must be the same), keys that are waiting to be typed, the host's calendar and
- * what concerns the host alone. The form is told in docs/snapshot-format.md; it is the same on every kind of
- * machine. */
+ * and the ones in the machine must be the same), keys that are waiting to be typed (the one in work is down
+ * and stays so: kiv_release_keys lifts it), the host's calendar, the seed for later resets, the settings
+ * halt_waits, steps_over and tenkeyless, and what concerns the host alone. The form is told in
+ * docs/snapshot-format.md; it is the same on every kind of machine. */
 enum {
     KIV_SNAPSHOT_WHOLE = 0,
     KIV_SNAPSHOT_WITHOUT_TAPE =

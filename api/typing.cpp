@@ -130,6 +130,10 @@ void typist::cancel() {
         const bool shift_is_down = now == stage::key_down || now == stage::key_up || now == stage::shift_up;
         if (shift_is_down && entry()[0] == shifted_key) key_release(vk_shift);
     }
+    forget();
+}
+
+void typist::forget() {
     queue.clear();
     done = 0;
     now = stage::idle;

@@ -34,6 +34,8 @@ class typist {
     uint32_t waiting() const { return static_cast<uint32_t>((queue.size() - done) / entry_size); }
     // Forgets them, and releases the key in work.
     void cancel();
+    // Forgets them and leaves the keyboard alone: it is another machine's by now.
+    void forget();
 
     // What waits and how far it is, for who puts the machine back in time: `size` bytes, for the host that
     // wrote them. False: they are none, or there is no memory for them.

@@ -40,8 +40,6 @@ void take_snapshot(std::vector<uint8_t> &state) {
 bool history::put_state(const std::vector<uint8_t> &state) {
     uint32_t typing = 0;
     std::memcpy(&typing, state.data() + state.size() - sizeof typing, sizeof typing);
-    // A load forgets what waits to be typed and releases its key, which must not meet the restored keyboard.
-    kiv_type_cancel();
     if (kiv_snapshot_load(state.data(), state.size() - sizeof typing - typing) != KIV_OK) return false;
     restore_typing(state);
     return true;

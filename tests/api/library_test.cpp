@@ -165,6 +165,21 @@ TEST(Library, MemoryPortsAndRegistersAreSeenAndSet) {
     EXPECT_EQ(kiv_set_register(KIV_REGISTERS, 1), KIV_ERROR_ARGUMENT);
 }
 
+TEST(Library, NoBufferIsAnErrorWithAText) {
+    boot_test_rom();
+    const auto says = [](kiv_result result, kiv_result wanted, const char *text) {
+        EXPECT_EQ(result, wanted) << text;
+        EXPECT_NE(std::string(kiv_error_text()).find(text), std::string::npos) << kiv_error_text();
+    };
+    says(kiv_read(KIV_AREA_RAM, 0, nullptr, 1), KIV_ERROR_ARGUMENT, "no buffer");
+    says(kiv_dump_load(nullptr, KIV_DUMP_SIZE), KIV_ERROR_SIZE, "memory dump");
+    says(kiv_write(KIV_AREA_CPU, 0, nullptr, 9), KIV_ERROR_ARGUMENT, "no buffer");
+    says(kiv_snapshot_load(nullptr, 200'000), KIV_ERROR_NO_SNAPSHOT, "not a snapshot");
+    says(kiv_get_setting("boot_rom", nullptr), KIV_ERROR_ARGUMENT, "boot_rom");
+    EXPECT_EQ(kiv_dump_save(nullptr, KIV_DUMP_SIZE) + kiv_snapshot_save(0, nullptr, 200'000), 0u);
+    EXPECT_EQ(kiv_text_screen(nullptr, 100), kiv_text_screen(nullptr, 0));
+}
+
 TEST(Library, SettingsReachTheMachine) {
     boot_test_rom();
     for (uint32_t i = 0; const char *key = kiv_setting_key(i); ++i) {

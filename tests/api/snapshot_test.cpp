@@ -54,6 +54,11 @@ const std::pair<const char *, void (*)()> disturbances[] = {
          std::memset(main_cpu.inject_bytes, 0x76, sizeof main_cpu.inject_bytes);
          seen_and_heard(3);
      }},
+    {"a key in the middle of being typed",
+     [] {
+         kiv_type("AQ");
+         for (int i = 0; i < 2; ++i) kiv_run_frame();
+     }},
     {"another boot, no tape", [] { kiv_boot(); }},
 };
 
